@@ -2,9 +2,9 @@
 
 #include "Zam/Int.h"
 
-// The route types of the FIB and of the RIB. The numbers are the contract: they are what the shared tables hold, and every
-// table of codes and legends is keyed by them. A value outside the enumerators can be met in a damaged table; whoever reads
-// one says so instead of trusting it.
+// The route types of the FIB and of the RIB. The numbers are the contract: they are what the shared tables hold, and
+// every table of codes and legends is keyed by them. A value outside the enumerators can be met in a damaged table;
+// whoever reads one says so instead of trusting it.
 namespace Routing {
 
 // What a configured route does, in the RIB.

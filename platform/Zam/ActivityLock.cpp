@@ -6,26 +6,22 @@ namespace {
 thread_local bool heldHere = false;
 }
 
-std::mutex&
-ActivityLock::mutex() noexcept {
+std::mutex& ActivityLock::mutex() noexcept {
    static std::mutex mutex;
    return mutex;
 }
 
-void
-ActivityLock::lock() {
+void ActivityLock::lock() {
    mutex().lock();
    heldHere = true;
 }
 
-void
-ActivityLock::unlock() {
+void ActivityLock::unlock() {
    heldHere = false;
    mutex().unlock();
 }
 
-bool
-ActivityLock::held() noexcept {
+bool ActivityLock::held() noexcept {
    return heldHere;
 }
 

@@ -4,9 +4,9 @@
 
 #include <mutex>
 
-// The runtime's activity lock: whoever runs the library's code holds it, so that activities take turns. A long walk lets the
-// others in with a ScopedUnlock. On a thread that does not hold the lock (a one-shot program has no other activities)
-// ScopedUnlock does nothing.
+// The runtime's activity lock: whoever runs the library's code holds it, so that activities take turns. A long walk
+// lets the others in with a ScopedUnlock. On a thread that does not hold the lock (a one-shot program has no other
+// activities) ScopedUnlock does nothing.
 namespace Zam {
 
 class KIV_EXPORT ActivityLock {

@@ -4,8 +4,7 @@
 
 namespace Zam {
 
-double
-currentTime() noexcept {
+double currentTime() noexcept {
    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 

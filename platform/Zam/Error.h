@@ -7,8 +7,8 @@
 #include <string_view>
 
 // Three kinds of failure, never mixed. A refusal that a user must see is data and has no type here. A value outside its
-// type's range is a RangeError with a fixed message; text that is not what a parser reads is a ParseError. A programming
-// error fails an assertion, which names its message and source on stderr and ends the process.
+// type's range is a RangeError with a fixed message; text that is not what a parser reads is a ParseError. A
+// programming error fails an assertion, which names its message and source on stderr and ends the process.
 namespace Zam {
 
 class KIV_EXPORT RangeError : public std::range_error {
@@ -28,8 +28,7 @@ class KIV_EXPORT ParseError : public std::invalid_argument {
 
 // Checks in every build: the assertions are part of the library's contract, not a debugging aid.
 // `source` is the unit as the system names it ("Kiv/CliSupport"), `function` the operation's signature.
-constexpr void
-assertThat(bool holds, char const* message, char const* source, char const* function = "") {
+constexpr void assertThat(bool holds, char const* message, char const* source, char const* function = "") {
    if (!holds) [[unlikely]] {
       assertionFailed(message, source, function);
    }

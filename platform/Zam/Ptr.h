@@ -11,9 +11,9 @@
 #include <string_view>
 #include <utility>
 
-// Reference-counted entities. An entity derives from PtrInterface, lives on the heap and is held through Ptr<T>; it goes
-// when its last Ptr goes. Counting is plain arithmetic until threadSafeCountIs(true), then atomic; the mode is switched
-// once, before a second thread touches any entity.
+// Reference-counted entities. An entity derives from PtrInterface, lives on the heap and is held through Ptr<T>; it
+// goes when its last Ptr goes. Counting is plain arithmetic until threadSafeCountIs(true), then atomic; the mode is
+// switched once, before a second thread touches any entity.
 namespace Zam {
 
 template <class T>
@@ -24,8 +24,8 @@ class KIV_EXPORT PtrInterface {
    PtrInterface(PtrInterface const&) = delete;
    PtrInterface& operator=(PtrInterface const&) = delete;
 
-   // The notification hooks, in slot order. The number of observers attached to this entity (entities of this library have
-   // none); whether observers are told of changes; and what happens when the last reference goes.
+   // The notification hooks, in slot order. The number of observers attached to this entity (entities of this library
+   // have none); whether observers are told of changes; and what happens when the last reference goes.
    virtual std::size_t notifieeList() const noexcept;
    virtual void hasNotificationActiveIs(bool active) noexcept;
    virtual void zeroReferencesIs() const noexcept;
@@ -82,8 +82,8 @@ class Ptr {
    Ptr(Ptr const& other) noexcept : object_(other.object_) { hold(); }
    Ptr(Ptr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
    template <class U>
-      requires std::convertible_to<U*, T*>
-   Ptr(Ptr<U> const& other) noexcept : object_(other.get()) {  // NOLINT(google-explicit-constructor): as raw pointers do
+   requires std::convertible_to<U*, T*> Ptr(Ptr<U> const& other)
+   noexcept : object_(other.get()) {  // NOLINT(google-explicit-constructor): as raw pointers do
       hold();
    }
    ~Ptr() { release(); }
@@ -125,16 +125,14 @@ class Ptr {
 
 // Makes an entity with notification active, as every factory of the library does.
 template <class T, class... Args>
-Ptr<T>
-makePtr(Args&&... args) {
+Ptr<T> makePtr(Args&&... args) {
    Ptr<T> const object(new T(std::forward<Args>(args)...));
    object->hasNotificationActiveIs(true);
    return object;
 }
 
 template <class T, class U>
-Ptr<T>
-ptrCast(Ptr<U> const& other) noexcept {
+Ptr<T> ptrCast(Ptr<U> const& other) noexcept {
    return Ptr<T>(dynamic_cast<T*>(other.get()));
 }
 

@@ -11,16 +11,20 @@
 
 namespace Zam {
 
-// The runtime's string: bytes of any value up to maxLength(), a RangeError beyond. Compares byte-wise as unsigned chars.
+// The runtime's string: bytes of any value up to maxLength(), a RangeError beyond. Compares byte-wise as unsigned
+// chars.
 template <U32 MaxLength>
 class BoundedString {
  public:
    static constexpr U32 maxLength() noexcept { return MaxLength; }
 
    BoundedString() noexcept = default;
-   BoundedString(char const* text) : BoundedString(std::string_view(text)) {}        // NOLINT(google-explicit-constructor)
-   BoundedString(std::string_view text) : BoundedString(std::string(checked(text))) {}  // NOLINT(google-explicit-constructor)
-   BoundedString(std::string text) : bytes_(std::move(text)) { checked(bytes_); }    // NOLINT(google-explicit-constructor)
+   BoundedString(char const* text) : BoundedString(std::string_view(text)) {}  // NOLINT(google-explicit-constructor)
+   BoundedString(std::string_view text)
+       : BoundedString(std::string(checked(text))) {}  // NOLINT(google-explicit-constructor)
+   BoundedString(std::string text) : bytes_(std::move(text)) {
+      checked(bytes_);
+   }  // NOLINT(google-explicit-constructor)
 
    std::string const& bytes() const noexcept { return bytes_; }
    char const* charPtr() const noexcept { return bytes_.c_str(); }

@@ -1,8 +1,8 @@
 #include "Zam/Trace.h"
 
+#include <unistd.h>
 #include <cstdlib>
 #include <string>
-#include <unistd.h>
 
 namespace Zam {
 
@@ -10,8 +10,7 @@ namespace {
 
 constexpr U16 allLevels = 0x3ff;
 
-U16
-levelBits(std::string_view digits) noexcept {
+U16 levelBits(std::string_view digits) noexcept {
    U16 bits = 0;
    for (char const c : digits) {
       if (c >= '0' && c <= '9') {
@@ -23,8 +22,7 @@ levelBits(std::string_view digits) noexcept {
 
 }  // namespace
 
-U16
-traceLevels(std::string_view setting, std::string_view source) noexcept {
+U16 traceLevels(std::string_view setting, std::string_view source) noexcept {
    U16 levels = 0;
    while (!setting.empty()) {
       auto const item = setting.substr(0, setting.find(','));
@@ -32,7 +30,8 @@ traceLevels(std::string_view setting, std::string_view source) noexcept {
       auto const equals = item.find('=');
       auto const name = item.substr(0, equals);
       if (name == "*" || name == source) {
-         levels = static_cast<U16>(levels | (equals == std::string_view::npos ? allLevels : levelBits(item.substr(equals + 1))));
+         levels = static_cast<U16>(levels |
+                                   (equals == std::string_view::npos ? allLevels : levelBits(item.substr(equals + 1))));
       }
    }
    return levels;
@@ -44,8 +43,7 @@ TraceHandle::TraceHandle(char const* source) noexcept : source_(source), levels_
    }
 }
 
-void
-TraceHandle::write(char const* function, std::string_view text) const noexcept {
+void TraceHandle::write(char const* function, std::string_view text) const noexcept {
    std::string line(source_);
    line.append(" ").append(function).append(": ").append(text).append("\n");
    // One write keeps a line whole among other writers; a trace that cannot be written is lost, nothing else.

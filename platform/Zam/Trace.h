@@ -8,8 +8,8 @@
 #include <string_view>
 
 // Diagnostics, never output: lines "source function: text" on stderr. A source and level that is off costs one test.
-// The environment variable ZAM_TRACE switches on, as a comma-separated list of SOURCE or SOURCE=LEVELS, where LEVELS are
-// digits and SOURCE may be "*": ZAM_TRACE='Kiv/CliSupport=089' kiv show ip route
+// The environment variable ZAM_TRACE switches on, as a comma-separated list of SOURCE or SOURCE=LEVELS, where LEVELS
+// are digits and SOURCE may be "*": ZAM_TRACE='Kiv/CliSupport=089' kiv show ip route
 namespace Zam {
 
 class KIV_EXPORT TraceHandle {
