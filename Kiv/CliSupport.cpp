@@ -1,0 +1,68 @@
+#include "Kiv/CliSupport.h"
+
+#include "Zam/TypeRegistry.h"
+
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+namespace Kiv {
+
+namespace {
+
+template <class Sorter>
+constexpr auto const& inputAttributes = Zam::descriptionOf<typename Sorter::Inputs>.attributes;
+
+template <class Sorter, std::size_t I>
+using InputType = typename std::tuple_element_t<I, std::remove_cvref_t<decltype(inputAttributes<Sorter>)>>::Type;
+
+template <class Sorter, class... Arguments>
+Zam::Ptr<Sorter> constructed(Arguments... arguments) {
+   return Zam::makePtr<Sorter>(Sorter::Inputs::fromArguments(std::move(arguments)...));
+}
+
+// The inputs are the constructor's arguments and, under their names, the sorter's attributes.
+template <class Sorter, std::size_t... I>
+void registerInputs(Zam::TypeBuilder<Sorter>& builder, std::index_sequence<I...>) {
+   builder.constructor(&constructed<Sorter, InputType<Sorter, I>...>);
+   (builder.attribute(
+        std::get<I>(inputAttributes<Sorter>).name,
+        +[](Sorter const& sorter) -> InputType<Sorter, I> {
+           return sorter.inputs().*std::get<I>(inputAttributes<Sorter>).member;
+        }),
+    ...);
+}
+
+template <class Sorter>
+void registerSorter(char const* name) {
+   auto builder = Zam::TypeRegistry::instance().entity<Sorter>(name);
+   constexpr auto inputs = std::tuple_size_v<std::remove_cvref_t<decltype(inputAttributes<Sorter>)>>;
+   registerInputs<Sorter>(builder, std::make_index_sequence<inputs>());
+   builder.attribute("initialized", &Sorter::initialized)
+       .attribute("sortedRoutes", &Sorter::sortedRoutes)
+       .attribute("selectedRoutes", &Sorter::selectedRoutes)
+       .attribute("hasV6Nexthop", &Sorter::hasV6Nexthop)
+       .attribute("outputError", &Sorter::outputError)
+       .operation("legend", &Sorter::legend)
+       .operation("printRoutes", &Sorter::printRoutes)
+       .operation("protocolString", &Sorter::protocolString)
+       .operation("longestPrefixMatch", &Sorter::longestPrefixMatch);
+}
+
+}  // namespace
+
+void registerTypes() {
+   auto& registry = Zam::TypeRegistry::instance();
+   registry.value<CachedVia>();
+   registry.entity<RouteFilterColl>("Kiv::RouteFilterColl")
+       .constructor(&routeFilterCollFactory)
+       .attribute("discardNonMatchingVia", &RouteFilterColl::discardNonMatchingVia)
+       .attribute("filterAll", &RouteFilterColl::filterAll, &RouteFilterColl::filterAllIs)
+       .operation("filterCollIs", &RouteFilterColl::filterCollIs)
+       .operation("filterCollDel", &RouteFilterColl::filterCollDel)
+       .operation("filterCollDelAll", &RouteFilterColl::filterCollDelAll);
+   registerSorter<RouteSorter>(Ipv4::sorterName);
+   registerSorter<Route6Sorter>(Ipv6::sorterName);
+}
+
+}  // namespace Kiv

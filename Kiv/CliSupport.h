@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Kiv/routedisplay/RouteSorter.h"
+#include "Kiv/routedisplay/RouteTypeStrings.h"
+#include "Zam/Export.h"
+
+// The library's front door. A command handler registers the types once, constructs one of them by name through
+// Zam::TypeRegistry (or with its factory), hands it read-only tables and calls one operation, which writes the whole
+// output of the command to a file descriptor.
+namespace Kiv {
+
+// Makes the library's types known to the type runtime. Registering again changes nothing.
+KIV_EXPORT void registerTypes();
+
+}  // namespace Kiv

@@ -1,0 +1,7 @@
+#include "Kiv/routedisplay/CachedFec.h"
+
+namespace Kiv {
+
+CachedFec::~CachedFec() = default;
+
+}  // namespace Kiv

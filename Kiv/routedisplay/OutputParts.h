@@ -1,0 +1,52 @@
+#pragma once
+
+#include "Kiv/routedisplay/RouteSorter.h"
+#include "cliprint/RendererV2.h"
+
+// What the route table and the host route table both print around their routes.
+namespace Kiv {
+
+// Loops that print many entries flush when the buffer is fuller than this, in per cent, so that a large table streams.
+inline constexpr U32 flushThreshold = 66;
+
+inline constexpr char const* warningSeparator = "======================================================\n";
+
+// Opens the box of the hardware warning; the caller closes it with the separator.
+void addHardwareWarning(cliprint::RendererV2& renderer);
+
+// Nothing for a request time of 0. "quantify" counts from the request, so it includes the creation of the sorter.
+void addTimings(cliprint::RendererV2& renderer, double requestTime, double printStartTime);
+
+// Whether routes of the VRF are missing from the hardware.
+template <class Family>
+bool hardwareUnprogrammed(RouteSorterOf<Family> const& sorter) {
+   auto const& status = sorter.inputs().unprogrammedRouteStatus;
+   if (!status) {
+      return false;
+   }
+   auto const count = status->unprogrammedRouteCount(sorter.inputs().vrfId);
+   return count && count->count != 0;
+}
+
+// True also without a configuration.
+template <class Family>
+bool routingDisabled(RouteSorterOf<Family> const& sorter) {
+   auto const& config = sorter.inputs().routingConfig;
+   return !config || !config->routing();
+}
+
+// Calls print(route) for every selected route, in order, and streams the output. Stops when nobody takes it any more.
+template <class Family, class Print>
+void printSelected(RouteSorterOf<Family> const& sorter, cliprint::RendererV2& renderer, Print&& print) {
+   for (auto const& [prefix, route] : sorter.sortedRoute()) {
+      print(route);
+      if (renderer.fullness() > flushThreshold) {
+         renderer.ioflush();
+         if (renderer.error() != 0) {
+            return;
+         }
+      }
+   }
+}
+
+}  // namespace Kiv

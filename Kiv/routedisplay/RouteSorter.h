@@ -1,0 +1,143 @@
+#pragma once
+
+#include "Kiv/routedisplay/CachedFec.h"
+#include "Kiv/routedisplay/KernelUnprogrammedRouteCounterSm.h"
+#include "Kiv/routedisplay/RouteSorterInputs.h"
+#include "Zam/Export.h"
+#include "Zam/HashMap.h"
+#include "Zam/OrderedMap.h"
+
+#include <optional>
+#include <set>
+#include <utility>
+
+namespace Kiv {
+
+// The engine behind "show ip route" and its kin: one object per VRF and command. Made by the factory with its inputs
+// stored and no work done; handleInitialized selects and orders the routes; printRoutes writes them. After the
+// selection nothing reads the shared FEC tables again, so one output agrees with itself while the tables change
+// underneath.
+//
+// Runs on one thread, under the runtime's activity lock where the process has other activities. Inputs are held until
+// the sorter goes. Values out of range in the shared tables raise Zam::RangeError.
+template <class Family>
+class RouteSorterOf : public Zam::PtrInterface {
+ public:
+   using Inputs = RouteSorterInputs<Family>;
+   using Prefix = typename Family::Prefix;
+   using Route = typename Family::Route;
+   using SortedRoutes = Zam::OrderedMap<Prefix, Route>;
+   using Fecs = Zam::HashMap<Vault::Fib::FecId, Zam::Ptr<CachedFec>>;
+   using VrfId = Vrf::VrfIdMap::VrfId;
+
+   ~RouteSorterOf() override;
+
+   Inputs const& inputs() const noexcept { return inputs_; }
+   bool initialized() const noexcept { return initialized_; }
+
+   // Builds the selection; the runtime calls it once, when construction is complete.
+   void handleInitialized();
+
+   // Writes the whole output to the file descriptor in format 1 (text) or 2 (one JSON document). True when it is
+   // complete; false when the user interrupted it, or when the output could not be written, which outputError() tells.
+   bool printRoutes(U32 fd, U32 fmt, bool printVrf);
+   // The errno of the write that ended the last output, 0 when none failed.
+   S32 outputError() const noexcept { return outputError_; }
+
+   Zam::String legend() const;
+   // The five columns in front of a selected route: hardware marker, code and kernel marker; blanks for any other
+   // prefix.
+   Zam::String protocolString(Prefix const& prefix) const;
+   // The one route that a longest-match request selected, or the null prefix; on any other request an assertion fails.
+   Prefix longestPrefixMatch() const;
+
+   // The routes to show, in prefix order.
+   SortedRoutes const& sortedRoute() const noexcept { return sortedRoute_; }
+   U32 sortedRoutes() const noexcept { return static_cast<U32>(sortedRoute_.size()); }
+   void sortedRouteIs(Prefix const& prefix, Route const& route) { sortedRoute_.insertOrReplace(prefix, route); }
+   bool sortedRouteDel(Prefix const& prefix) { return sortedRoute_.erase(prefix); }
+   void sortedRouteDelAll() { sortedRoute_.clear(); }
+
+   // How many routes the filter let through.
+   U32 selectedRoutes() const noexcept { return selectedRoutes_; }
+   void selectedRoutesInc() noexcept { ++selectedRoutes_; }
+
+   // The FEC cache; null for a FEC that is not in it.
+   Zam::Ptr<CachedFec> fec(Vault::Fib::FecId fecId) const {
+      auto const* const found = fec_.find(fecId);
+      return found != nullptr ? *found : nullptr;
+   }
+   Fecs const& fecs() const noexcept { return fec_; }
+   bool fecHas(Vault::Fib::FecId fecId) const { return fec_.contains(fecId); }
+   void fecIs(Zam::Ptr<CachedFec> const& fec) { fec_.insertOrReplace(fec->fecId(), fec); }
+   bool fecDel(Vault::Fib::FecId fecId) { return fec_.erase(fecId); }
+   void fecDelAll() { fec_.clear(); }
+
+   // Some via of a selected route has an IPv6 next hop.
+   bool hasV6Nexthop() const noexcept { return hasV6Nexthop_; }
+   void hasV6NexthopIs(bool has) noexcept { hasV6Nexthop_ = has; }
+
+   // The interface addresses of this VRF.
+   bool isInterfaceAddress(typename Family::AddrWithMask const& address) const {
+      return addressToIntf_.contains(address);
+   }
+   bool isLoopbackPrefix(VrfId vrfId, Prefix const& prefix) const {
+      return loopbackVrfPrefix_.contains({vrfId, prefix});
+   }
+
+   bool kernelUnprogrammed() const;
+   void kernelUnprogrammedRouteCounterSmIs();
+   void kernelUnprogrammedRouteCounterSmDel() { kernelUnprogrammedRouteCounterSm_.reset(); }
+
+ protected:
+   explicit RouteSorterOf(Inputs inputs) : inputs_(std::move(inputs)) {}
+
+ private:
+   void recordInterfaceAddresses();
+   void maybeAddLoopbackIpAddr(typename Family::AddrWithMask const& address, VrfId vrfId);
+
+   Inputs inputs_;
+   bool initialized_ = false;
+   bool hasV6Nexthop_ = false;
+   U32 selectedRoutes_ = 0;
+   S32 outputError_ = 0;
+   SortedRoutes sortedRoute_;
+   Fecs fec_;
+   Zam::HashMap<typename Family::AddrWithMask, Lumen::IntfId> addressToIntf_;
+   std::set<std::pair<VrfId, Prefix>> loopbackVrfPrefix_;
+   UnprogrammedRouteCountByVrf unprogrammedRouteCountByVrf_;
+   std::optional<KernelUnprogrammedRouteCounterSm> kernelUnprogrammedRouteCounterSm_;
+};
+
+extern template class RouteSorterOf<Ipv4>;
+extern template class RouteSorterOf<Ipv6>;
+
+class KIV_EXPORT RouteSorter final : public RouteSorterOf<Ipv4> {
+ public:
+   explicit RouteSorter(Inputs inputs) : RouteSorterOf(std::move(inputs)) {}
+   ~RouteSorter() override;
+   std::string_view fwkType() const noexcept override { return Ipv4::sorterName; }
+};
+
+class KIV_EXPORT Route6Sorter final : public RouteSorterOf<Ipv6> {
+ public:
+   explicit Route6Sorter(Inputs inputs) : RouteSorterOf(std::move(inputs)) {}
+   ~Route6Sorter() override;
+   std::string_view fwkType() const noexcept override { return Ipv6::sorterName; }
+};
+
+// The factories store the inputs, as a whole or one by one in their order; the caller, or the type runtime, then calls
+// handleInitialized.
+KIV_EXPORT Zam::Ptr<RouteSorter> routeSorterFactory(RouteSorter::Inputs inputs);
+KIV_EXPORT Zam::Ptr<Route6Sorter> route6SorterFactory(Route6Sorter::Inputs inputs);
+
+template <class... Arguments>
+requires(sizeof...(Arguments) > 1) Zam::Ptr<RouteSorter> routeSorterFactory(Arguments&&... arguments) {
+   return routeSorterFactory(RouteSorter::Inputs::fromArguments(std::forward<Arguments>(arguments)...));
+}
+template <class... Arguments>
+requires(sizeof...(Arguments) > 1) Zam::Ptr<Route6Sorter> route6SorterFactory(Arguments&&... arguments) {
+   return route6SorterFactory(Route6Sorter::Inputs::fromArguments(std::forward<Arguments>(arguments)...));
+}
+
+}  // namespace Kiv

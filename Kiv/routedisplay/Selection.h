@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Kiv/routedisplay/RouteSorter.h"
+
+#include <optional>
+
+// Which routes a command shows. Every candidate passes filterRoute before it is stored in the sorter's sortedRoute.
+namespace Kiv {
+
+// Fills sortedRoute for the request: the whole table, everything inside a prefix, or its longest match.
+template <class Family>
+void filterPrefixes(RouteSorterOf<Family>& sorter);
+
+// Fills sortedRoute for the host route table: the VRF's routes of host length.
+template <class Family>
+void filterHostPrefixes(RouteSorterOf<Family>& sorter, U8 hostLength);
+
+// True when the route must not be shown; a route that is let through is counted. Reads the route's FEC from the cache.
+template <class Family>
+bool filterRoute(RouteSorterOf<Family>& sorter, typename Family::Route const& route);
+
+// Whether a route that is not the box's own has something to print.
+template <class Family>
+bool isPrintable(RouteSorterOf<Family> const& sorter, typename Family::Route const& route);
+
+// The route of exactly that prefix. A table that is missing or damaged holds none; damage is reported to the table.
+template <class Family>
+std::optional<typename Family::Route> fibRoute(RouteSorterOf<Family> const& sorter,
+                                               typename Family::Prefix const& prefix);
+
+}  // namespace Kiv

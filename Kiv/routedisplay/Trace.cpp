@@ -1,0 +1,7 @@
+#include "Kiv/routedisplay/Trace.h"
+
+namespace Kiv {
+
+Zam::TraceHandle const trace(traceSource);
+
+}  // namespace Kiv

@@ -1,0 +1,22 @@
+# kiv, the command line. All of it but main is an object library, which the tests and the benchmarks link too.
+pkg_check_modules(libmnl REQUIRED IMPORTED_TARGET libmnl)
+pkg_check_modules(simdjson REQUIRED IMPORTED_TARGET simdjson)
+
+set(kiv_main ${PROJECT_SOURCE_DIR}/programs/kiv/main.cpp)
+file(GLOB_RECURSE sources CONFIGURE_DEPENDS programs/*.cpp)
+list(REMOVE_ITEM sources ${kiv_main})
+if(sources)
+   kiv_object_library(programs ${sources})
+   target_include_directories(programs PUBLIC ${PROJECT_SOURCE_DIR}/programs)
+   target_link_libraries(programs PUBLIC PkgConfig::libmnl PkgConfig::simdjson)
+endif()
+
+if(EXISTS ${kiv_main})
+   add_executable(kiv ${kiv_main})
+   target_include_directories(kiv PRIVATE ${PROJECT_SOURCE_DIR}/programs)
+   target_compile_options(kiv PRIVATE ${kiv_lto_compile})
+   target_link_options(kiv PRIVATE ${kiv_lto_link} -Wl,-O1,--gc-sections)
+   target_link_libraries(kiv PRIVATE kiv_warnings KivCliSupport $<TARGET_NAME_IF_EXISTS:programs>)
+   file(RELATIVE_PATH lib_from_bin /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+   set_target_properties(kiv PROPERTIES BUILD_RPATH_USE_ORIGIN ON INSTALL_RPATH "$ORIGIN/${lib_from_bin}")
+endif()

@@ -1,0 +1,36 @@
+# One GoogleTest binary per folder of tests/: tests/X/**.cpp -> XTest.
+find_package(GTest REQUIRED)
+include(GoogleTest)
+
+file(GLOB folders RELATIVE ${PROJECT_SOURCE_DIR}/tests CONFIGURE_DEPENDS tests/*)
+list(REMOVE_ITEM folders install)
+foreach(folder IN LISTS folders)
+   file(GLOB_RECURSE sources CONFIGURE_DEPENDS tests/${folder}/*.cpp)
+   if(NOT sources)
+      continue()
+   endif()
+   set(test ${folder}Test)
+   add_executable(${test} ${sources})
+   set_target_properties(${test} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
+   kiv_floors_up_to(${folder} floors)
+   kiv_link_floors(${test} ${floors})
+   target_include_directories(${test} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+   target_compile_definitions(${test} PRIVATE KIV_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
+      KIV_PROGRAM="${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/kiv")
+   target_link_options(${test} PRIVATE ${kiv_no_lto_link})
+   target_link_libraries(${test} PRIVATE kiv_warnings GTest::gtest_main)
+   if(NOT folder STREQUAL "Kiv" AND NOT IS_DIRECTORY ${PROJECT_SOURCE_DIR}/platform/${folder})
+      if(TARGET programs)
+         target_link_libraries(${test} PRIVATE programs)
+      endif()
+      if(TARGET kiv)
+         add_dependencies(${test} kiv)
+      endif()
+   endif()
+   gtest_discover_tests(${test} TEST_PREFIX ${folder}/ DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+endforeach()
+
+# Installs this build tree for a stranger and builds that stranger's program against it.
+add_test(NAME install COMMAND ${PROJECT_SOURCE_DIR}/tests/install/run ${PROJECT_BINARY_DIR} ${CMAKE_CXX_COMPILER}
+   ${CMAKE_INSTALL_LIBDIR} ${kiv_sanitize})
+set_tests_properties(install PROPERTIES TIMEOUT 300)

@@ -1,0 +1,265 @@
+#pragma once
+
+#include "Vault/Extents.h"
+#include "Vault/Fib.h"
+#include "Vault/Records.h"
+#include "Vault/TableEntity.h"
+
+#include <algorithm>
+#include <span>
+#include <vector>
+
+// The FEC tables: each FEC with its vias, up to 600 of them, by its id.
+namespace Vault {
+
+// Reads a FEC table. A FEC and its vias are one consistent copy.
+template <class Tag, template <TableRecord> class Core = Table>
+class FecTable : public TableEntity<Core<Records::FecRecord<Tag>>> {
+ public:
+   using Fec = Fib::FecOf<Tag>;
+   using Record = Records::FecRecord<Tag>;
+
+   U64 fecs() const noexcept { return this->core_.live(); }
+
+   // Copies the FEC into `out`, whose memory is used again; false when there is none, and `out` is then unchanged.
+   // RangeError for more vias than a FEC has; values of single vias are carried as they are. CorruptionError when the
+   // index is broken, or a via that nobody could have written.
+   bool fec(Fib::FecId fecId, Fec& out) const {
+      Record record;
+      Vias vias;
+      if (!this->core_.find({fecId.value()}, record, [&](Record const& read) { copy(read, vias); })) {
+         return false;
+      }
+      decode(record, vias, out);
+      return true;
+   }
+
+   // Calls `visit(Fec const&)` for every FEC, until it returns false if it returns anything.
+   template <class Visit>
+   void walk(Visit&& visit) const {
+      Vias vias;
+      Fec fec;
+      this->core_.walk([&](Record const& read) { copy(read, vias); },
+                       [&](Record const& record) {
+                          decode(record, vias, fec);
+                          return visit(std::as_const(fec));
+                       });
+   }
+
+ protected:
+   using TableEntity<Core<Record>>::TableEntity;
+
+ private:
+   // Left as it is until it is copied into: a FEC has few vias, mostly.
+   struct Vias {
+      std::array<WordsOf<Records::ViaRecord>, Fib::maxVias> words;
+      bool inArena;
+   };
+
+   // The record may be torn while this runs, so that nothing is said about it yet.
+   void copy(Record const& record, Vias& vias) const noexcept {
+      auto const* const from = this->core_.file().elementsAt(record.firstVia, record.viaCount);
+      vias.inArena = from != nullptr;
+      if (vias.inArena && record.viaCount <= Fib::maxVias) {
+         copyWords(vias.words.front().data(), reinterpret_cast<U64 const*>(from),
+                   record.viaCount * vias.words.front().size());
+      }
+   }
+
+   void decode(Record const& record, Vias const& vias, Fec& out) const {
+      if (record.viaCount != 0) {
+         (void)Fib::ViaIndex(record.viaCount - 1U);
+      }
+      if (!vias.inArena) {
+         this->core_.file().corrupted("vias out of place in FEC", record.key.fecId);
+      }
+      out.fecId = Fib::FecId(record.key.fecId);
+      out.primaryVias = record.primaryVias;
+      out.vias.resize(record.viaCount);
+      for (std::size_t i = 0; i < out.vias.size(); ++i) {
+         if (!Records::toVia(std::bit_cast<Records::ViaRecord>(vias.words[i]), out.vias[i])) {
+            this->core_.file().corrupted("impossible via in FEC", record.key.fecId);
+         }
+      }
+   }
+};
+
+// Writes a FEC table, and reads it. A FEC that changes gets a new place for its vias before the old one is given back,
+// so the moment in which it cannot be read is short whatever its size.
+template <class Tag>
+class FecTableWriter : public FecTable<Tag, TableWriter> {
+ public:
+   using Base = FecTable<Tag, TableWriter>;
+   using typename Base::Fec;
+   using typename Base::Record;
+
+   // Adds the FEC or replaces the one of its id. TableFull when there is no room for it or its vias; RangeError for
+   // more than 600 vias or a zero id. The values of the vias are the caller's.
+   void fecIs(Fec const& fec) {
+      if (!fec.fecId) {
+         throw Zam::RangeError("Vault::Fib::Fec::fecId == 0 not allowed");
+      }
+      auto const count = static_cast<U32>(fec.vias.size());
+      Record record{{{fec.fecId.value()}, 0, 0, fec.primaryVias}};
+      if (count != 0) {
+         record.viaCount = static_cast<U16>(Fib::ViaIndex(count - 1).value() + 1);
+         record.firstVia = freeVias(count);
+         writeVias(record.firstVia, fec.vias);
+      }
+      Extents::Run const before = runOf(fec.fecId);
+      try {
+         this->core_.recordIs(record);
+      } catch (TableFull const&) {
+         giveBack({record.firstVia, count});
+         throw;
+      }
+      giveBack(before);
+   }
+
+   // False when there was none.
+   bool fecDel(Fib::FecId fecId) {
+      Extents::Run const before = runOf(fecId);
+      bool const found = this->core_.recordDel({fecId.value()});
+      giveBack(before);
+      return found;
+   }
+
+   // Entries that the writer before this one had left unfinished.
+   U32 repaired() const noexcept { return this->core_.repaired(); }
+
+ protected:
+   explicit FecTableWriter(std::string path)
+       : Base(std::move(path)),
+         extents_(this->core_.file().shape().arenaCapacity) {
+      placeVias();
+   }
+   FecTableWriter(std::string path, TableFile::Sizes sizes)
+       : Base(std::move(path), withArena(sizes)),
+         extents_(this->core_.file().shape().arenaCapacity) {}
+
+ private:
+   static constexpr U32 viasPerFec = 16;
+
+   // Room for vias costs nothing until it is used, so the default is generous.
+   static TableFile::Sizes withArena(TableFile::Sizes sizes) noexcept {
+      if (sizes.arenaCapacity == 0) {
+         U64 const vias = std::max(U64{sizes.capacity} * viasPerFec, U64{Extents::maxCount} * 4);
+         sizes.arenaCapacity = static_cast<U32>(std::min(vias, U64{maxArenaCapacity}));
+      }
+      return sizes;
+   }
+
+   Extents::Run runOf(Fib::FecId fecId) const {
+      Record record;
+      return this->core_.find({fecId.value()}, record) ? Extents::Run{record.firstVia, record.viaCount}
+                                                       : Extents::Run{};
+   }
+   void giveBack(Extents::Run run) {
+      if (run.count != 0) {
+         extents_.giveBack(run);
+      }
+   }
+
+   U32 freeVias(U32 count) {
+      auto first = extents_.take(count);
+      if (!first) {
+         placeVias();
+         first = extents_.take(count);
+      }
+      if (!first) {
+         throw TableFull(this->path() + ": " + std::string(Record::name) + " table is full, room for " +
+                         std::to_string(this->core_.file().shape().arenaCapacity) + " vias");
+      }
+      return *first;
+   }
+
+   void writeVias(U32 firstVia, std::span<Fib::Via const> vias) {
+      // Whoever still reads what was here before learns from its record that this is no longer its place.
+      fence(std::memory_order_release);
+      auto* to = this->core_.elementsAt(firstVia, static_cast<U32>(vias.size()));
+      for (Fib::Via const& via : vias) {
+         auto const words = std::bit_cast<WordsOf<Records::ViaRecord>>(Records::toRecord(via));
+         storeWords(to, words.data(), words.size());
+         to += words.size();
+      }
+   }
+
+   // Learns from the records which parts of the arena are in use. A FEC whose vias are where they cannot be goes.
+   void placeVias() {
+      std::vector<Record> records;
+      this->core_.walk([&](Record const& record) {
+         if (record.viaCount != 0) {
+            records.push_back(record);
+         }
+      });
+      std::ranges::sort(records, {}, &Record::firstVia);
+      std::vector<Extents::Run> used;
+      U64 end = 0;
+      for (Record const& record : records) {
+         U64 const newEnd = U64{record.firstVia} + Extents::sizeOf(record.viaCount);
+         if (record.firstVia < end || newEnd > this->core_.file().shape().arenaCapacity) {
+            this->core_.recordDel(record.key);
+            continue;
+         }
+         used.push_back({record.firstVia, record.viaCount});
+         end = newEnd;
+      }
+      extents_.reset(used);
+   }
+
+   Extents extents_;
+};
+
+namespace Fib {
+
+class KIV_EXPORT ForwardingStatus final : public FecTable<ForwardingStatus> {
+ public:
+   explicit ForwardingStatus(std::string path);
+   std::string_view fwkType() const noexcept override;
+};
+
+class KIV_EXPORT ForwardingStatusWriter final : public FecTableWriter<ForwardingStatus> {
+ public:
+   // The table that is there; with sizes, a new one.
+   explicit ForwardingStatusWriter(std::string path);
+   ForwardingStatusWriter(std::string path, TableFile::Sizes sizes);
+   std::string_view fwkType() const noexcept override;
+};
+
+}  // namespace Fib
+
+namespace Fib6 {
+
+class KIV_EXPORT ForwardingStatus final : public FecTable<ForwardingStatus> {
+ public:
+   explicit ForwardingStatus(std::string path);
+   std::string_view fwkType() const noexcept override;
+};
+
+class KIV_EXPORT ForwardingStatusWriter final : public FecTableWriter<ForwardingStatus> {
+ public:
+   explicit ForwardingStatusWriter(std::string path);
+   ForwardingStatusWriter(std::string path, TableFile::Sizes sizes);
+   std::string_view fwkType() const noexcept override;
+};
+
+}  // namespace Fib6
+
+namespace FibGen {
+
+class KIV_EXPORT ForwardingStatus final : public FecTable<ForwardingStatus> {
+ public:
+   explicit ForwardingStatus(std::string path);
+   std::string_view fwkType() const noexcept override;
+};
+
+class KIV_EXPORT ForwardingStatusWriter final : public FecTableWriter<ForwardingStatus> {
+ public:
+   explicit ForwardingStatusWriter(std::string path);
+   ForwardingStatusWriter(std::string path, TableFile::Sizes sizes);
+   std::string_view fwkType() const noexcept override;
+};
+
+}  // namespace FibGen
+
+}  // namespace Vault

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Vault/TableWriter.h"
+#include "Zam/Ptr.h"
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace Vault {
+
+// What the entities around a table have in common. `Core` is Table or TableWriter of the entity's records.
+//
+// A handle to a mounted table is to const; the hook is set through it all the same, because it belongs to the reader
+// and not to the table.
+template <class Core>
+class TableEntity : public Zam::PtrInterface {
+ public:
+   // Whether there is nothing in the table at all: one load.
+   bool empty() const noexcept { return core_.empty(); }
+   std::string const& path() const noexcept { return core_.file().path(); }
+   // Entries that were passed over because they were being written and did not come to rest.
+   U64 vanished() const noexcept { return core_.file().vanished(); }
+
+   // Damage that a walk met and passed over. By default it is traced at level 0; the last message is remembered.
+   void corruptionIs(std::string_view message) const { core_.file().corruptionIs(message); }
+   void corruptionHookIs(TableFile::CorruptionHook hook) const { core_.file().corruptionHookIs(std::move(hook)); }
+   std::string const& corruption() const noexcept { return core_.file().corruption(); }
+   U64 corruptions() const noexcept { return core_.file().corruptions(); }
+
+ protected:
+   template <class... Args>
+   explicit TableEntity(std::string path, Args const&... args) : core_(std::move(path), args...) {}
+
+   Core core_;
+};
+
+}  // namespace Vault

@@ -1,0 +1,19 @@
+#include "cliprint/AttrInfo.h"
+
+namespace cliprint {
+
+Renderer::~Renderer() = default;
+
+char* StringAttrInfo::heapText(std::size_t size) {
+   char* const text = new char[size];
+   text_ = {text, size};
+   isOnHeap_ = true;
+   return text;
+}
+
+void StringAttrInfo::releaseHeap() noexcept {
+   delete[] text_.data();
+   isOnHeap_ = false;
+}
+
+}  // namespace cliprint

@@ -1,0 +1,220 @@
+#pragma once
+
+#include "Zam/Error.h"
+#include "Zam/Export.h"
+#include "Zam/Int.h"
+#include "cliprint/AttrInfo.h"
+#include "cliprint/CliPrintBuffer.h"
+#include "cliprint/Format.h"
+#include "cliprint/FormatPrinter.h"
+#include "cliprint/Interrupt.h"
+#include "cliprint/JsonText.h"
+#include "cliprint/Renderer.h"
+
+#include <algorithm>
+#include <bitset>
+#include <concepts>
+#include <limits>
+#include <string_view>
+#include <type_traits>
+
+// One walk over the data, two outputs: text for a terminal, or a model, which is compact JSON. At each point the walk
+// calls for decoration (text only), an attribute (both) or structure (model only), and the renderer does what its
+// format asks for. Operations marked "model only" are programming errors in text format; JsonScope knows the format
+// itself.
+//
+// A renderer that owns its document writes the outermost braces: "{" when it is made and "}\n" at endDocument(), so
+// that an operation's output is one complete JSON document. Without the flag the caller composes the pieces.
+//
+// Every operation throws SigIntException once the user has interrupted; what was pending is dropped, nothing is closed.
+// Write errors never throw: see CliPrintBuffer.
+namespace cliprint {
+
+template <class... Args>
+using AttrFormat = BasicFormat<EmptyFormat::takesAnything, Args...>;
+
+template <class T>
+concept AttributeArg = StandsForText<T> && requires(T const& arg) {
+   arg.name;
+};
+
+// What can be the key of a dictionary entry: an attribute, or its getArg(), that is a text or an integer.
+template <class T>
+concept DictKeyArg = std::same_as<T, TextArg> ||(AttributeArg<T>&& requires(T const& arg) {
+   requires std::integral<decltype(arg.value)> && !std::same_as<decltype(arg.value), bool>;
+});
+template <class T>
+concept DictKey = DictKeyArg<T> || requires(T const& attribute) {
+   { attribute.getArg() } -> DictKeyArg;
+};
+
+class KIV_EXPORT RendererV2 final : public Renderer {
+ public:
+   RendererV2(OutputFormat format, CliPrintBuffer& buffer, bool ownsDocument);
+   ~RendererV2() override;
+
+   std::string_view fwkType() const noexcept override;
+
+   // Decoration: text format only.
+   template <class... Args>
+   void addFrills(Format<std::type_identity_t<Args>...> const& format, Args const&... args) {
+      checkInterrupt();
+      if (isText()) {
+         print(buffer_, format, args...);
+      }
+   }
+
+   // Attributes: in text format through `format` (an empty one: in the model only), in model format each under its own
+   // name. Returns the number of characters written.
+   template <AttributeArg... Args>
+   int addAttributes(AttrFormat<std::type_identity_t<Args>...> const& format, Args const&... args) {
+      checkInterrupt();
+      U64 const before = buffer_.position();
+      if (isText()) {
+         if (!format.empty()) {
+            print(buffer_, format, args...);
+         }
+      } else {
+         assertModel("addAttributes");
+         (member(args), ...);
+      }
+      return writtenSince(before);
+   }
+
+   // Plain values: text format only. Returns the number of characters written.
+   template <class... Args>
+   int addArgs(Format<std::type_identity_t<Args>...> const& format, Args const&... args) {
+      U64 const before = buffer_.position();
+      addFrills<Args...>(format, args...);
+      return writtenSince(before);
+   }
+
+   // In text format the prefix and the value, verbatim. In model format the value under the key, or, with an empty key,
+   // as the next element of a list.
+   void add(std::string_view textPrefix, std::string_view key, std::string_view value);
+
+   // Opens a model object under the attribute's value, to be closed with endJsonDict(); nothing in text format.
+   template <DictKey Key>
+   void startDictEntry(Key const& key) {
+      startEntry(key, true);
+   }
+   // A member whose key is the attribute's value and whose content is the one value that the next addAttributes(),
+   // add() with an empty key or writeQuotedString() writes. Nothing in text format.
+   template <DictKey Key>
+   void startSimpleDictEntry(Key const& key) {
+      startEntry(key, false);
+   }
+   void endSimpleDictEntry();
+
+   // Model only. An object ends with endJsonDict(), a list with endJsonList().
+   void _startJsonObject(std::string_view key);
+   void _startJsonList(std::string_view key);
+   void _startJsonListEntry();
+   void endJsonDict();
+   void endJsonList();
+   void writeQuotedString(std::string_view text);
+
+   // Before another operation writes its own document to the same descriptor, as the value of `key` in this one: writes
+   // the key and flushes. In text format it only flushes.
+   void startNestedDocument(std::string_view key);
+   // The normal end of a document that this renderer owns; nothing follows but the last ioflush().
+   void endDocument();
+
+   U32 fullness() const {
+      checkInterrupt();
+      return buffer_.fullness();
+   }
+   void ioflush();
+   // The errno of the write that ended the output, 0 while none did: a walk that streams need not go on.
+   int error() const noexcept { return buffer_.error(); }
+
+ private:
+   friend class JsonScope;
+
+   // Deeper nesting than any walk of ours is a walk that has lost its way.
+   static constexpr U32 maxDepth = 128;
+
+   // What may come next in the model, and what is needed before it.
+   enum class Next : U8 {
+      firstMember,   // of an object: nothing
+      member,        // of an object: a comma
+      firstElement,  // of a list: nothing
+      element,       // of a list: a comma
+      value,         // the content of a simple entry: nothing, and no name either
+      nothing        // the simple entry has its content
+   };
+
+   void checkInterrupt() const {
+      if (interrupted()) [[unlikely]] {
+         throwInterrupt();
+      }
+   }
+   [[noreturn]] void throwInterrupt() const;
+   void assertModel(char const* operation) const {
+      Zam::assertThat(isModel(), "outputFormat() == 2", "cliprint/RendererV2", operation);
+   }
+   int writtenSince(U64 before) const noexcept {
+      return static_cast<int>(std::min<U64>(buffer_.position() - before, std::numeric_limits<int>::max()));
+   }
+
+   template <class Arg>
+   void member(Arg const& arg) {
+      name(arg.name);
+      jsonAppend(buffer_, arg.value);
+   }
+   // An attribute's name, which needs no escaping, with what goes before and after it.
+   void name(std::string_view attrName) {
+      char* to = buffer_.room(AttrName::maxLength + 4);
+      if (next_ <= Next::member) [[likely]] {
+         *to = ',';
+         to += next_ == Next::member ? 1 : 0;
+         *to++ = '"';
+         to = CliPrintBuffer::copied(to, attrName);
+         *to++ = '"';
+         *to++ = ':';
+         next_ = Next::member;
+         buffer_.endIs(to);
+      } else {
+         simpleContent();
+      }
+   }
+
+   template <class Key>
+   void startEntry(Key const& key, bool isObject) {
+      checkInterrupt();
+      if (isText()) {
+         return;
+      }
+      assertModel("startDictEntry");
+      if constexpr (DictKeyArg<Key>) {
+         entryKey(key.value);
+      } else {
+         entryKey(key.getArg().value);
+      }
+      if (isObject) {
+         open('{');
+      } else {
+         next_ = Next::value;
+      }
+   }
+   void entryKey(std::string_view key);
+   void entryKey(std::integral auto key) {
+      separateMember();
+      buffer_.append('"');
+      jsonAppend(buffer_, key);
+      buffer_.append(std::string_view("\":"));
+   }
+   void separateMember();
+   void separateElement();
+   void simpleContent();
+   void open(char bracket);
+   void close(char bracket);
+
+   CliPrintBuffer& buffer_;
+   std::bitset<maxDepth> isList_;  // by depth; at depth 0, what the caller composes
+   U32 depth_ = 0;
+   Next next_ = Next::firstMember;
+   bool ownsDocument_;
+};
+
+}  // namespace cliprint

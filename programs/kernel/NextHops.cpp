@@ -1,0 +1,40 @@
+#include "programs/kernel/NextHops.h"
+
+#include <utility>
+
+namespace kernel {
+
+NextHops::NextHops(std::vector<NextHop> nextHops) {
+   for (NextHop& nextHop : nextHops) {
+      U32 const id = nextHop.id;
+      byId_.insert_or_assign(id, std::move(nextHop));
+   }
+}
+
+Resolved NextHops::resolve(KernelRoute const& route, Topology const& topology) const {
+   Resolved resolved;
+   if (auto const found = byId_.find(route.nextHopId); route.nextHopId != 0 && found != byId_.end()) {
+      append(resolved, found->second, 1);
+   } else {
+      resolved.hops = route.hops;
+   }
+   std::erase_if(resolved.hops, [&](Hop const& hop) { return hop.dead || !topology.interface(hop.link).isValid(); });
+   return resolved;
+}
+
+void NextHops::append(Resolved& resolved, NextHop const& nextHop, U16 weight) const {
+   if (nextHop.group.empty()) {
+      resolved.blackhole |= nextHop.blackhole;
+      resolved.hops.push_back(nextHop.hop);
+      resolved.hops.back().weight = weight;
+      return;
+   }
+   for (GroupMember const& member : nextHop.group) {
+      auto const found = byId_.find(member.id);
+      if (found != byId_.end() && found->second.group.empty()) {
+         append(resolved, found->second, member.weight);
+      }
+   }
+}
+
+}  // namespace kernel

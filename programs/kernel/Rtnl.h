@@ -1,0 +1,86 @@
+#pragma once
+
+#include "Lumen/IpGenAddr.h"
+#include "Lumen/IpGenPrefix.h"
+#include "Lumen/MplsLabel.h"
+#include "Zam/Int.h"
+#include "programs/kernel/RtnlBytes.h"
+
+#include <string>
+#include <vector>
+
+// The records of rtnetlink dumps: links, addresses, next hops and routes, as the kernel tells them, only decoded.
+//
+// A dump is the bytes of its messages one after another, as read from the socket, NLMSG_DONE included. The parsers
+// accept exactly that: a dump that is cut off, holds anything of a wrong size or carries the kernel's own error throws
+// RtnlError, one that the kernel marked as inconsistent DumpInterrupted. Attributes they do not know are skipped, and
+// so are messages of other address families (a kernel without IPv6 answers with IPv4 routes when asked for IPv6 ones).
+namespace kernel {
+
+struct Link {
+   U32 index = 0;
+   std::string name;   // 1 to 15 bytes
+   U32 flags = 0;      // IFF_*
+   U32 master = 0;     // index of the device this one belongs to, 0 for none
+   std::string alias;  // what somebody wrote about it
+   std::string kind;   // "vrf", "vlan", ...; empty for a plain device
+   U32 vrfTable = 0;   // table of a device of kind "vrf"
+};
+
+struct Address {
+   U32 link = 0;
+   Lumen::IpGenAddr local;
+   U8 length = 0;
+   U8 scope = 0;  // RT_SCOPE_*
+};
+
+struct Hop {
+   U32 link = 0;
+   Lumen::IpGenAddr gateway;  // empty for an on-link next hop; may be of the other family than the route's
+   Lumen::MplsLabel label;    // top of the stack that is pushed; no label by default
+   U16 weight = 1;
+   bool dead = false;  // the kernel does not send packets this way
+
+   friend auto operator<=>(Hop const&, Hop const&) = default;
+};
+
+struct GroupMember {
+   U32 id = 0;
+   U16 weight = 1;
+};
+
+struct NextHop {
+   U32 id = 0;
+   bool blackhole = false;
+   Hop hop;                         // when neither a blackhole nor a group
+   std::vector<GroupMember> group;  // the kernel allows no groups of groups
+};
+
+struct KernelRoute {
+   Lumen::IpGenPrefix prefix;
+   U8 sourceLength = 0;  // nonzero: the route serves packets from some addresses only
+   U8 tos = 0;
+   U8 protocol = 0;  // RTPROT_*
+   U8 scope = 0;     // RT_SCOPE_*
+   U8 type = 0;      // RTN_*
+   U32 table = 0;
+   U32 flags = 0;  // RTM_F_*
+   U32 metric = 0;
+   U32 nextHopId = 0;  // the next-hop object that the route uses, 0 for none
+   std::vector<Hop> hops;
+};
+
+std::vector<Link> parseLinks(Bytes dump);
+std::vector<Address> parseAddresses(Bytes dump);
+std::vector<NextHop> parseNextHops(Bytes dump);
+std::vector<KernelRoute> parseRoutes(Bytes dump, Lumen::AddressFamily family);
+
+// What one datagram of a dump says about the dump.
+struct DatagramState {
+   bool last = false;         // it ends the dump: with NLMSG_DONE or an error
+   bool interrupted = false;  // what is dumped changed meanwhile
+   int error = 0;             // errno that the kernel answers instead of a dump
+};
+DatagramState inspectDatagram(Bytes datagram);
+
+}  // namespace kernel

@@ -1,0 +1,118 @@
+#include "programs/kernel/RtnlSocket.h"
+
+#include "programs/kernel/Rtnl.h"
+
+#include <libmnl/libmnl.h>
+#include <linux/if_addr.h>
+#include <linux/if_link.h>
+#include <linux/nexthop.h>
+#include <linux/rtnetlink.h>
+#include <sys/socket.h>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <optional>
+
+namespace kernel {
+
+namespace {
+
+constexpr int maxAttempts = 8;
+constexpr int socketBufferSize = 4 << 20;
+constexpr std::size_t datagramSize = 256 << 10;  // the kernel fills up to 32 KiB if the reader has room for it
+
+[[noreturn]] void throwErrno(char const* what) {
+   throw RtnlError(std::string("rtnetlink: ") + what + ": " + std::strerror(errno));
+}
+
+struct SocketCloser {
+   void operator()(mnl_socket* socket) const noexcept { mnl_socket_close(socket); }
+};
+using Socket = std::unique_ptr<mnl_socket, SocketCloser>;
+
+Socket openSocket() {
+   Socket socket(mnl_socket_open2(NETLINK_ROUTE, SOCK_CLOEXEC));
+   if (!socket || mnl_socket_bind(socket.get(), 0, MNL_SOCKET_AUTOPID) < 0) {
+      throwErrno("cannot open a socket");
+   }
+   // Both only help: older kernels filter less, and the system bounds the buffer.
+   int one = 1;
+   mnl_socket_setsockopt(socket.get(), NETLINK_GET_STRICT_CHK, &one, sizeof one);
+   setsockopt(mnl_socket_get_fd(socket.get()), SOL_SOCKET, SO_RCVBUF, &socketBufferSize, sizeof socketBufferSize);
+   return socket;
+}
+
+// Asks for everything of one kind. The header names the address family at most: all else in it selects nothing.
+template <class Header>
+void request(mnl_socket* socket, U16 type, Header const& header, std::optional<U32> extendedMask = {}) {
+   alignas(nlmsghdr) std::array<char, 128> buffer{};
+   nlmsghdr* const message = mnl_nlmsg_put_header(buffer.data());
+   message->nlmsg_type = type;
+   message->nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
+   std::memcpy(mnl_nlmsg_put_extra_header(message, sizeof header), &header, sizeof header);
+   if (extendedMask) {
+      mnl_attr_put_u32(message, IFLA_EXT_MASK, *extendedMask);
+   }
+   if (mnl_socket_sendto(socket, message, message->nlmsg_len) < 0) {
+      throwErrno("cannot ask");
+   }
+}
+
+// One dump, or none when its contents changed while it was read.
+std::optional<std::vector<std::byte>> receive(mnl_socket* socket) {
+   std::vector<std::byte> dump;
+   std::vector<std::byte> datagram(datagramSize);
+   bool interrupted = false;
+   for (bool last = false; !last;) {
+      ssize_t const count = mnl_socket_recvfrom(socket, datagram.data(), datagram.size());
+      if (count < 0 && errno == EINTR) {
+         continue;
+      }
+      if (count < 0 && errno == ENOBUFS) {
+         return std::nullopt;
+      }
+      if (count < 0) {
+         throwErrno("cannot receive");
+      }
+      Bytes const received = Bytes(datagram).first(static_cast<std::size_t>(count));
+      dump.insert(dump.end(), received.begin(), received.end());
+      DatagramState const state = inspectDatagram(received);
+      last = state.last;
+      interrupted |= state.interrupted;
+   }
+   return interrupted ? std::nullopt : std::optional(std::move(dump));
+}
+
+template <class Header>
+std::vector<std::byte> readDump(U16 type, Header const& header, std::optional<U32> extendedMask = {}) {
+   for (int attempt = 0; attempt < maxAttempts; ++attempt) {
+      Socket const socket = openSocket();  // a fresh one each time: nothing of a failed attempt is left in it
+      request(socket.get(), type, header, extendedMask);
+      if (auto dump = receive(socket.get())) {
+         return *std::move(dump);
+      }
+   }
+   throw DumpInterrupted("rtnetlink: what is dumped keeps changing");
+}
+
+rtmsg routesOf(U8 family) {
+   rtmsg header{};
+   header.rtm_family = family;
+   return header;
+}
+
+std::vector<std::byte> noneIfUnsupported(std::vector<std::byte> dump) {
+   return inspectDatagram(dump).error == EOPNOTSUPP ? std::vector<std::byte>{} : dump;
+}
+
+}  // namespace
+
+Dumps readDumps() {
+   return {.links = readDump(RTM_GETLINK, ifinfomsg{}, RTEXT_FILTER_SKIP_STATS),
+           .addresses = readDump(RTM_GETADDR, ifaddrmsg{}),
+           .nextHops = noneIfUnsupported(readDump(RTM_GETNEXTHOP, nhmsg{})),
+           .routes4 = readDump(RTM_GETROUTE, routesOf(AF_INET)),
+           .routes6 = readDump(RTM_GETROUTE, routesOf(AF_INET6))};
+}
+
+}  // namespace kernel

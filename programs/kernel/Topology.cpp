@@ -1,0 +1,114 @@
+#include "programs/kernel/Topology.h"
+
+#include "L3/VrfName.h"
+#include "Zam/Error.h"
+
+#include <linux/rtnetlink.h>
+#include <net/if.h>
+#include <algorithm>
+#include <unordered_set>
+
+namespace kernel {
+
+namespace {
+
+bool isVrf(Link const& link) {
+   return link.kind == "vrf";
+}
+
+// Linux allows bytes in a name that an interface's name cannot have, such as control characters.
+Lumen::IntfId nameOf(Link const& link) {
+   try {
+      return Lumen::IntfId::named(link.name);
+   } catch (Zam::ParseError const&) {
+      return Lumen::IntfId::named("if" + std::to_string(link.index));
+   }
+}
+
+state::VrfState vrfOf(Link const& device) {
+   bool const isTaken = device.name == L3::VrfName().bytes();
+   return {.id = device.vrfTable,
+           .name = std::string_view(isTaken ? device.name + "-" + std::to_string(device.vrfTable) : device.name)};
+}
+
+}  // namespace
+
+Topology::Topology(std::vector<Link> const& links, std::vector<Address> const& addresses) {
+   addVrfs(links);
+   std::unordered_map<U32, U32> tableOfVrfDevice;
+   for (Link const& link : links) {
+      if (isVrf(link)) {
+         tableOfVrfDevice[link.index] = link.vrfTable;
+      }
+   }
+   std::unordered_set<Lumen::IntfId> names;
+   for (Link const& link : links) {
+      auto const device = tableOfVrfDevice.find(isVrf(link) ? link.index : link.master);
+      auto const vrf = device != tableOfVrfDevice.end() ? vrfOfTable(device->second) : std::nullopt;
+      addInterface(link, vrfs_[vrf.value_or(0)].id);
+      if (!names.insert(interfaces_.back().intfId).second) {
+         throw RtnlError("rtnetlink: two links named " + link.name);
+      }
+   }
+   for (Address const& address : addresses) {
+      addAddress(address);
+   }
+}
+
+void Topology::addVrfs(std::vector<Link> const& links) {
+   vrfs_.emplace_back();
+   for (Link const& link : links) {
+      bool const isOwnTable = link.vrfTable != RT_TABLE_UNSPEC && link.vrfTable != RT_TABLE_MAIN &&
+                              link.vrfTable != RT_TABLE_LOCAL && link.vrfTable != Vrf::VrfIdMap::noVrf;
+      if (isVrf(link) && isOwnTable && std::ranges::find(vrfs_, link.vrfTable, &state::VrfState::id) == vrfs_.end()) {
+         vrfs_.push_back(vrfOf(link));
+      }
+   }
+   std::ranges::sort(vrfs_, {}, &state::VrfState::id);
+   for (std::size_t position = 0; position < vrfs_.size(); ++position) {
+      vrfByTable_.emplace(vrfs_[position].id, position);
+   }
+   vrfByTable_.erase(Vrf::VrfIdMap::defaultVrf);
+   vrfByTable_.emplace(RT_TABLE_MAIN, 0);
+   vrfByTable_.emplace(RT_TABLE_LOCAL, 0);
+}
+
+void Topology::addInterface(Link const& link, state::VrfId vrfId) {
+   if (!interfaceByIndex_.emplace(link.index, interfaces_.size()).second) {
+      throw RtnlError("rtnetlink: two links of index " + std::to_string(link.index));
+   }
+   interfaces_.push_back({.intfId = nameOf(link),
+                          .description = link.alias,
+                          .vrfId = vrfId,
+                          .loopback = (link.flags & IFF_LOOPBACK) != 0 || isVrf(link),
+                          .linkUp = (link.flags & IFF_RUNNING) != 0});
+}
+
+// The kernel lists an interface's primary address first. Addresses of host scope (127.0.0.1, ::1) are nothing that a
+// routing table is asked about.
+void Topology::addAddress(Address const& address) {
+   auto const found = interfaceByIndex_.find(address.link);
+   if (found == interfaceByIndex_.end() || address.scope == RT_SCOPE_HOST) {
+      return;
+   }
+   state::Interface& interface = interfaces_[found->second];
+   if (address.local.family() == Lumen::AddressFamily::ipv4) {
+      interface.addresses.emplace_back(address.local.ip(), address.length);
+      subnets_.emplace(address.link, interface.addresses.back().subnet());
+   } else {
+      interface.addresses6.emplace_back(address.local.ip6(), address.length);
+      subnets_.emplace(address.link, interface.addresses6.back().subnet());
+   }
+}
+
+std::optional<std::size_t> Topology::vrfOfTable(U32 table) const {
+   auto const found = vrfByTable_.find(table);
+   return found != vrfByTable_.end() ? std::optional(found->second) : std::nullopt;
+}
+
+Lumen::IntfId Topology::interface(U32 link) const {
+   auto const found = interfaceByIndex_.find(link);
+   return found != interfaceByIndex_.end() ? interfaces_[found->second].intfId : Lumen::IntfId();
+}
+
+}  // namespace kernel

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Lumen/IntfId.h"
+#include "Lumen/IpGenPrefix.h"
+#include "programs/kernel/Rtnl.h"
+#include "programs/state/State.h"
+
+#include <optional>
+#include <set>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace kernel {
+
+// The machine's links and VRFs: what routes refer to by link index and table number. The tables main and local make up
+// the VRF "default"; each VRF device makes a VRF of its name with its table's number as id. Throws RtnlError for links
+// that are told apart neither by name nor by index.
+class Topology {
+ public:
+   Topology(std::vector<Link> const& links, std::vector<Address> const& addresses);
+
+   // Position of the VRF to which the table belongs; none for a table of policy routing.
+   std::optional<std::size_t> vrfOfTable(U32 table) const;
+   // The link's interface; an invalid one when there is no such link.
+   Lumen::IntfId interface(U32 link) const;
+   // Whether the prefix is the subnet of one of the link's own addresses.
+   bool isSubnet(U32 link, Lumen::IpGenPrefix const& prefix) const { return subnets_.contains({link, prefix}); }
+
+   std::vector<state::Interface> const& interfaces() const { return interfaces_; }
+   std::vector<state::VrfState> const& vrfs() const { return vrfs_; }  // without routes, in the order of their ids
+
+ private:
+   void addVrfs(std::vector<Link> const& links);
+   void addInterface(Link const& link, state::VrfId vrfId);
+   void addAddress(Address const& address);
+
+   std::vector<state::Interface> interfaces_;
+   std::vector<state::VrfState> vrfs_;
+   std::unordered_map<U32, std::size_t> interfaceByIndex_;
+   std::unordered_map<U32, std::size_t> vrfByTable_;
+   std::set<std::pair<U32, Lumen::IpGenPrefix>> subnets_;
+};
+
+}  // namespace kernel

@@ -1,0 +1,168 @@
+#include "programs/state/Inputs.h"
+
+#include "programs/state/Snapshot.h"
+#include "programs/state/StateWriter.h"
+
+#include <algorithm>
+
+namespace state {
+namespace {
+
+using Lumen::AddressFamily;
+
+template <class Status, class Addresses>
+void addAddresses(Status& status, Interface const& interface, L3::VrfName const& vrfName, Addresses const& addresses) {
+   if (addresses.empty()) {
+      return;
+   }
+   typename Status::IntfStatus intf;
+   intf.vrfId = interface.vrfId;
+   intf.vrfName = vrfName;
+   intf.loopback = interface.loopback;
+   intf.primaryAddr = addresses.front();
+   intf.secondaryAddr.assign(addresses.begin() + 1, addresses.end());
+   status.intfStatusIs(interface.intfId, std::move(intf));
+}
+
+Inputs::OfVrf ofVrf(VrfState const& vrf, AddressFamily family, bool routing) {
+   auto const config = Zam::makePtr<Routing::ConfigGen>();
+   config->routingIs(routing);
+   auto const routeList = Zam::makePtr<Routing::RouteList>();
+   for (Routing::RouteKey const& key : vrf.configuredRoutes) {
+      if (key.prefix.family() == family) {
+         routeList->routeIs(key, Routing::RouteType::forward);
+      }
+   }
+   return {config, routeList};
+}
+
+template <class Table>
+Inputs::Table<Table> mounted(std::map<VrfId, Inputs::Table<Table>>& tables, VrfId vrfId,
+                             Hive::EntityManager const& manager, std::string_view below) {
+   auto const found = tables.find(vrfId);
+   if (found != tables.end()) {
+      return found->second;
+   }
+   return tables[vrfId] = manager.mount<Table>(std::string(below) + std::to_string(vrfId));
+}
+
+}  // namespace
+
+Inputs::Inputs(Zam::Ptr<Hive::EntityManager const> manager, State const& state) : manager_(std::move(manager)) {
+   forwardingStatus = manager_->mount<Vault::Fib::ForwardingStatus>("fib/forwarding");
+   forwarding6Status = manager_->mount<Vault::Fib6::ForwardingStatus>("fib6/forwarding");
+   if (state.genericFib) {
+      forwardingGenStatus = manager_->mount<Vault::FibGen::ForwardingStatus>("fibGen/forwarding");
+   }
+   policyForwardingStatus = manager_->mount<Vault::Fib::ForwardingStatus>("fib/policyForwarding");
+   unprogrammedRouteStatus = manager_->mount<Vault::Fib::UnprogrammedRouteStatus>("fib/unprogrammedRoute");
+   kernelUnprogrammedRoute =
+       manager_->mount<Vault::KernelUnprogrammedRoute::UnprogrammedRoute>("kernel/unprogrammedRoute");
+   vrfsAre(state);
+   interfacesAre(state);
+   routeCacheIs(state);
+}
+
+void Inputs::routesMounted() {
+   for (Vrf const& vrf : vrfs_) {
+      routes(vrf.id);
+      routes6(vrf.id);
+   }
+}
+
+Inputs::Vrf const* Inputs::vrf(std::string_view name) const {
+   auto const found =
+       std::ranges::find_if(vrfs_, [name](Vrf const& vrf) { return std::string_view(vrf.name) == name; });
+   return found != vrfs_.end() ? &*found : nullptr;
+}
+
+Inputs::Table<Vault::Fib::RouteStatus> Inputs::routes(VrfId vrfId) {
+   return mounted(routes_, vrfId, *manager_, "fib/route/");
+}
+
+Inputs::Table<Vault::Fib6::RouteStatus> Inputs::routes6(VrfId vrfId) {
+   return mounted(routes6_, vrfId, *manager_, "fib6/route/");
+}
+
+void Inputs::vrfsAre(State const& state) {
+   auto const names = Zam::makePtr<::Vrf::VrfIdMap::Status>();
+   auto const attached = Zam::makePtr<Routing::AttachedRouteStatus>();
+   auto const attached6 = Zam::makePtr<Routing::AttachedRouteStatus>();
+   for (VrfState const& vrf : state.vrfs) {
+      names->vrfNameIs(vrf.id, vrf.name);
+      vrfs_.push_back({vrf.id, vrf.name, ofVrf(vrf, AddressFamily::ipv4, vrf.routing),
+                       ofVrf(vrf, AddressFamily::ipv6, vrf.routing6)});
+      for (AttachedRoute const& route : vrf.attachedRoutes) {
+         auto const& status = route.address.family() == AddressFamily::ipv4 ? attached : attached6;
+         status->routeIs({.intfId = route.intfId, .address = route.address}, {.vrfId = vrf.id, .active = route.active});
+      }
+   }
+   vrfIdMap = names;
+   attachedRouteStatus = attached;
+   attachedRoute6Status = attached6;
+}
+
+void Inputs::interfacesAre(State const& state) {
+   auto const config = Zam::makePtr<::Interface::AllIntfConfigDir>();
+   auto const layer3 = Zam::makePtr<L3::Config>();
+   auto const ip = Zam::makePtr<Ip::Status>();
+   auto const ip6 = Zam::makePtr<Ip6::Status>();
+   for (Interface const& interface : state.interfaces) {
+      auto const* const known = vrfIdMap->vrfName(interface.vrfId);
+      L3::VrfName const vrfName = known != nullptr ? *known : L3::VrfName();
+      config->intfConfigIs(interface.intfId, {.description = Zam::String(interface.description)});
+      layer3->intfVrfIs(interface.intfId, vrfName);
+      addAddresses(*ip, interface, vrfName, interface.addresses);
+      addAddresses(*ip6, interface, vrfName, interface.addresses6);
+   }
+   allIntfConfig = config;
+   l3Config = layer3;
+   ipStatus = ip;
+   ip6Status = ip6;
+   auto const hardware = Zam::makePtr<Routing::Hardware::Status>();
+   hardware->maxViasIs(state.maxVias);
+   routingHardwareStatus = hardware;
+   auto const hardware6 = Zam::makePtr<Routing6::Hardware::Status>();
+   hardware6->maxViasIs(state.maxVias6);
+   routing6HardwareStatus = hardware6;
+}
+
+void Inputs::routeCacheIs(State const& state) {
+   auto const groups = Zam::makePtr<NexthopGroup::EntryStatus>();
+   for (auto const& group : state.nexthopGroups) {
+      groups->nexthopGroupIdIs(Zam::String(group.name), group.id);
+   }
+   nexthopGroupEntryStatus = groups;
+   auto const evpn = Zam::makePtr<Routing::Rib::RouteCache::Evpn::ViaConfig>();
+   for (EvpnFec const& fec : state.evpnFecs) {
+      evpn->viaIs(fec.fecId.value(), fec.vias);
+   }
+   routeCacheEvpnViaConfig = evpn;
+   auto const cache = Zam::makePtr<Routing::Rib::RouteConfig>();
+   for (VrfState const& vrf : state.vrfs) {
+      for (CachedRoute const& route : vrf.routeCache) {
+         cache->routeIs({.prefix = route.prefix, .vrfId = vrf.id}, route.entry);
+      }
+   }
+   if (cache->route().size() != 0) {
+      routeCacheConfig = cache;
+   }
+}
+
+Inputs mountStateDir(std::string const& stateDir) {
+   auto const manager = Zam::makePtr<Hive::EntityManager>(stateDir);
+   std::string const file = stateDir + "/" + std::string(entitiesFile);
+   return Inputs(manager, readEntities(JsonDocument::load(file)));
+}
+
+Inputs mountPrivately(State const& state) {
+   PrivateStateDir const dir;
+   Hive::EntityManager::stateDirIs(dir.path());
+   auto const manager = Zam::makePtr<Hive::EntityManager>(dir.path());
+   writeTables(state, *manager);
+   Inputs inputs(manager, state);
+   inputs.routesMounted();
+   return inputs;
+}
+
+}  // namespace state

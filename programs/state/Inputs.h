@@ -1,0 +1,94 @@
+#pragma once
+
+#include "FlexAlgo/Config.h"
+#include "Hive/EntityManager.h"
+#include "Interface/AllIntfConfigDir.h"
+#include "Interface/IntfStatus.h"
+#include "Ip/Status.h"
+#include "Ip6/Status.h"
+#include "L3/Config.h"
+#include "NexthopGroup/EntryStatus.h"
+#include "Routing/AttachedRouteStatus.h"
+#include "Routing/ConfigGen.h"
+#include "Routing/Hardware/Status.h"
+#include "Routing/Rib/RouteCache/Evpn/ViaConfig.h"
+#include "Routing/Rib/RouteConfig.h"
+#include "Routing/RouteList.h"
+#include "Routing6/Hardware/Status.h"
+#include "Vault/ForwardingStatus.h"
+#include "Vault/KernelUnprogrammedRoute.h"
+#include "Vault/RouteStatus.h"
+#include "Vault/UnprogrammedRouteStatus.h"
+#include "Vrf/VrfIdMap/Status.h"
+#include "programs/state/State.h"
+
+#include <map>
+#include <optional>
+
+namespace state {
+
+// What the operations of the library read, made from a state directory's tables and from the entities of a state. The
+// handles keep what they lead to alive; a table that is not there is a null handle.
+class Inputs {
+ public:
+   template <class T>
+   using Table = Zam::Ptr<T const>;
+
+   // What each address family has of its own, for one VRF.
+   struct OfVrf {
+      Table<Routing::ConfigGen> routingConfig{};
+      Table<Routing::RouteList> routeList{};
+   };
+   struct Vrf {
+      VrfId id = 0;
+      L3::VrfName name{};
+      OfVrf ip{};
+      OfVrf ip6{};
+   };
+
+   // Mounts what all VRFs share; the route tables are mounted when they are asked for.
+   Inputs(Zam::Ptr<Hive::EntityManager const> manager, State const& state);
+   // Mounts every route table now; the state directory may go afterwards.
+   void routesMounted();
+
+   std::vector<Vrf> const& vrfs() const { return vrfs_; }
+   Vrf const* vrf(std::string_view name) const;
+   Table<Vault::Fib::RouteStatus> routes(VrfId vrfId);
+   Table<Vault::Fib6::RouteStatus> routes6(VrfId vrfId);
+
+   Table<Vault::Fib::ForwardingStatus> forwardingStatus{};
+   Table<Vault::Fib6::ForwardingStatus> forwarding6Status{};
+   Table<Vault::FibGen::ForwardingStatus> forwardingGenStatus{};
+   Table<Vault::Fib::ForwardingStatus> policyForwardingStatus{};
+   Table<Vault::Fib::UnprogrammedRouteStatus> unprogrammedRouteStatus{};
+   Table<Vault::KernelUnprogrammedRoute::UnprogrammedRoute> kernelUnprogrammedRoute{};
+
+   Table<::Vrf::VrfIdMap::Status> vrfIdMap{};
+   Table<Interface::AllIntfConfigDir> allIntfConfig{};
+   Table<L3::Config> l3Config{};
+   Table<Ip::Status> ipStatus{};
+   Table<Ip6::Status> ip6Status{};
+   Table<Routing::Hardware::Status> routingHardwareStatus{};
+   Table<Routing6::Hardware::Status> routing6HardwareStatus{};
+   Table<Routing::AttachedRouteStatus> attachedRouteStatus{};
+   Table<Routing::AttachedRouteStatus> attachedRoute6Status{};
+   Table<NexthopGroup::EntryStatus> nexthopGroupEntryStatus{};
+   Table<Routing::Rib::RouteConfig> routeCacheConfig{};  // null while the route cache has no routes
+   Table<Routing::Rib::RouteCache::Evpn::ViaConfig> routeCacheEvpnViaConfig{};
+
+ private:
+   void vrfsAre(State const& state);
+   void interfacesAre(State const& state);
+   void routeCacheIs(State const& state);
+
+   Zam::Ptr<Hive::EntityManager const> manager_;
+   std::vector<Vrf> vrfs_;
+   std::map<VrfId, Table<Vault::Fib::RouteStatus>> routes_;
+   std::map<VrfId, Table<Vault::Fib6::RouteStatus>> routes6_;
+};
+
+// The inputs of a state directory, and those of a state that is nowhere but in this process.
+Inputs mountStateDir(std::string const& stateDir);
+Inputs mountPrivately(State const& state);
+
+}  // namespace state

@@ -1,0 +1,93 @@
+#pragma once
+
+#include "L3/VrfName.h"
+#include "Lumen/IntfId.h"
+#include "Lumen/Ip6AddrWithMask.h"
+#include "Lumen/IpAddrWithMask.h"
+#include "Lumen/IpGenPrefix.h"
+#include "Routing/NexthopGroup/NexthopGroupId.h"
+#include "Routing/Rib/RouteConfig.h"
+#include "Tunnel/TunnelTable/EvpnVxlanTunnelEntry.h"
+#include "Vault/Fib.h"
+#include "Vrf/VrfId.h"
+
+#include <string>
+#include <vector>
+
+// The whole state of a box as plain values: what a snapshot file describes, what the Linux kernel tells, and what the
+// shared tables and entities of a state directory are made from. Whoever fills it vouches that ids and prefixes do not
+// repeat and that VRF and interface references lead somewhere; StateWriter relies on it.
+namespace state {
+
+using VrfId = Vrf::VrfIdMap::VrfId;
+
+struct Interface {
+   Lumen::IntfId intfId{};  // named
+   std::string description{};
+   VrfId vrfId = Vrf::VrfIdMap::defaultVrf;
+   bool loopback = false;
+   bool linkUp = true;
+   std::vector<Lumen::IpAddrWithMask> addresses{};  // the primary, then the secondary ones
+   std::vector<Lumen::Ip6AddrWithMask> addresses6{};
+};
+
+struct UnprogrammedRoute {
+   Lumen::IpGenPrefix prefix{};
+   U32 error = 0;  // what the kernel answered, an errno; unused for hardware
+};
+
+// A host that was resolved on an interface.
+struct AttachedRoute {
+   Lumen::IpGenAddr address{};
+   Lumen::IntfId intfId{};
+   bool active = true;
+};
+
+// A route that the route cache knows, whether or not the FIB holds it.
+struct CachedRoute {
+   Lumen::IpGenPrefix prefix{};
+   Routing::Rib::RouteConfigEntry entry{};
+};
+
+struct VrfState {
+   VrfId id = Vrf::VrfIdMap::defaultVrf;
+   L3::VrfName name{};
+   bool routing = true;  // IPv4 packets are routed
+   bool routing6 = true;
+   std::vector<Vault::Fib::Route> routes{};
+   std::vector<Vault::Fib6::Route> routes6{};
+   std::vector<UnprogrammedRoute> hardwareUnprogrammed{};
+   std::vector<UnprogrammedRoute> kernelUnprogrammed{};
+   std::vector<Routing::RouteKey> configuredRoutes{};
+   std::vector<AttachedRoute> attachedRoutes{};
+   std::vector<CachedRoute> routeCache{};
+};
+
+struct NexthopGroup {
+   Routing::NexthopGroup::NexthopGroupId id = 0;
+   std::string name{};
+};
+
+struct EvpnFec {
+   Vault::Fib::FecId fecId{};  // of adjacency type 24
+   std::vector<Tunnel::TunnelTable::EvpnVxlanTunnelEntry> vias{};
+};
+
+struct State {
+   std::vector<Interface> interfaces{};
+   std::vector<VrfState> vrfs{};  // in the order of their ids
+
+   std::vector<Vault::Fib::Fec> fecs{};
+   std::vector<Vault::Fib6::Fec> fecs6{};
+   std::vector<Vault::FibGen::Fec> fecsGen{};
+   std::vector<Vault::Fib::Fec> policyFecs{};
+   bool genericFib = false;  // routes use the FECs of fecsGen, whatever their adjacency type
+
+   std::vector<NexthopGroup> nexthopGroups{};
+   std::vector<EvpnFec> evpnFecs{};
+   // How many vias the hardware takes per route; 0 for no limit.
+   U32 maxVias = 0;
+   U32 maxVias6 = 0;
+};
+
+}  // namespace state

@@ -1,0 +1,304 @@
+#include "Lumen/RandomValues.h"
+#include "Zam/Error.h"
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <optional>
+
+// Texts of addresses: tables of the forms, and the C library as an independent judge over random and damaged texts.
+namespace Lumen::Test {
+namespace {
+
+template <class T>
+std::optional<T> parsed(std::string_view text) {
+   try {
+      return T::parse(text);
+   } catch (Zam::ParseError const&) {
+      return std::nullopt;
+   }
+}
+
+std::array<U8, 4> bytesOf(IpAddr addr) {
+   auto const octet = [addr](int shift) { return static_cast<U8>(addr.value() >> shift); };
+   return {octet(24), octet(16), octet(8), octet(0)};
+}
+std::array<U8, 16> bytesOf(Ip6Addr addr) {
+   return addr.bytes();
+}
+
+template <class Addr>
+constexpr int systemFamily = Addr::width == 32 ? AF_INET : AF_INET6;
+
+template <class Addr>
+std::optional<std::array<U8, Addr::width / 8>> systemParsed(std::string const& text) {
+   std::array<U8, Addr::width / 8> bytes;
+   bool const good = inet_pton(systemFamily<Addr>, text.c_str(), bytes.data()) == 1;
+   return good ? std::optional(bytes) : std::nullopt;
+}
+
+template <class Addr>
+std::string systemText(Addr addr) {
+   std::array<char, INET6_ADDRSTRLEN> text;
+   return inet_ntop(systemFamily<Addr>, bytesOf(addr).data(), text.data(), text.size());
+}
+
+// The system writes all of ::/96 that has something in the upper half of its tail with a dotted tail; RFC 5952 leaves
+// that to addresses that are known to embed one.
+bool isWrittenAlike(IpAddr) {
+   return true;
+}
+bool isWrittenAlike(Ip6Addr addr) {
+   return addr.hi() != 0 || addr.lo() >> 32 != 0 || addr.lo() >> 16 == 0;
+}
+
+std::string damaged(std::string text, Random& random) {
+   constexpr std::string_view characters = "0123456789abcdefABCDEF::..xg/ +-%";
+   for (U64 left = 1 + random.below(2); left != 0; --left) {
+      auto const at = random.below(text.size() + 1);
+      char const c = characters[random.below(characters.size())];
+      switch (random.below(4)) {
+         case 0:
+            text.insert(at, 1, c);
+            break;
+         case 1:
+            text.erase(at, 1);
+            break;
+         case 2:
+            text.replace(at, 1, 1, c);
+            break;
+         default:
+            text.insert(at, text.substr(random.below(text.size() + 1), random.below(4)));
+      }
+   }
+   return text;
+}
+
+// The same address as people write it: any zero run compressed or none, upper case, leading zeros, a dotted tail.
+std::string loose(IpAddr addr, Random&) {
+   return addr.stringValue();
+}
+std::string loose(Ip6Addr addr, Random& random) {
+   auto const bytes = addr.bytes();
+   std::string text;
+   unsigned const gap = static_cast<unsigned>(random.below(9));
+   unsigned const groups = random.chance(3) ? 6 : 8;
+   bool compressed = false;
+   for (unsigned i = 0; i < groups; ++i) {
+      unsigned const group = bytes[2 * i] * 256U + bytes[2 * i + 1];
+      if (i >= gap && group == 0 && (!compressed || text.ends_with("::"))) {
+         text += compressed ? "" : text.empty() ? "::" : ":";
+         compressed = true;
+         continue;
+      }
+      constexpr char const* forms[] = {"%x:", "%X:", "%04x:", "%02X:"};
+      std::array<char, 8> form;
+      std::snprintf(form.data(), form.size(), forms[random.below(4)], group);
+      text += form.data();
+   }
+   if (groups == 6) {
+      return text + IpAddr(static_cast<U32>(addr.lo())).stringValue();
+   }
+   return text.ends_with("::") ? text : text.substr(0, text.size() - 1);
+}
+
+template <class Addr>
+class AddrTextTest : public testing::Test {};
+using Families = testing::Types<IpAddr, Ip6Addr>;
+TYPED_TEST_SUITE(AddrTextTest, Families);
+
+TYPED_TEST(AddrTextTest, PrintsAsTheSystemDoes) {
+   Random random(1);
+   for (int i = 0; i < 100000; ++i) {
+      auto const addr = random.value<TypeParam>();
+      if (isWrittenAlike(addr)) {
+         ASSERT_EQ(addr.stringValue(), systemText(addr));
+      }
+   }
+}
+
+TYPED_TEST(AddrTextTest, ReadsWhatTheSystemReadsAndNothingElse) {
+   Random random(2);
+   int accepted = 0;
+   int refused = 0;
+   for (int i = 0; i < 100000; ++i) {
+      auto text = loose(random.value<TypeParam>(), random);
+      text = random.chance(4) ? text : damaged(text, random);
+      auto const mine = parsed<TypeParam>(text);
+      auto const systems = systemParsed<TypeParam>(text);
+      ASSERT_EQ(mine.has_value(), systems.has_value()) << text;
+      ASSERT_TRUE(!mine || bytesOf(*mine) == *systems) << text;
+      ++(mine ? accepted : refused);
+   }
+   EXPECT_GT(accepted, 20000);
+   EXPECT_GT(refused, 20000);
+}
+
+TYPED_TEST(AddrTextTest, PrefixTextIsTheAddressAndTheLength) {
+   Random random(3);
+   for (int i = 0; i < 20000; ++i) {
+      auto const length = random.length<TypeParam>();
+      auto const prefix = BasicPrefix<TypeParam>::masked(random.value<TypeParam>(), length);
+      ASSERT_EQ(prefix.stringValue(), prefix.address().stringValue() + "/" + std::to_string(length));
+      BasicAddrWithMask<TypeParam> const withMask(random.value<TypeParam>(), length);
+      ASSERT_EQ(withMask.stringValue(), withMask.address().stringValue() + "/" + std::to_string(length));
+   }
+}
+
+TEST(IpAddrTest, RefusesWhatIsNotStrictDottedDecimal) {
+   for (std::string_view const text : {"",
+                                       ".",
+                                       "1",
+                                       "1.2.3",
+                                       "1.2.3.4.",
+                                       ".1.2.3.4",
+                                       "1..2.3",
+                                       "1.2.3.4.5",
+                                       "256.0.0.0",
+                                       "0.0.0.256",
+                                       "01.2.3.4",
+                                       "1.2.3.00",
+                                       "1.2.3.+4",
+                                       "1.2.3.-4",
+                                       " 1.2.3.4",
+                                       "1.2.3.4 ",
+                                       "1.2.3. 4",
+                                       "0x1.2.3.4",
+                                       "1.2.3.a",
+                                       "1.2.3.4/32",
+                                       "99999999999999999999.1.1.1",
+                                       "4294967297.0.0.0",
+                                       "18446744073709551617.0.0.0",
+                                       "1,2,3,4",
+                                       "::1.2.3.4"}) {
+      EXPECT_EQ(parsed<IpAddr>(text), std::nullopt) << text;
+   }
+   EXPECT_EQ(parsed<IpAddr>(std::string_view("1.2.3.4\0", 8)), std::nullopt);
+   EXPECT_EQ(parsed<IpAddr>(std::string_view("1.2.3.\0", 7)), std::nullopt);
+   EXPECT_EQ(IpAddr::parse("192.0.2.1").value(), 0xc0000201U);
+   EXPECT_EQ(IpAddr::parse("0.0.0.0"), IpAddr());
+   EXPECT_EQ(IpAddr::parse("255.255.255.255").value(), 0xffffffffU);
+}
+
+TEST(Ip6AddrTest, ReadsEveryFormAndPrintsOne) {
+   struct Case {
+      std::string_view text;
+      std::string_view printed;
+   };
+   for (auto const& [text, printed] : std::to_array<Case>({
+            {"::", "::"},
+            {"0:0:0:0:0:0:0:0", "::"},
+            {"::1", "::1"},
+            {"1::", "1::"},
+            {"2001:0db8:0000:0000:0000:0000:0000:0001", "2001:db8::1"},
+            {"2001:DB8::AbCd", "2001:db8::abcd"},
+            {"2001:db8:0:1:1:1:1:1", "2001:db8:0:1:1:1:1:1"},  // one zero group stays
+            {"2001:db8::1:1:1:1:1", "2001:db8:0:1:1:1:1:1"},   // "::" may stand for one group when read
+            {"2001:0:0:1:0:0:0:1", "2001:0:0:1::1"},           // the longest run
+            {"2001:db8:0:0:1:0:0:1", "2001:db8::1:0:0:1"},     // the first of equals
+            {"0:0:1:0:0:1:0:0", "::1:0:0:1:0:0"},
+            {"1:0:0:2:3:4:0:0", "1::2:3:4:0:0"},
+            {"1:2:3:4:5:6:0:0", "1:2:3:4:5:6::"},
+            {"1:2:3:4:5:6:7::", "1:2:3:4:5:6:7:0"},
+            {"::2:3:4:5:6:7:8", "0:2:3:4:5:6:7:8"},
+            {"0:0:3:4:5:6:7:8", "::3:4:5:6:7:8"},
+            {"ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff", "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff"},
+            {"::ffff:192.0.2.1", "::ffff:192.0.2.1"},
+            {"::FFFF:c000:201", "::ffff:192.0.2.1"},
+            {"::ffff:0:0", "::ffff:0.0.0.0"},
+            {"::fffe:192.0.2.1", "::fffe:c000:201"},  // not IPv4-mapped
+            {"::ffff:0:192.0.2.1", "::ffff:0:c000:201"},
+            {"::192.0.2.1", "::c000:201"},
+            {"64:ff9b::192.0.2.33", "64:ff9b::c000:221"},
+            {"1:2:3:4:5:6:192.0.2.1", "1:2:3:4:5:6:c000:201"},
+            {"1:2:3:4:5::192.0.2.1", "1:2:3:4:5:0:c000:201"},
+            {"fe80::1:2:3", "fe80::1:2:3"},
+        })) {
+      ASSERT_TRUE(parsed<Ip6Addr>(text)) << text;
+      EXPECT_EQ(Ip6Addr::parse(text).stringValue(), printed) << text;
+   }
+}
+
+TEST(Ip6AddrTest, RefusesWhatNoFormCovers) {
+   for (std::string_view const text : {"",
+                                       ":",
+                                       ":::",
+                                       "1",
+                                       "1:",
+                                       ":1",
+                                       "1:2",
+                                       "1::2::3",
+                                       "::1::",
+                                       ":::1",
+                                       "1:::2",
+                                       "1:2:3:4:5:6:7",
+                                       "1:2:3:4:5:6:7:8:9",
+                                       "1:2:3:4:5:6:7:8:",
+                                       ":1:2:3:4:5:6:7:8",
+                                       "1:2:3:4:5:6:7:8::",
+                                       "::1:2:3:4:5:6:7:8",
+                                       "1:2:3:4::5:6:7:8",
+                                       "12345::",
+                                       "::00001",
+                                       "::g",
+                                       "::1%eth0",
+                                       "::1/128",
+                                       " ::1",
+                                       "::1 ",
+                                       "::1.2.3",
+                                       "::1.2.3.4.5",
+                                       "::01.2.3.4",
+                                       "::1.2.3.256",
+                                       "1.2.3.4",
+                                       "1.2.3.4::",
+                                       "::1.2.3.4:5",
+                                       "::a.2.3.4",
+                                       "1:2:3:4:5:6:7:1.2.3.4",
+                                       "1:2:3:4:5:6::1.2.3.4",
+                                       "1:2:3:4:5:1.2.3.4",
+                                       "[::1]",
+                                       "::-1",
+                                       "0x1::"}) {
+      EXPECT_EQ(parsed<Ip6Addr>(text), std::nullopt) << text;
+   }
+   EXPECT_EQ(parsed<Ip6Addr>(std::string_view("::1\0", 4)), std::nullopt);
+}
+
+TEST(Ip6AddrTest, BytesAreInNetworkOrder) {
+   auto const addr = Ip6Addr::parse("102:304:506:708:90a:b0c:d0e:f10");
+   EXPECT_EQ(addr.bytes(), (std::array<U8, 16>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}));
+   EXPECT_EQ(addr.hi(), 0x0102030405060708U);
+   EXPECT_EQ(Ip6Addr(addr.bytes()), addr);
+}
+
+TEST(IpGenAddrTest, KeepsTheFamilyApart) {
+   auto const ip = IpGenAddr::parse("1.2.3.4");
+   auto const ip6 = IpGenAddr::parse("102:304::");  // the same leading bytes
+   EXPECT_NE(ip, ip6);
+   EXPECT_EQ(ip.family(), AddressFamily::ipv4);
+   EXPECT_EQ(ip.ip(), IpAddr(0x01020304));
+   EXPECT_EQ(ip.ip6(), Ip6Addr());
+   EXPECT_EQ(ip6.family(), AddressFamily::ipv6);
+   EXPECT_EQ(ip6.ip(), IpAddr());
+   EXPECT_EQ(ip6.ip6(), Ip6Addr(0x0102030400000000, 0));
+
+   EXPECT_EQ(IpGenAddr::parse(""), IpGenAddr());
+   EXPECT_NE(IpGenAddr(IpAddr()), IpGenAddr());
+   EXPECT_NE(IpGenAddr(IpAddr()), IpGenAddr(Ip6Addr()));
+   EXPECT_TRUE(IpGenAddr(IpAddr()).isZero() && IpGenAddr(Ip6Addr()).isZero() && IpGenAddr().isZero());
+   EXPECT_TRUE(!IpGenAddr(IpAddr()).isEmpty() && IpGenAddr().isEmpty());
+   EXPECT_THROW(IpGenAddr::parse("none"), Zam::ParseError);
+   EXPECT_LT(IpGenAddr(IpAddr(0xffffffff)), IpGenAddr(Ip6Addr()));
+}
+
+TEST(AddressFamilyTest, IsWrittenByName) {
+   EXPECT_EQ(Zam::valueToStrep(AddressFamily::ipv6), "ipv6");
+   EXPECT_EQ(Zam::strepToValue<AddressFamily>("ipv4"), AddressFamily::ipv4);
+   EXPECT_EQ(Zam::valueToStrep(static_cast<AddressFamily>(9)), "9");  // from a damaged table
+}
+
+}  // namespace
+}  // namespace Lumen::Test

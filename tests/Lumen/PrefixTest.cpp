@@ -1,0 +1,217 @@
+#include "Lumen/RandomValues.h"
+#include "Zam/Error.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+#include <vector>
+
+namespace Lumen::Test {
+namespace {
+
+template <class T, class F>
+std::string messageOf(F&& act) {
+   try {
+      act();
+   } catch (T const& error) {
+      return error.what();
+   }
+   return "nothing was thrown";
+}
+
+bool bit(IpAddr addr, unsigned i) {
+   return (addr.value() >> (31 - i) & 1U) != 0;
+}
+bool bit(Ip6Addr addr, unsigned i) {
+   return ((i < 64 ? addr.hi() : addr.lo()) >> (63 - i % 64) & 1U) != 0;
+}
+
+// The order as it is defined, bit by bit.
+template <class Addr>
+bool before(BasicPrefix<Addr> const& a, BasicPrefix<Addr> const& b) {
+   if (a.isNullPrefix() || b.isNullPrefix()) {
+      return !a.isNullPrefix();
+   }
+   for (unsigned i = 0; i < std::min(a.length(), b.length()); ++i) {
+      if (bit(a.address(), i) != bit(b.address(), i)) {
+         return bit(b.address(), i);
+      }
+   }
+   return a.length() < b.length();
+}
+
+template <class Addr>
+bool covers(BasicPrefix<Addr> const& a, Addr addr) {
+   for (unsigned i = 0; i < a.length(); ++i) {
+      if (bit(a.address(), i) != bit(addr, i)) {
+         return false;
+      }
+   }
+   return true;
+}
+
+template <class Addr>
+class PrefixTest : public testing::Test {
+ protected:
+   // Prefixes that nest: all within a few addresses.
+   static std::vector<BasicPrefix<Addr>> nested(std::size_t count) {
+      Random random(count);
+      std::vector<Addr> const addrs{random.value<Addr>(), random.value<Addr>(), Addr(), ~Addr()};
+      std::set<BasicPrefix<Addr>> prefixes;
+      while (prefixes.size() < count) {
+         auto const addr =
+             addrs[random.below(addrs.size())] ^ (random.value<Addr>() & ~Addr::mask(random.length<Addr>()));
+         prefixes.insert(BasicPrefix<Addr>::masked(addr, random.length<Addr>()));
+      }
+      return {prefixes.begin(), prefixes.end()};
+   }
+};
+
+using Families = testing::Types<IpAddr, Ip6Addr>;
+TYPED_TEST_SUITE(PrefixTest, Families);
+
+TYPED_TEST(PrefixTest, OrderIsByTheCommonBitsThenShorterFirst) {
+   auto prefixes = this->nested(600);
+   prefixes.emplace_back();
+   for (auto const& a : prefixes) {
+      for (auto const& b : prefixes) {
+         ASSERT_EQ(a < b, a != b && before(a, b)) << a << " and " << b;
+      }
+   }
+}
+
+TYPED_TEST(PrefixTest, WhatAPrefixContainsFollowsItWithoutAGap) {
+   auto const sorted = this->nested(2000);
+   for (auto at = sorted.begin(); at != sorted.end(); ++at) {
+      auto const inside = [at](auto const& other) {
+         return other.length() >= at->length() && covers(*at, other.address());
+      };
+      auto const end = std::find_if_not(at, sorted.end(), inside);
+      ASSERT_EQ(std::count_if(sorted.begin(), sorted.end(), inside), end - at) << *at;
+   }
+}
+
+TYPED_TEST(PrefixTest, ContainsWhatItsBitsCover) {
+   Random random(7);
+   auto const prefixes = this->nested(500);
+   for (auto const& a : prefixes) {
+      for (auto const& b : prefixes) {
+         ASSERT_EQ(a.contains(b), a.length() <= b.length() && covers(a, b.address())) << a << " and " << b;
+         ASSERT_EQ(a.contains(b.address()), covers(a, b.address())) << a << " and " << b;
+      }
+      auto const length = random.length<TypeParam>();
+      auto const truncated = a.truncated(length);
+      ASSERT_EQ(truncated.length(), std::min(length, a.length()));
+      ASSERT_TRUE(truncated.contains(a)) << truncated << " and " << a;
+   }
+}
+
+TYPED_TEST(PrefixTest, NullPrefixIsApartFromEveryPrefix) {
+   using P = BasicPrefix<TypeParam>;
+   P const null;
+   P const all = P(TypeParam(), 0);
+   P const last = P(~TypeParam(), P::maxLength);
+   EXPECT_TRUE(null.isNullPrefix() && null.length() == 0xff && null.address().isZero());
+   EXPECT_FALSE(all.isNullPrefix());
+   EXPECT_TRUE(all < last && last < null);
+   EXPECT_FALSE(null.contains(all) || all.contains(null) || null.contains(null) || null.contains(TypeParam()));
+   EXPECT_TRUE(null.truncated(0).isNullPrefix());
+   EXPECT_EQ(null.stringValue(), "none");
+   EXPECT_TRUE(P::parse("none").isNullPrefix());
+}
+
+TYPED_TEST(PrefixTest, HostBitsAndLengthsAreChecked) {
+   using P = BasicPrefix<TypeParam>;
+   using WithMask = BasicAddrWithMask<TypeParam>;
+   bool const v4 = TypeParam::width == 32;
+   std::string const type = v4 ? "Lumen::Prefix" : "Lumen::Ip6Prefix";
+   std::string const maskType = v4 ? "Lumen::IpAddrWithMask" : "Lumen::Ip6AddrWithMask";
+   auto const hostBits = type + "::address & ~mask() != 0 not allowed";
+   auto const length = "::length > maxLength not allowed";
+   auto const address = TypeParam::mask(P::maxLength);
+   for (U8 bits = 0; bits < P::maxLength; ++bits) {
+      ASSERT_EQ(messageOf<Zam::RangeError>([&] { P(address, bits); }), hostBits);
+      ASSERT_EQ(messageOf<Zam::RangeError>([&] { P(address ^ TypeParam::mask(P::maxLength - 1), bits); }), hostBits);
+      ASSERT_EQ(P(TypeParam::mask(bits), bits), P::masked(address, bits));
+      ASSERT_EQ(WithMask(address, bits).subnet(), P::masked(address, bits));
+   }
+   for (unsigned const tooLong : {P::maxLength + 1U, 0xfeU, 0xffU}) {
+      auto const bits = static_cast<U8>(tooLong);
+      EXPECT_EQ(messageOf<Zam::RangeError>([&] { P(TypeParam(), bits); }), type + length);
+      EXPECT_EQ(messageOf<Zam::RangeError>([&] { P::masked(address, bits); }), type + length);
+      EXPECT_EQ(messageOf<Zam::RangeError>([&] { WithMask(address, bits); }), maskType + length);
+   }
+   std::string const zero = v4 ? "0.0.0.0" : "::";
+   for (auto const& tooLong : {std::to_string(P::maxLength + 1), std::string("255"), std::string("256"),
+                               std::string("4294967296"), std::string("18446744073709551616")}) {
+      EXPECT_EQ(messageOf<Zam::RangeError>([&] { P::parse(zero + "/" + tooLong); }), type + length) << tooLong;
+      EXPECT_EQ(messageOf<Zam::RangeError>([&] { WithMask::parse(zero + "/" + tooLong); }), maskType + length);
+   }
+   EXPECT_EQ(messageOf<Zam::RangeError>([&] { P::parse(address.stringValue() + "/8"); }), hostBits);
+}
+
+TYPED_TEST(PrefixTest, MalformedTextIsNoRangeError) {
+   using P = BasicPrefix<TypeParam>;
+   std::string const host = TypeParam::mask(P::maxLength).stringValue();
+   for (std::string const tail :
+        {"", "/", "/ 8", "/8 ", "/08", "/00", "/+8", "/-1", "/8/8", "/8a", "//8", "/0x8", " /8", "/255.0.0.0", "/8."}) {
+      EXPECT_THROW(P::parse(host + tail), Zam::ParseError) << tail;
+      EXPECT_THROW(IpGenPrefix::parse(host + tail), Zam::ParseError) << tail;
+      EXPECT_THROW(BasicAddrWithMask<TypeParam>::parse(host + tail), Zam::ParseError) << tail;
+   }
+   for (std::string const text : {"", "/8", "None", "none ", "none/0", "x/8", "1.2.3/8", "1:2/8"}) {
+      EXPECT_THROW(P::parse(text), Zam::ParseError) << text;
+      EXPECT_THROW(IpGenPrefix::parse(text), Zam::ParseError) << text;
+   }
+   EXPECT_EQ(messageOf<Zam::ParseError>([] { Prefix::parse("10.0.0.0"); }),
+             "expected an IPv4 prefix a.b.c.d/length, found \"10.0.0.0\"");
+}
+
+TEST(PrefixFamiliesTest, ReadOnlyTheirOwnTexts) {
+   EXPECT_THROW(Prefix::parse("::/0"), Zam::ParseError);
+   EXPECT_THROW(Ip6Prefix::parse("0.0.0.0/0"), Zam::ParseError);
+   EXPECT_EQ(Zam::valueToStrep(Prefix::parse("10.0.0.0/8")), "'10.0.0.0/8'");
+   EXPECT_EQ(Ip6Prefix::parse("2001:DB8:0::/32").stringValue(), "2001:db8::/32");
+   EXPECT_EQ(Ip6Prefix::parse("::ffff:10.0.0.0/104").stringValue(), "::ffff:10.0.0.0/104");
+}
+
+TEST(IpGenPrefixTest, HoldsEitherFamilyInSixteenBytes) {
+   auto const v4 = IpGenPrefix::parse("10.1.0.0/16");
+   EXPECT_EQ(v4.family(), AddressFamily::ipv4);
+   EXPECT_EQ(v4.prefix(), Prefix::parse("10.1.0.0/16"));
+   EXPECT_TRUE(v4.prefix6().isNullPrefix());
+   EXPECT_EQ(v4.addressBytes(), (std::array<U8, 16>{10, 1}));
+
+   auto const v6 = IpGenPrefix::parse("2001:db8::/32");
+   EXPECT_EQ(v6.family(), AddressFamily::ipv6);
+   EXPECT_EQ(v6.prefix6(), Ip6Prefix::parse("2001:db8::/32"));
+   EXPECT_TRUE(v6.prefix().isNullPrefix());
+
+   EXPECT_TRUE(IpGenPrefix(Prefix()).isNullPrefix() && IpGenPrefix(Prefix()) == IpGenPrefix(Ip6Prefix()));
+   EXPECT_EQ(IpGenPrefix(Prefix()), IpGenPrefix());
+   EXPECT_EQ(messageOf<Zam::RangeError>([] { IpGenPrefix::parse("10.0.0.1/8"); }),
+             "Lumen::Prefix::address & ~mask() != 0 not allowed");
+   EXPECT_EQ(messageOf<Zam::RangeError>([] { IpGenPrefix::parse("::/129"); }),
+             "Lumen::Ip6Prefix::length > maxLength not allowed");
+}
+
+TEST(IpGenPrefixTest, OrdersByBytesThenLengthAndOnlyThenByFamily) {
+   std::vector<std::string> const texts{"0.0.0.0/0",      "::/0",        "0.0.0.0/8", "::/8",
+                                        "::1/128",        "10.0.0.0/8",  "a00::/16",  "a01::/16",
+                                        "10.1.0.0/24",    "224.0.0.0/4", "ff00::/8",  "255.255.255.255/32",
+                                        "ffff:ffff::/64", "none"};
+   for (std::size_t i = 0; i < texts.size(); ++i) {
+      for (std::size_t j = 0; j < texts.size(); ++j) {
+         ASSERT_EQ(IpGenPrefix::parse(texts[i]) < IpGenPrefix::parse(texts[j]), i < j) << texts[i] << " " << texts[j];
+      }
+   }
+   auto const v4 = IpGenPrefix::parse("1.2.3.0/24");
+   auto const v6 = IpGenPrefix::parse("102:300::/24");
+   EXPECT_NE(v4, v6);
+   EXPECT_TRUE(v4.byAddressAndLength(v6) == 0);
+   EXPECT_TRUE(v4.byAddressAndLength(IpGenPrefix::parse("102:300::/25")) < 0);
+}
+
+}  // namespace
+}  // namespace Lumen::Test

@@ -1,0 +1,97 @@
+#include "Lumen/RandomValues.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <set>
+#include <sstream>
+#include <vector>
+
+// What holds for every value type of the folder, over random values.
+namespace Lumen::Test {
+namespace {
+
+template <class T>
+class TextValueTest : public testing::Test {
+ protected:
+   static std::vector<T> values(std::size_t count) {
+      Random random(count);
+      std::vector<T> values{T()};
+      while (values.size() < count) {
+         values.push_back(random.value<T>());
+      }
+      return values;
+   }
+};
+
+using Types = testing::Types<IpAddr, Ip6Addr, IpGenAddr, Prefix, Ip6Prefix, IpGenPrefix, IpAddrWithMask,
+                             Ip6AddrWithMask, IntfId, MplsLabel, MplsLabelOperation, EthAddr, Vni>;
+TYPED_TEST_SUITE(TextValueTest, Types);
+
+TYPED_TEST(TextValueTest, TextsReadBackAsTheValueTheyCameFrom) {
+   for (auto const& value : this->values(20000)) {
+      auto const text = value.stringValue();
+      ASSERT_EQ(TypeParam::parse(text), value) << text;
+      ASSERT_EQ(Zam::strepToValue<TypeParam>(Zam::valueToStrep(value)), value) << text;
+      std::ostringstream stream;
+      stream << value;
+      ASSERT_EQ(stream.str(), text);
+   }
+}
+
+TYPED_TEST(TextValueTest, FormattingStaysWithinItsRoom) {
+   constexpr std::size_t room = TypeParam::maxTextLength;
+   for (auto const& value : this->values(20000)) {
+      std::vector<char> text(room + 8, '~');
+      auto const size = value.formatTo(text.data());
+      ASSERT_LE(size, room);
+      ASSERT_EQ(std::count(text.begin() + room, text.end(), '~'), 8) << value;
+   }
+}
+
+TYPED_TEST(TextValueTest, EqualMeansTheSameBytesTheSameTextAndTheSameHash) {
+   auto const values = this->values(400);
+   for (auto const& a : values) {
+      for (auto const& b : values) {
+         bool const equal = a == b;
+         ASSERT_EQ(std::memcmp(&a, &b, sizeof(a)) == 0, equal) << a << " and " << b;
+         ASSERT_EQ(a.stringValue() == b.stringValue(), equal) << a << " and " << b;
+         ASSERT_TRUE(!equal || std::hash<TypeParam>{}(a) == std::hash<TypeParam>{}(b));
+      }
+   }
+}
+
+TYPED_TEST(TextValueTest, OrderIsTotal) {
+   auto const values = this->values(120);
+   for (auto const& a : values) {
+      for (auto const& b : values) {
+         auto const order = a <=> b;
+         ASSERT_EQ(order == 0, a == b) << a << " and " << b;
+         ASSERT_EQ(order<0, (b <=> a)> 0) << a << " and " << b;
+         for (auto const& c : values) {
+            ASSERT_TRUE(!(order < 0 && b < c) || a < c) << a << " < " << b << " < " << c;
+         }
+      }
+   }
+}
+
+// A table takes a few bits of the hash as its index: they must differ between values that differ.
+TYPED_TEST(TextValueTest, HashesSpread) {
+   std::set<TypeParam> distinct;
+   for (auto const& value : this->values(4000)) {
+      distinct.insert(value);
+   }
+   for (unsigned const shift : {0U, 52U}) {
+      std::set<std::size_t> slots;
+      for (auto const& value : distinct) {
+         slots.insert(std::hash<TypeParam>{}(value) >> shift & 0xfffU);
+      }
+      double const expected = 4096 * (1 - std::exp(-static_cast<double>(distinct.size()) / 4096));
+      EXPECT_GT(static_cast<double>(slots.size()), expected * 0.95) << distinct.size() << " values";
+   }
+}
+
+}  // namespace
+}  // namespace Lumen::Test

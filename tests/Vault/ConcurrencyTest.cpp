@@ -1,0 +1,184 @@
+#include "VaultTesting.h"
+
+#include <vector>
+
+// Readers against a writer in another process that changes the tables as fast as it can.
+namespace Vault::Testing {
+
+namespace {
+
+constexpr U32 staying = 300;
+constexpr U32 coming = 300;
+constexpr std::chrono::milliseconds duration(600);
+
+template <class Family>
+bool isWhole(typename Family::Route const& route) {
+   return route == patternRoute<Family>(route.prefix, route.metric);
+}
+
+}  // namespace
+
+template <class Family>
+class ConcurrentRouteTest : public ::testing::Test {
+ protected:
+   // The routes below `staying` are changed and never go; those above come and go, and take each other's slots.
+   static void write(typename Family::Writer& writer, Random& random) {
+      U32 const i = random.below(staying + coming);
+      auto const prefix = Family::distinctPrefix(i);
+      if (i < staying || random.below(2) == 0) {
+         writer.routeIs(patternRoute<Family>(prefix, random.number()));
+      } else {
+         writer.routeDel(prefix);
+      }
+   }
+
+   TempDir dir_;
+   std::string const path_ = dir_ / "table";
+};
+TYPED_TEST_SUITE(ConcurrentRouteTest, RouteFamilies);
+
+TYPED_TEST(ConcurrentRouteTest, whatStaysIsAlwaysThereOnceAndWhole) {
+   {
+      typename TypeParam::Writer writer(this->path_, {staying + coming});
+      for (U32 i = 0; i < staying + coming; ++i) {
+         writer.routeIs(patternRoute<TypeParam>(TypeParam::distinctPrefix(i), i));
+      }
+   }
+   OtherProcess writing([&] {
+      typename TypeParam::Writer writer(this->path_);
+      for (Random random(5);;) {
+         this->write(writer, random);
+      }
+   });
+   typename TypeParam::Reader const reader(this->path_);
+   Random random(6);
+   U32 changes = 0;
+   U32 last = 0;
+   for (auto const start = std::chrono::steady_clock::now(); within(start, duration);) {
+      std::vector<U32> seen(staying);
+      reader.walk([&](typename TypeParam::Route const& route) {
+         EXPECT_TRUE(isWhole<TypeParam>(route)) << route.prefix;
+         for (U32 i = 0; i < staying; ++i) {
+            seen[i] += route.prefix == TypeParam::distinctPrefix(i) ? 1 : 0;
+         }
+      });
+      ASSERT_EQ(seen, std::vector<U32>(staying, 1));
+      for (U32 lookups = 0; lookups < 2000; ++lookups) {
+         U32 const i = random.below(staying + coming);
+         auto const route = reader.route(TypeParam::distinctPrefix(i));
+         ASSERT_TRUE(route.has_value() || i >= staying) << i;
+         ASSERT_TRUE(!route || (isWhole<TypeParam>(*route) && route->prefix == TypeParam::distinctPrefix(i)));
+         changes += route && route->metric != last ? 1 : 0;
+         last = route ? route->metric : last;
+      }
+   }
+   EXPECT_TRUE(writing.stop());
+   EXPECT_GT(changes, 1000U);
+   EXPECT_EQ(reader.corruption(), "");
+   EXPECT_EQ(reader.vanished(), 0U);
+}
+
+// The writer is killed wherever it happens to be, over and over. Each next one finds a table that it can go on with,
+// and readers lose at most the entry that was being written.
+TYPED_TEST(ConcurrentRouteTest, aWriterMayEndAnywhere) {
+   Zam::makePtr<typename TypeParam::Writer>(this->path_, TableFile::Sizes{staying + coming});
+   typename TypeParam::Reader const reader(this->path_);
+   U32 repaired = 0;
+   for (U32 round = 0; round < 40; ++round) {
+      {
+         OtherProcess writing([&] {
+            typename TypeParam::Writer writer(this->path_);
+            for (Random random(round);;) {
+               this->write(writer, random);
+            }
+         });
+         ::usleep(2000 + round * 37);
+         EXPECT_TRUE(writing.stop());
+      }
+      U32 met = 0;
+      reader.walk([&](typename TypeParam::Route const& route) {
+         EXPECT_TRUE(isWhole<TypeParam>(route));
+         ++met;
+      });
+      typename TypeParam::Writer writer(this->path_);
+      repaired += writer.repaired();
+      U32 left = 0;
+      writer.walk([&](typename TypeParam::Route const& route) {
+         EXPECT_EQ(writer.route(route.prefix), route);
+         ++left;
+      });
+      EXPECT_EQ(left, writer.routes());
+      EXPECT_EQ(left, met);
+   }
+   EXPECT_EQ(reader.corruption(), "");
+   RecordProperty("repaired", static_cast<int>(repaired));
+}
+
+TEST(ConcurrentFecTest, aFecIsReadAsItWasWrittenOrNotAtAll) {
+   TempDir const dir;
+   std::string const path = dir / "table";
+   using Fec = Fib6::Fec;
+   constexpr U32 fecs = 40;
+   // Sizes change all the while, in an arena so small that places are soon used again by other FECs.
+   auto const write = [](Fib6::ForwardingStatusWriter& writer, Random& random) {
+      U32 const id = 1 + random.below(fecs + 10);
+      U32 const version = random.number() & 0xffffffU;
+      if (id <= fecs || random.below(2) == 0) {
+         writer.fecIs(patternFec<Fec>(Fib::FecId(id), version, version % 8 == 0 ? version % 601 : version % 7));
+      } else {
+         writer.fecDel(Fib::FecId(id));
+      }
+   };
+   {
+      Fib6::ForwardingStatusWriter writer(path, {fecs + 10, 16000});
+      for (U32 id = 1; id <= fecs; ++id) {
+         writer.fecIs(patternFec<Fec>(Fib::FecId(id), 0, 0));
+      }
+   }
+   OtherProcess writing([&] {
+      Fib6::ForwardingStatusWriter writer(path);
+      for (Random random(1);;) {
+         try {
+            write(writer, random);
+         } catch (TableFull const&) {
+         }
+      }
+   });
+   Fib6::ForwardingStatus const reader(path);
+   auto const isWhole = [](Fec const& fec) {
+      U32 const version = fec.vias.empty() ? fec.primaryVias : fec.vias.front().forwardingVrf;
+      return fec == patternFec<Fec>(fec.fecId, version, static_cast<U32>(fec.vias.size()));
+   };
+   Fec fec;
+   U32 large = 0;
+   Random random(2);
+   for (auto const start = std::chrono::steady_clock::now(); within(start, duration);) {
+      for (U32 lookups = 0; lookups < 300; ++lookups) {
+         Fib::FecId const fecId(1 + random.below(fecs));
+         ASSERT_TRUE(reader.fec(fecId, fec));
+         ASSERT_TRUE(fec.fecId == fecId && isWhole(fec)) << fecId.value();
+         large += fec.vias.size() > 100 ? 1 : 0;
+      }
+      std::vector<U32> seen(fecs + 11);
+      reader.walk([&](Fec const& met) {
+         EXPECT_TRUE(isWhole(met));
+         ++seen[met.fecId.value()];
+      });
+      for (U32 id = 1; id <= fecs; ++id) {
+         ASSERT_EQ(seen[id], 1U) << id;
+      }
+   }
+   EXPECT_TRUE(writing.stop());
+   EXPECT_GT(large, 10U);
+   EXPECT_EQ(reader.corruption(), "");
+   Fib6::ForwardingStatusWriter const next(path);
+   U32 left = 0;
+   next.walk([&](Fec const& met) {
+      EXPECT_TRUE(isWhole(met));
+      ++left;
+   });
+   EXPECT_EQ(next.fecs(), left);
+   EXPECT_GE(left + next.repaired(), fecs);
+}
+
+}  // namespace Vault::Testing

@@ -1,0 +1,106 @@
+#include "Vault/KernelUnprogrammedRoute.h"
+#include "Vault/UnprogrammedRouteStatus.h"
+#include "VaultTesting.h"
+
+#include <map>
+
+namespace Vault::Testing {
+
+namespace {
+
+using Lumen::AddressFamily;
+using Row = std::pair<VrfId, Lumen::IpGenPrefix>;
+
+Lumen::IpGenPrefix prefixOf(U32 i) {
+   // 0.0.0.0/0 and ::/0 are among them: alike in all but the family.
+   return i % 2 == 0 ? Lumen::IpGenPrefix(Lumen::Prefix(Lumen::IpAddr(i << 20U), i == 0 ? 0 : 20))
+                     : Lumen::IpGenPrefix(Lumen::Ip6Prefix(Lumen::Ip6Addr(U64{i - 1} << 20U, 0), i == 1 ? 0 : 60));
+}
+
+U32 countIn(std::map<Row, U32> const& oracle, VrfId vrfId, AddressFamily family) {
+   return static_cast<U32>(std::ranges::count_if(
+       oracle, [&](auto const& entry) { return entry.first.first == vrfId && entry.first.second.family() == family; }));
+}
+
+}  // namespace
+
+TEST(UnprogrammedRouteTest, listsAndCountsByVrfAndFamily) {
+   TempDir const dir;
+   Random random(3);
+   std::map<Row, U32> oracle;
+   auto hardware = Zam::makePtr<Fib::UnprogrammedRouteStatusWriter>(dir / "hardware", TableFile::Sizes{100});
+   auto kernel = Zam::makePtr<KernelUnprogrammedRoute::UnprogrammedRouteWriter>(dir / "kernel", TableFile::Sizes{100});
+   Fib::UnprogrammedRouteStatus const hardwareReader(dir / "hardware");
+   KernelUnprogrammedRoute::UnprogrammedRoute const kernelReader(dir / "kernel");
+   for (U32 step = 0; step < 8000; ++step) {
+      Row const row(random.below(3), prefixOf(random.below(24)));
+      U32 const code = random.below(4);
+      kernel->errorIs(row.first, row.second, {code});
+      if (code != 0) {
+         hardware->unprogrammedIs(row.first, row.second);
+         oracle[row] = code;
+      } else {
+         EXPECT_EQ(hardware->unprogrammedDel(row.first, row.second), oracle.erase(row) == 1);
+      }
+      VrfId const vrfId = random.below(4);
+      Row const sought(vrfId, prefixOf(random.below(24)));
+      auto const found = oracle.find(sought);
+      ASSERT_EQ(hardwareReader.unprogrammed(vrfId, sought.second), found != oracle.end());
+      ASSERT_EQ(kernelReader.error(vrfId, sought.second).code, found != oracle.end() ? found->second : 0);
+      U32 const ipv4 = countIn(oracle, vrfId, AddressFamily::ipv4);
+      U32 const ipv6 = countIn(oracle, vrfId, AddressFamily::ipv6);
+      auto const errors = kernelReader.errorCount(vrfId);
+      ASSERT_EQ(errors.has_value(), ipv4 + ipv6 != 0);
+      ASSERT_EQ(errors ? errors->routeCount(AddressFamily::ipv4) : 0, ipv4);
+      ASSERT_EQ(errors ? errors->routeCount(AddressFamily::ipv6) : 0, ipv6);
+      auto const count = hardwareReader.unprogrammedRouteCount(vrfId);
+      ASSERT_EQ(count.has_value(), errors.has_value());
+      ASSERT_TRUE(!count || *count == (Fib::UnprogrammedRouteCount{vrfId, ipv4 + ipv6}));
+      ASSERT_EQ(hardwareReader.empty(), oracle.empty());
+   }
+   std::map<Row, U32> walked;
+   kernelReader.walk([&](VrfId vrfId, Lumen::IpGenPrefix const& prefix, KernelUnprogrammedRoute::RouteError error) {
+      EXPECT_TRUE(walked.emplace(Row(vrfId, prefix), error.code).second);
+   });
+   EXPECT_EQ(walked, oracle);
+   U32 listed = 0;
+   hardwareReader.walk([&](VrfId, Lumen::IpGenPrefix const&) { ++listed; });
+   EXPECT_EQ(listed, oracle.size());
+}
+
+TEST(UnprogrammedRouteTest, aListThatIsFullCountsNothingMore) {
+   TempDir const dir;
+   Fib::UnprogrammedRouteStatusWriter writer(dir / "table", {3});
+   Fib::UnprogrammedRouteStatus const reader(dir / "table");
+   writer.unprogrammedIs(1, prefixOf(4));
+   EXPECT_THROW((writer.unprogrammedIs(2, prefixOf(4)), writer.unprogrammedIs(3, prefixOf(4))), TableFull);
+   EXPECT_FALSE(reader.unprogrammedRouteCount(2).has_value()) << "the counts of a VRF that has no route are gone";
+   writer.unprogrammedIs(1, prefixOf(5));
+   EXPECT_THROW(writer.unprogrammedIs(1, prefixOf(6)), TableFull);
+   EXPECT_EQ(reader.unprogrammedRouteCount(1)->count, 2U);
+   EXPECT_THROW(writer.unprogrammedIs(1, {}), Zam::RangeError);
+   EXPECT_FALSE(reader.unprogrammed(1, {})) << "the row of counts is no route";
+   EXPECT_FALSE(writer.unprogrammedDel(1, {}));
+}
+
+TEST(UnprogrammedRouteTest, theNextWriterCountsAgain) {
+   TempDir const dir;
+   std::string const path = dir / "table";
+   using Record = Records::UnprogrammedRecord;
+   {
+      Fib::UnprogrammedRouteStatusWriter writer(path, {9});
+      writer.unprogrammedIs(1, prefixOf(4));
+      writer.unprogrammedIs(2, prefixOf(5));
+   }
+   // The counts of VRF 1 come first, for they are counted first; those of VRF 2 third.
+   patch(path, slotOffset<Record>(path, 0) + offsetof(Slot<Record>, words) + offsetof(Record, values), U32{77});
+   patch(path, slotOffset<Record>(path, 2), nextSequence(4, SlotState::updating));
+   Fib::UnprogrammedRouteStatus const reader(path);
+   EXPECT_EQ(reader.unprogrammedRouteCount(1)->count, 77U);
+   Fib::UnprogrammedRouteStatusWriter const writer(path);
+   EXPECT_EQ(reader.unprogrammedRouteCount(1)->count, 1U);
+   EXPECT_EQ(reader.unprogrammedRouteCount(2)->count, 1U);
+   EXPECT_TRUE(reader.unprogrammed(2, prefixOf(5)));
+}
+
+}  // namespace Vault::Testing

@@ -1,0 +1,140 @@
+#include "cliprint/AttrInfo.h"
+
+#include "Capture.h"
+#include "Zam/String.h"
+#include "cliprint/RendererV2.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <string>
+#include <string_view>
+
+namespace {
+
+using namespace std::string_view_literals;
+using cliprint::AttrInfo;
+using cliprint::modelFormat;
+using cliprint::Renderer;
+using cliprint::StringAttrInfo;
+using cliprint::textFormat;
+using testing_cliprint::CapturedFile;
+using testing_cliprint::rendered;
+
+struct Pair {
+   int low;
+   static constexpr std::size_t maxTextLength = 3;
+   std::size_t formatTo(char* to) const {
+      to[0] = '<';
+      to[1] = static_cast<char>('0' + low);
+      to[2] = '>';
+      return 3;
+   }
+};
+
+// Subclasses as the library above defines them.
+class StarAttrInfo : public cliprint::BoolAttrInfo {
+ public:
+   using BoolAttrInfo::BoolAttrInfo;
+   virtual void setValue(bool value) { flagIs(value, " ", "*", {"Kiv/Test", "void StarAttrInfo::setValue(bool)"}); }
+};
+class WordAttrInfo : public StringAttrInfo {
+ public:
+   using StringAttrInfo::StringAttrInfo;
+   template <class Number>
+   void setValue(Number number) {
+      constantIs(number == 0 ? "-" : "R", number == 0 ? "none" : "receive", {"Kiv/Test", "WordAttrInfo::setValue"});
+   }
+};
+
+struct OnRenderer {
+   explicit OnRenderer(cliprint::OutputFormat format) : buffer(file.fd()), renderer(format, buffer, false) {}
+   CapturedFile file;
+   cliprint::CliPrintBuffer buffer;
+   cliprint::RendererV2 renderer;
+};
+
+TEST(AttrInfo, textsOfEveryLengthAroundTheInlineBuffer) {
+   OnRenderer on(textFormat);
+   for (std::size_t const length : {0U, 1U, 98U, 99U, 100U, 101U, 5000U}) {
+      std::string text(length, 'x');
+      StringAttrInfo attr("name", on.renderer, text);
+      EXPECT_EQ(attr.isOnHeap(), length >= 100) << length;
+      text.assign(length, 'y');
+      EXPECT_EQ(attr.getArg().value, std::string(length, 'x')) << "a copy of its own";
+      attr.setValue(text);
+      EXPECT_EQ(attr.getArg().value, text) << "set again, over the old one";
+      attr.reset();
+      EXPECT_FALSE(attr.hasValue() || attr.isOnHeap());
+      attr.setValue("short");
+      EXPECT_EQ(attr.getArg().value, "short");
+   }
+}
+
+TEST(AttrInfo, takesTextsOfManyTypes) {
+   OnRenderer on(textFormat);
+   EXPECT_EQ(StringAttrInfo("a", on.renderer, Zam::String("zam")).getArg().value, "zam");
+   EXPECT_EQ(StringAttrInfo("a", on.renderer, "literal").getArg().value, "literal");
+   EXPECT_EQ(StringAttrInfo("a", on.renderer, "nul\0inside"sv).getArg().value, "nul\0inside"sv);
+   EXPECT_EQ(StringAttrInfo("a", on.renderer, Pair{4}).getArg().value, "<4>");
+}
+
+TEST(AttrInfo, holdsWhatItWasMadeWith) {
+   OnRenderer on(modelFormat);
+   cliprint::S64AttrInfo attr("offset", on.renderer);
+   EXPECT_EQ(attr.name(), "offset");
+   EXPECT_EQ(attr.kind(), 1);
+   EXPECT_EQ(attr.outputFormat(), modelFormat);
+   EXPECT_FALSE(attr.hasValue());
+   attr.setValue(std::numeric_limits<S64>::min());
+   EXPECT_TRUE(attr.hasValue());
+   EXPECT_EQ(attr.getArg().value, std::numeric_limits<S64>::min());
+}
+
+void everyKind(cliprint::RendererV2& renderer) {
+   StarAttrInfo star("starred", renderer);
+   star.setValue(false);
+   WordAttrInfo word("word", renderer);
+   word.setValue(1U);
+   renderer.addAttributes("%s|%-3s|", star.getArg(), word.getArg());
+   renderer.addAttributes("%s|", cliprint::BoolAttrInfo("yes", renderer, true).getArg());
+   renderer.addAttributes("%d %u|", cliprint::S32AttrInfo("low", renderer, std::numeric_limits<S32>::min()).getArg(),
+                          cliprint::Attr32Info("high", renderer, std::numeric_limits<U32>::max()).getArg());
+   renderer.addAttributes("%ld %lu|", cliprint::S64AttrInfo("s64", renderer, -1).getArg(),
+                          cliprint::Attr64Info("u64", renderer, std::numeric_limits<U64>::max()).getArg());
+   renderer.addAttributes("%.2f", cliprint::DoubleAttrInfo("seconds", renderer, 0.125).getArg());
+}
+
+TEST(AttrInfo, modelKindFollowsTheTypeNotTheConversion) {
+   EXPECT_EQ(rendered(textFormat, everyKind), "*|R  |True|-2147483648 4294967295|-1 18446744073709551615|0.12");
+   EXPECT_EQ(rendered(modelFormat, everyKind),
+             R"({"starred":false,"word":"receive","yes":true,"low":-2147483648,"high":4294967295,"s64":-1,)"
+             R"("u64":18446744073709551615,"seconds":0.125})"
+             "\n");
+}
+
+// A signed value must not slip into an unsigned attribute, nor a wide one into a narrow.
+template <class Attr, class Value>
+concept Takes = requires(Attr& attr, Value value) {
+   attr.setValue(value);
+};
+static_assert(Takes<cliprint::Attr32Info, U8> && Takes<cliprint::Attr32Info, U32>);
+static_assert(!Takes<cliprint::Attr32Info, S32> && !Takes<cliprint::Attr32Info, U64>);
+static_assert(Takes<cliprint::Attr64Info, U64> && !Takes<cliprint::Attr64Info, S64>);
+static_assert(!std::is_constructible_v<cliprint::BoolAttrInfo, cliprint::AttrName, Renderer const&, char const*>);
+static_assert(!std::is_copy_constructible_v<StringAttrInfo> && !std::is_copy_assignable_v<cliprint::Attr32Info>);
+
+TEST(AttrInfoDeathTest, programmingErrors) {
+   OnRenderer text(textFormat);
+   EXPECT_DEATH(StringAttrInfo("a", text.renderer).getArg(), "hasValue, source cliprint/AttrInfo");
+   EXPECT_DEATH(cliprint::BoolAttrInfo("a", text.renderer).getArg(), "hasValue, source cliprint/AttrInfo");
+   EXPECT_DEATH(cliprint::DoubleAttrInfo("a", text.renderer).getArg(), "hasValue, source cliprint/AttrInfo");
+   OnRenderer third(3);
+   StarAttrInfo star("a", third.renderer);
+   EXPECT_DEATH(star.setValue(true), "failed: 0, source Kiv/Test, void StarAttrInfo::setValue.bool.");
+   WordAttrInfo word("a", third.renderer);
+   EXPECT_DEATH(word.setValue(1), "failed: 0, source Kiv/Test, WordAttrInfo::setValue");
+   EXPECT_DEATH(cliprint::BoolAttrInfo("a", third.renderer, true), "failed: 0, source cliprint/AttrInfo");
+}
+
+}  // namespace

@@ -1,0 +1,284 @@
+#include "cliprint/CliPrintBuffer.h"
+
+#include "Capture.h"
+#include "cliprint/Interrupt.h"
+#include "cliprint/JsonScope.h"
+#include "cliprint/RendererV2.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <functional>
+#include <string>
+#include <thread>
+
+namespace {
+
+using namespace std::chrono_literals;
+using cliprint::CliPrintBuffer;
+using cliprint::RendererV2;
+using testing_cliprint::CapturedFile;
+
+class Pipe {
+ public:
+   explicit Pipe(int flags = 0) { EXPECT_EQ(::pipe2(fds_.data(), O_CLOEXEC | flags), 0); }
+   ~Pipe() {
+      closeReader();
+      ::close(fds_[1]);
+   }
+   Pipe(Pipe const&) = delete;
+   Pipe& operator=(Pipe const&) = delete;
+
+   int writer() const { return fds_[1]; }
+   void closeReader() {
+      if (fds_[0] >= 0) {
+         ::close(fds_[0]);
+      }
+      fds_[0] = -1;
+   }
+   // Reads `bytes`, in pieces with pauses between them.
+   std::string read(std::size_t bytes) const {
+      std::string text;
+      std::array<char, 30000> piece;
+      while (text.size() < bytes) {
+         ssize_t const got = ::read(fds_[0], piece.data(), piece.size());
+         if (got < 0) {
+            std::this_thread::sleep_for(1ms);
+            continue;
+         }
+         text.append(piece.data(), static_cast<std::size_t>(got));
+      }
+      return text;
+   }
+
+ private:
+   std::array<int, 2> fds_{-1, -1};
+};
+
+std::string manyLines() {
+   std::string text;
+   for (int i = 0; i < 40000; ++i) {
+      text += std::to_string(i) + '\n';
+   }
+   return text;
+}
+
+bool sigPipeIsPending() {
+   sigset_t pending;
+   sigpending(&pending);
+   return sigismember(&pending, SIGPIPE) == 1;
+}
+
+// Sends a signal to the thread that made it, again and again, until it is destroyed.
+class Signaller {
+ public:
+   explicit Signaller(int signal)
+       : thread_([this, signal, target = pthread_self()] {
+            while (!done_) {
+               std::this_thread::sleep_for(5ms);
+               pthread_kill(target, signal);
+            }
+         }) {}
+   ~Signaller() {
+      done_ = true;
+      thread_.join();
+   }
+   Signaller(Signaller const&) = delete;
+   Signaller& operator=(Signaller const&) = delete;
+
+ private:
+   std::atomic<bool> done_ = false;
+   std::thread thread_;
+};
+
+TEST(CliPrintBuffer, dropsWhatIsPendingAtItsEnd) {
+   CapturedFile file;
+   {
+      CliPrintBuffer buffer(file.fd());
+      buffer.append("flushed");
+      buffer.ioflush();
+      buffer.append("pending");
+   }
+   EXPECT_EQ(file.text(), "flushed");
+}
+
+TEST(CliPrintBuffer, remembersTheFirstErrorAndGoesOn) {
+   struct Case {
+      std::string_view what;
+      int fd;
+      int error;
+   };
+   Pipe pipe;
+   pipe.closeReader();
+   int const full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+   int const readOnly = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+   for (auto const& [what, fd, error] : {Case{"reader gone", pipe.writer(), EPIPE}, Case{"full", full, ENOSPC},
+                                         Case{"closed", -1, EBADF}, Case{"read only", readOnly, EBADF}}) {
+      CliPrintBuffer buffer(fd);
+      RendererV2 renderer(cliprint::textFormat, buffer, true);
+      errno = 0;
+      for (int i = 0; i < 3; ++i) {
+         renderer.addFrills("%s", std::string(200000, 'x'));
+         EXPECT_EQ(renderer.addArgs("%s", "more"), 4) << what;
+         renderer.ioflush();
+      }
+      EXPECT_EQ(buffer.error(), error) << what;
+      EXPECT_EQ(errno, 0) << what;
+      EXPECT_EQ(buffer.pending(), 0U) << what;
+   }
+   EXPECT_FALSE(sigPipeIsPending());
+   ::close(full);
+   ::close(readOnly);
+}
+
+TEST(CliPrintBuffer, leavesAForeignSigPipeAlone) {
+   sigset_t sigPipe;
+   sigset_t before;
+   sigemptyset(&sigPipe);
+   sigaddset(&sigPipe, SIGPIPE);
+   pthread_sigmask(SIG_BLOCK, &sigPipe, &before);
+   pthread_kill(pthread_self(), SIGPIPE);
+   Pipe pipe;
+   pipe.closeReader();
+   CliPrintBuffer buffer(pipe.writer());
+   buffer.append("x");
+   buffer.ioflush();
+   EXPECT_EQ(buffer.error(), EPIPE);
+   EXPECT_TRUE(sigPipeIsPending());
+   int signal = 0;
+   sigwait(&sigPipe, &signal);
+   pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+TEST(CliPrintBuffer, waitsForASlowReaderWhateverTheDescriptorAndSignals) {
+   struct sigaction ignoring {};
+   ignoring.sa_handler = [](int) {};
+   struct sigaction before {};
+   sigaction(SIGUSR1, &ignoring, &before);
+   std::string const text = manyLines();
+   for (int const flags : {0, O_NONBLOCK}) {
+      Pipe pipe(flags);
+      std::string read;
+      {
+         Signaller const disturbing(SIGUSR1);
+         std::thread reader([&] {
+            std::this_thread::sleep_for(30ms);
+            read = pipe.read(text.size());
+         });
+         CliPrintBuffer buffer(pipe.writer(), 1U << 20U);
+         buffer.append(text);
+         buffer.ioflush();
+         EXPECT_EQ(buffer.error(), 0);
+         reader.join();
+      }
+      EXPECT_EQ(read, text);
+   }
+   sigaction(SIGUSR1, &before, nullptr);
+}
+
+class Interrupts : public ::testing::Test {
+ protected:
+   Interrupts() { cliprint::interruptHandlerIs(true); }
+   ~Interrupts() override {
+      cliprint::interruptHandlerIs(false);
+      cliprint::resetInterrupted();
+   }
+};
+
+TEST_F(Interrupts, endAWriteThatNobodyReads) {
+   for (int const flags : {0, O_NONBLOCK}) {
+      Pipe pipe(flags);
+      CliPrintBuffer buffer(pipe.writer(), 1U << 20U);
+      RendererV2 renderer(cliprint::textFormat, buffer, true);
+      renderer.addFrills("%s", manyLines());
+      {
+         Signaller const impatient(SIGINT);
+         EXPECT_THROW(renderer.ioflush(), cliprint::SigIntException);
+      }
+      EXPECT_TRUE(cliprint::interrupted());
+      EXPECT_EQ(buffer.pending(), 0U);
+      EXPECT_EQ(buffer.error(), 0);
+      cliprint::resetInterrupted();
+   }
+}
+
+TEST_F(Interrupts, throwFromEveryOperationUntilReset) {
+   using cliprint::modelFormat;
+   CapturedFile file;
+   CliPrintBuffer buffer(file.fd());
+   RendererV2 renderer(modelFormat, buffer, true);
+   cliprint::Attr32Info const attr("a", renderer, 1U);
+   renderer.addAttributes("", attr.getArg());
+   renderer.ioflush();
+   renderer.addAttributes("", attr.getArg());
+   raise(SIGINT);
+   std::function<void()> const calls[] = {
+       [&] { renderer.addFrills("x"); },
+       [&] { renderer.addArgs("x"); },
+       [&] { renderer.addAttributes("%u", attr.getArg()); },
+       [&] { renderer.add("", "k", "v"); },
+       [&] { renderer.startDictEntry(attr); },
+       [&] { renderer.startSimpleDictEntry(attr); },
+       [&] { renderer.endSimpleDictEntry(); },
+       [&] { renderer._startJsonObject("k"); },
+       [&] { renderer._startJsonList("k"); },
+       [&] { renderer._startJsonListEntry(); },
+       [&] { renderer.endJsonDict(); },
+       [&] { renderer.endJsonList(); },
+       [&] { renderer.writeQuotedString("x"); },
+       [&] { renderer.startNestedDocument("k"); },
+       [&] { renderer.endDocument(); },
+       [&] { renderer.fullness(); },
+       [&] { renderer.ioflush(); },
+   };
+   for (auto const& call : calls) {
+      EXPECT_THROW(call(), cliprint::SigIntException);
+   }
+   cliprint::resetInterrupted();
+   renderer.ioflush();
+   EXPECT_EQ(file.text(), R"({"a":1)") << "what was pending is dropped, nothing is closed";
+   try {
+      cliprint::interruptedIs(true);
+      renderer.ioflush();
+   } catch (cliprint::SigIntException const& interrupt) {
+      EXPECT_STREQ(interrupt.what(), "on user interrupt");
+   }
+}
+
+TEST_F(Interrupts, leaveScopesOpenAndDoNotEndTheProcess) {
+   CapturedFile file;
+   CliPrintBuffer buffer(file.fd());
+   RendererV2 renderer(cliprint::modelFormat, buffer, true);
+   {
+      auto const object = cliprint::JsonScope::object(renderer, "a");
+      renderer.ioflush();
+      raise(SIGINT);
+   }
+   EXPECT_EQ(buffer.pending(), 0U);
+   EXPECT_THROW(renderer.ioflush(), cliprint::SigIntException);
+   EXPECT_EQ(file.text(), R"({"a":{)");
+}
+
+TEST(Interrupt, handlerGivesWayToTheOneBefore) {
+   static std::atomic<int> calls = 0;
+   struct sigaction counting {};
+   counting.sa_handler = [](int) { ++calls; };
+   struct sigaction before {};
+   sigaction(SIGINT, &counting, &before);
+   for (bool const installed : {true, true, false, false}) {
+      cliprint::interruptHandlerIs(installed);
+   }
+   raise(SIGINT);
+   EXPECT_EQ(calls, 1);
+   EXPECT_FALSE(cliprint::interrupted());
+   sigaction(SIGINT, &before, nullptr);
+}
+
+}  // namespace

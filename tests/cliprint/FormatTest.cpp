@@ -1,0 +1,137 @@
+#include "cliprint/Format.h"
+
+#include "Capture.h"
+#include "Zam/String.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <random>
+#include <string>
+#include <string_view>
+
+namespace {
+
+using cliprint::Format;
+using cliprint::textFormat;
+using testing_cliprint::rendered;
+
+struct Dotted {
+   U32 value;
+   static constexpr std::size_t maxTextLength = 15;
+   std::size_t formatTo(char* to) const {
+      return static_cast<std::size_t>(std::snprintf(to, maxTextLength, "%u.%u", value >> 16U, value & 0xffffU));
+   }
+};
+
+template <class... Args>
+bool fits(std::string_view text) {
+   return Format<Args...>::fault(text) == nullptr;
+}
+
+template <class... Args>
+std::string printed(Format<std::type_identity_t<Args>...> const& format, Args const&... args) {
+   return rendered(textFormat, [&](auto& renderer) { renderer.template addFrills<Args...>(format, args...); });
+}
+
+// The C library is the oracle: same format, same arguments.
+template <class... Args>
+void expectAsSnprintf(Format<std::type_identity_t<Args>...> const& format, Args const&... args) {
+   char expected[1500];
+   int const length = std::snprintf(expected, sizeof expected, format.text(), args...);
+   EXPECT_EQ(printed<Args...>(format, args...), std::string(expected, static_cast<std::size_t>(length)))
+       << format.text();
+}
+
+TEST(Format, acceptsWhatFitsItsArguments) {
+   EXPECT_TRUE((fits<>("")));
+   EXPECT_TRUE((fits<>("100%% of it%%")));
+   EXPECT_TRUE((fits<char const*, std::string, std::string_view, Zam::String, Dotted, char[7]>("%s%s%s%-5s%.3s%20s")));
+   EXPECT_TRUE((fits<int, U32, U8, std::int16_t, U64, long>("%d%u%x%d%lu%ld")));
+   EXPECT_TRUE((fits<U32, U64>("%d%ld"))) << "an unsigned value may stand under %d";
+   EXPECT_TRUE((fits<double, double, char>("%f%-09.3f%c")) == false) << "'-' with '0'";
+   EXPECT_TRUE((fits<double, double, char>("%f%09.3f%c")));
+   EXPECT_TRUE((fits<int, std::string_view>("\n%*s")));
+}
+
+TEST(Format, refusesTheRest) {
+   EXPECT_FALSE((fits<>("%s"))) << "missing argument";
+   EXPECT_FALSE((fits<int>("x"))) << "argument too many";
+   EXPECT_FALSE((fits<int>("%%d"))) << "no conversion";
+   EXPECT_FALSE((fits<int>("%s")));
+   EXPECT_FALSE((fits<int>("%f")));
+   EXPECT_FALSE((fits<char const*>("%d")));
+   EXPECT_FALSE((fits<char>("%d")));
+   EXPECT_FALSE((fits<bool>("%d")));
+   EXPECT_FALSE((fits<float>("%f")));
+   EXPECT_FALSE((fits<int*>("%d")));
+   EXPECT_FALSE((fits<int>("%u"))) << "the sign would be lost";
+   EXPECT_FALSE((fits<int>("%x")));
+   EXPECT_FALSE((fits<U64>("%u"))) << "64 bits without l";
+   EXPECT_FALSE((fits<U32>("%lu"))) << "l without 64 bits";
+   EXPECT_FALSE((fits<std::string_view>("%ls")));
+   EXPECT_FALSE((fits<int>("%i")));
+   EXPECT_FALSE((fits<int>("%")));
+   EXPECT_FALSE((fits<int>("%-")));
+   EXPECT_FALSE((fits<int>("%5")));
+   EXPECT_FALSE((fits<int>("%.3d")));
+   EXPECT_FALSE((fits<std::string_view>("%05s")));
+   EXPECT_FALSE((fits<char>("%.1c")));
+   EXPECT_FALSE((fits<int>("%1001d")));
+   EXPECT_FALSE((fits<double>("%.101f")));
+   EXPECT_FALSE((fits<std::string_view, int>("%*s"))) << "the width comes first";
+   EXPECT_FALSE((fits<U32, std::string_view>("%*s")));
+   EXPECT_FALSE((fits<int>("%*s")));
+   EXPECT_FALSE((fits<>(std::string_view("\0%d", 3)))) << "text beyond a NUL counts";
+   EXPECT_FALSE((fits<>(std::string(70000, 'x'))));
+}
+
+TEST(Format, printsAsTheCLibraryDoes) {
+   expectAsSnprintf(" [%d/%u] ", 110, 20U);
+   expectAsSnprintf("%20s %12s\n-------------------- ------------\n", "Nexthop Group Type", "Configured");
+   expectAsSnprintf("%20d %12d\n", 3, -4);
+   expectAsSnprintf("\n%*s Null0%%\n", 5, "");
+   expectAsSnprintf("%*s|%*d|%-*d|%0*d|", -6, "ab", 6, 1, 6, 2, 6, -3);
+   expectAsSnprintf("%%%s%%%%%s%%", "a%d", "%s");
+   expectAsSnprintf("%.3s|%.0s|%9.2s|%-9.2s|", "abcdef", "abc", "xyz", "xyz");
+   expectAsSnprintf("%c  |%5c|%-5c|", 'R', 'D', 'A');
+   for (double const value : {0.0, -0.0, 1.0, -2.5, 1e-7, 0.000001, 1e300, -1e300, 0.5, 2.5e15}) {
+      expectAsSnprintf("%f|%.0f|%.1f|%12.3f|%-12.2f|%020.4f|%.17f|", value, value, value, value, value, value, value);
+   }
+   double const max = std::numeric_limits<double>::max();
+   expectAsSnprintf("%f|%.100f|%1000.100f", max, -max, max);
+   double const infinity = std::numeric_limits<double>::infinity();
+   expectAsSnprintf("%f|%08f|%-8f|%8f", infinity, -infinity, infinity, std::nan(""));
+}
+
+TEST(Format, printsRandomNumbersAsTheCLibraryDoes) {
+   std::mt19937_64 random(20);
+   for (int i = 0; i < 2000; ++i) {
+      U64 const bits = random() >> (random() % 64);
+      auto const s32 = static_cast<int>(bits);
+      auto const u32 = static_cast<U32>(bits);
+      auto const s64 = static_cast<S64>(i % 2 == 0 ? bits : ~bits);
+      expectAsSnprintf("%d|%5d|%-7d|%012d|%*d", s32, s32, s32, s32, i % 40 - 20, s32);
+      expectAsSnprintf("%u|%x|%08x|%-12u|%12x", u32, u32, u32, u32, u32);
+      expectAsSnprintf("%ld|%24ld|%024ld|%lu|%lx", s64, s64, s64, bits, bits);
+      double const real = std::ldexp(static_cast<double>(s64), static_cast<int>(random() % 200) - 130);
+      expectAsSnprintf("%f|%.3f|%30.10f|%030.1f", real, real, real, real);
+   }
+}
+
+TEST(Format, printsItsOwnKindsOfText) {
+   EXPECT_EQ(printed("%s|%9s|%-9s|", Dotted{0x00010002}, Dotted{0x00030004}, Dotted{0x00050006}),
+             "1.2|      3.4|5.6      |");
+   EXPECT_EQ(printed("%s%s%s", std::string("a\0b", 3), Zam::String("c"), std::string_view()), std::string("a\0bc", 4));
+   char const* const none = nullptr;
+   EXPECT_EQ(printed("<%s%3s>", none, none), "<   >");
+   EXPECT_EQ(printed("%d %ld", std::numeric_limits<U32>::max(), std::numeric_limits<U64>::max()),
+             "4294967295 18446744073709551615")
+       << "an unsigned value stays what it is under %d";
+   EXPECT_EQ(printed("%d %u", S32{std::numeric_limits<S32>::min()}, U8{255}), "-2147483648 255");
+   EXPECT_EQ(printed("%*s", std::numeric_limits<int>::min() / 65536, "x").size(), 32768U);
+}
+
+}  // namespace

@@ -1,0 +1,150 @@
+#include "cliprint/JsonText.h"
+
+#include "Capture.h"
+#include "support/StrictJson.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <random>
+#include <string>
+#include <string_view>
+
+namespace {
+
+using testing_cliprint::CapturedFile;
+using testsupport::JsonValue;
+using testsupport::StrictJson;
+
+template <class Value>
+std::string json(Value const& value, std::size_t bufsize = cliprint::globalBufsize) {
+   CapturedFile file;
+   cliprint::CliPrintBuffer buffer(file.fd(), bufsize);
+   cliprint::jsonAppend(buffer, value);
+   buffer.ioflush();
+   return file.text();
+}
+
+std::string inQuotes(std::string_view text) {
+   return json(text);
+}
+
+constexpr std::string_view replacement = "\xef\xbf\xbd";
+
+std::string replaced(std::size_t times) {
+   std::string text = "\"";
+   for (std::size_t i = 0; i < times; ++i) {
+      text += replacement;
+   }
+   return text + '"';
+}
+
+TEST(JsonText, escapes) {
+   struct Case {
+      std::string_view text;
+      std::string_view json;
+   };
+   Case const cases[] = {
+       {"", R"("")"},
+       {"Ethernet1", R"("Ethernet1")"},
+       {"say \"hi\"", R"("say \"hi\"")"},
+       {"a\\b", R"("a\\b")"},
+       {"/", R"("/")"},
+       {"\b\t\n\f\r", R"("\b\t\n\f\r")"},
+       {std::string_view("\0", 1), R"("\u0000")"},
+       {"\x01\x0b\x0e\x1b\x1f", R"("\u0001\u000b\u000e\u001b\u001f")"},
+       {"\x7f", "\"\x7f\""},
+       {"\xc3\xa9\xe2\x82\xac\xf0\x9f\x98\x80", "\"\xc3\xa9\xe2\x82\xac\xf0\x9f\x98\x80\""},
+       {"\xef\xbf\xbf\xf4\x8f\xbf\xbf\xee\x80\x80\xed\x9f\xbf",
+        "\"\xef\xbf\xbf\xf4\x8f\xbf\xbf\xee\x80\x80\xed\x9f\xbf\""},
+   };
+   for (auto const& [text, expected] : cases) {
+      EXPECT_EQ(inQuotes(text), expected);
+      std::string const padding(13, 'x');
+      std::string const inside = '"' + padding + std::string(expected.substr(1, expected.size() - 2)) + padding + '"';
+      EXPECT_EQ(inQuotes(padding + std::string(text) + padding), inside);
+   }
+}
+
+TEST(JsonText, replacesEachByteOfIllFormedUtf8) {
+   std::string_view const cases[] = {
+       "\x80",
+       "\xbf",
+       "\xc0\xaf",
+       "\xc1\xbf",
+       "\xe0\x9f\xbf",
+       "\xf0\x8f\xbf\xbf",  // alone, overlong
+       "\xed\xa0\x80",
+       "\xed\xbf\xbf",  // surrogates
+       "\xf4\x90\x80\x80",
+       "\xf5\x80\x80\x80",
+       "\xfe",
+       "\xff",  // too large
+       "\xc3",
+       "\xe2\x82",
+       "\xf0\x9f\x98",  // cut off
+   };
+   for (std::string_view const bytes : cases) {
+      EXPECT_EQ(inQuotes(bytes), replaced(bytes.size()));
+   }
+   EXPECT_EQ(inQuotes("\xe2\x82\""), '"' + std::string(replacement) + std::string(replacement) + "\\\"\"");
+   EXPECT_EQ(inQuotes("\xc3\xc3\xa9"), '"' + std::string(replacement) + "\xc3\xa9\"");
+}
+
+TEST(JsonText, everyByteAtEveryPlaceOfAWord) {
+   for (unsigned byte = 0; byte < 256; ++byte) {
+      for (std::size_t length = 1; length < 20; ++length) {
+         for (std::size_t at = 0; at < length; ++at) {
+            std::string text(length, 'x');
+            text[at] = static_cast<char>(byte);
+            auto const value = StrictJson::parse(inQuotes(text));
+            ASSERT_TRUE(value) << byte << " at " << at;
+            std::string const expected = text.substr(0, at) + std::string(replacement) + text.substr(at + 1);
+            ASSERT_EQ(value->text, byte < 0x80 ? text : expected);
+         }
+      }
+   }
+}
+
+TEST(JsonText, randomBytesAreAlwaysAValidString) {
+   std::mt19937 random(7);
+   for (int i = 0; i < 3000; ++i) {
+      std::string text(random() % 2000, '\0');
+      bool const ascii = i % 3 == 0;
+      for (char& c : text) {
+         c = static_cast<char>(random() % (ascii ? 128 : 256));
+      }
+      std::string const whole = json(std::string_view(text));
+      auto const value = StrictJson::parse(whole);
+      ASSERT_TRUE(value);
+      ASSERT_EQ(json(std::string_view(text), 1), whole) << "pieces through the smallest buffer";
+      if (StrictJson::isUtf8(text)) {
+         ASSERT_EQ(value->text, text);
+      }
+   }
+}
+
+TEST(JsonText, numbersAndWords) {
+   EXPECT_EQ(json(true), "true");
+   EXPECT_EQ(json(false), "false");
+   EXPECT_EQ(json(std::numeric_limits<S64>::min()), "-9223372036854775808");
+   EXPECT_EQ(json(std::numeric_limits<U64>::max()), "18446744073709551615");
+   EXPECT_EQ(json(U8{7}), "7");
+   EXPECT_EQ(json(0.1), "0.1");
+   EXPECT_EQ(json(std::nan("")), "null");
+   EXPECT_EQ(json(-std::numeric_limits<double>::infinity()), "null");
+   std::mt19937_64 random(3);
+   for (int i = 0; i < 20000; ++i) {
+      auto const value = std::bit_cast<double>(random());
+      if (std::isfinite(value)) {
+         std::string const text = json(value, 1);
+         auto const parsed = StrictJson::parse(text);
+         ASSERT_TRUE(parsed && parsed->kind == JsonValue::Kind::number) << text;
+         ASSERT_EQ(std::strtod(text.c_str(), nullptr), value);
+      }
+   }
+}
+
+}  // namespace

@@ -1,0 +1,302 @@
+#include "cliprint/RendererV2.h"
+
+#include "Capture.h"
+#include "cliprint/JsonScope.h"
+#include "support/StrictJson.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace {
+
+using cliprint::Attr32Info;
+using cliprint::BoolAttrInfo;
+using cliprint::JsonScope;
+using cliprint::modelFormat;
+using cliprint::RendererV2;
+using cliprint::S32AttrInfo;
+using cliprint::StringAttrInfo;
+using cliprint::textFormat;
+using testing_cliprint::CapturedFile;
+using testing_cliprint::rendered;
+using testsupport::StrictJson;
+
+struct Case {
+   std::string_view what;
+   std::function<void(RendererV2&)> walk;
+   std::string_view text;
+   std::string_view model;  // between the outermost braces
+};
+
+Case const operations[] = {
+    {"frills", [](RendererV2& r) { r.addFrills("\nVRF: %s\n", "red"); }, "\nVRF: red\n", ""},
+    {"args", [](RendererV2& r) { r.addArgs("%u of %u\n", 3U, 4U); }, "3 of 4\n", ""},
+    {"one attribute", [](RendererV2& r) { r.addAttributes("%-5s|", StringAttrInfo("code", r, "S").getArg()); },
+     "S    |", R"("code":"S")"},
+    {"a group",
+     [](RendererV2& r) {
+        r.addAttributes(" [%d/%u] ", S32AttrInfo("preference", r, -1).getArg(), Attr32Info("metric", r, 20U).getArg());
+     },
+     " [-1/20] ", R"("preference":-1,"metric":20)"},
+    {"model only",
+     [](RendererV2& r) {
+        r.addAttributes("", BoolAttrInfo("a", r, true).getArg(), BoolAttrInfo("b", r, false).getArg());
+     },
+     "", R"("a":true,"b":false)"},
+    {"add", [](RendererV2& r) { r.add(" (", "description", "\"up\""); }, " (\"up\"", R"("description":"\"up\"")"},
+    {"dictionary entries",
+     [](RendererV2& r) {
+        for (U32 const key : {1U, 2U}) {
+           auto const entry = JsonScope::dictEntry(r, Attr32Info("id", r, key).getArg());
+           r.addAttributes("%u;", Attr32Info("value", r, key + 10).getArg());
+        }
+     },
+     "11;12;", R"("1":{"value":11},"2":{"value":12})"},
+    {"simple entries",
+     [](RendererV2& r) {
+        r.startSimpleDictEntry(S32AttrInfo("id", r, -7));
+        r.addAttributes("%s\n", StringAttrInfo("name", r, "seven").getArg());
+        r.endSimpleDictEntry();
+        r.startSimpleDictEntry(StringAttrInfo("type", r, "a\"b"));
+        r.addAttributes("%12u\n", Attr32Info("count", r, 3U).getArg());
+        r.endSimpleDictEntry();
+        r.addAttributes("", BoolAttrInfo("last", r, true).getArg());
+     },
+     "seven\n           3\n", R"("-7":"seven","a\"b":3,"last":true)"},
+    {"nested structure",
+     [](RendererV2& r) {
+        {
+           auto const routes = JsonScope::object(r, "routes");
+           auto const route = JsonScope::dictEntry(r, StringAttrInfo("prefix", r, "10.0.0.0/8"));
+           auto vias = JsonScope::list(r, "vias");
+           for (std::string_view const hop : {"1.1.1.1", "2.2.2.2"}) {
+              auto const via = JsonScope::listEntry(r);
+              r.addAttributes(" %s", StringAttrInfo("nexthopAddr", r, hop).getArg());
+           }
+           vias.close();
+           auto const empty = JsonScope::list(r, "labels");
+        }
+        auto const empty = JsonScope::object(r, "empty");
+     },
+     " 1.1.1.1 2.2.2.2",
+     R"("routes":{"10.0.0.0/8":{"vias":[{"nexthopAddr":"1.1.1.1"},{"nexthopAddr":"2.2.2.2"}],"labels":[]}},"empty":{})"},
+    {"bare list elements",
+     [](RendererV2& r) {
+        auto const names = JsonScope::list(r, "names");
+        r.add("", "", "a");
+        r.add(" ", "", "b");
+        if (r.isModel()) {
+           r.writeQuotedString("c\n");
+        }
+     },
+     "a b", R"("names":["a","b","c\n"])"},
+};
+
+TEST(RendererV2, everyOperationInBothFormats) {
+   for (Case const& c : operations) {
+      EXPECT_EQ(rendered(textFormat, c.walk), c.text) << c.what;
+      std::string const model = rendered(modelFormat, c.walk);
+      EXPECT_EQ(model, "{" + std::string(c.model) + "}\n") << c.what;
+      EXPECT_TRUE(StrictJson::parse(model)) << c.what;
+   }
+}
+
+TEST(RendererV2, returnsTheCharactersWritten) {
+   rendered(
+       textFormat,
+       [](RendererV2& r) {
+          StringAttrInfo const code("code", r, "S");
+          EXPECT_EQ(r.addAttributes("%-5s", code.getArg()), 5);
+          EXPECT_EQ(r.addAttributes("", code.getArg()), 0);
+          EXPECT_EQ(r.addArgs("%s\n", std::string(3000, 'x')), 3001);
+       },
+       1);
+   rendered(modelFormat, [](RendererV2& r) {
+      EXPECT_EQ(r.addAttributes("%-5s", StringAttrInfo("code", r, "S").getArg()), 10);
+      EXPECT_EQ(r.addArgs("x"), 0);
+   });
+}
+
+// A walk with many sizes of everything, by a seed.
+void randomWalk(RendererV2& r, unsigned seed) {
+   std::mt19937 random(seed);
+   std::function<void(int)> const inside = [&](int depth) {
+      for (unsigned i = 0, count = random() % 6; i < count; ++i) {
+         std::string const text(random() % (random() % 20 == 0 ? 3000 : 30), static_cast<char>(random() % 256));
+         switch (random() % (depth == 0 ? 2 : 4)) {
+            case 0:
+               r.startSimpleDictEntry(Attr32Info("k", r, i));
+               r.addAttributes("%s\n", StringAttrInfo("v", r, text).getArg());
+               r.endSimpleDictEntry();
+               break;
+            case 1:
+               r.add("-", std::to_string(i), text);
+               break;
+            case 2: {
+               auto const entry = JsonScope::dictEntry(r, Attr32Info("k", r, i));
+               inside(depth - 1);
+               break;
+            }
+            default: {
+               auto const list = JsonScope::list(r, std::to_string(i));
+               auto const element = JsonScope::listEntry(r);
+               inside(depth - 1);
+            }
+         }
+         if (r.fullness() > 66) {
+            r.ioflush();
+         }
+      }
+   };
+   inside(7);
+}
+
+TEST(RendererV2, outputInPiecesIsTheSameAndAlwaysValid) {
+   for (unsigned seed = 0; seed < 300; ++seed) {
+      for (auto const format : {textFormat, modelFormat}) {
+         auto const walk = [seed](RendererV2& r) { randomWalk(r, seed); };
+         std::string const whole = rendered(format, walk, 1U << 24U);
+         EXPECT_EQ(rendered(format, walk, 1), whole);
+         EXPECT_EQ(rendered(format, walk, 4096), whole);
+         if (format == modelFormat) {
+            ASSERT_TRUE(StrictJson::parse(whole)) << seed;
+         }
+      }
+   }
+}
+
+// An operation as the library has them: a renderer, a buffer and a document of its own.
+void operation(int fd, cliprint::OutputFormat format, std::string_view vrf) {
+   cliprint::CliPrintBuffer buffer(fd);
+   RendererV2 renderer(format, buffer, true);
+   renderer.addAttributes("VRF: %s\n", StringAttrInfo("name", renderer, vrf).getArg());
+   renderer.endDocument();
+   renderer.ioflush();
+}
+
+TEST(RendererV2, operationsComposeToOneDocument) {
+   for (auto const format : {textFormat, modelFormat}) {
+      CapturedFile file;
+      cliprint::CliPrintBuffer buffer(file.fd());
+      RendererV2 renderer(format, buffer, true);
+      {
+         auto const vrfs = JsonScope::object(renderer, "vrfs");
+         for (std::string_view const vrf : {"default", "re\"d"}) {
+            renderer.addFrills("--\n");
+            renderer.startNestedDocument(vrf);
+            operation(file.fd(), format, vrf);
+         }
+      }
+      renderer.addAttributes("total %u\n", Attr32Info("total", renderer, 2U).getArg());
+      renderer.endDocument();
+      renderer.ioflush();
+      if (format == textFormat) {
+         EXPECT_EQ(file.text(), "--\nVRF: default\n--\nVRF: re\"d\ntotal 2\n");
+         continue;
+      }
+      auto const document = StrictJson::parse(file.text());
+      ASSERT_TRUE(document) << file.text();
+      EXPECT_EQ(document->find("vrfs")->find("re\"d")->find("name")->text, "re\"d");
+      EXPECT_EQ(document->find("total")->text, "2");
+   }
+}
+
+TEST(RendererV2, withoutTheDocumentTheCallerComposes) {
+   CapturedFile file;
+   cliprint::CliPrintBuffer buffer(file.fd());
+   RendererV2 renderer(modelFormat, buffer, false);
+   EXPECT_EQ(renderer.fwkType(), "cliprint::RendererV2");
+   buffer.append('[');
+   for (U32 const value : {1U, 2U}) {
+      auto const entry = JsonScope::listEntry(renderer);
+      renderer.addAttributes("", Attr32Info("v", renderer, value).getArg());
+   }
+   renderer.writeQuotedString("end");
+   buffer.append(']');
+   renderer.ioflush();
+   EXPECT_EQ(file.text(), R"([{"v":1},{"v":2},"end"])");
+}
+
+TEST(RendererV2, aScopeLeavesAnUnwoundOutputCutOff) {
+   CapturedFile file;
+   cliprint::CliPrintBuffer buffer(file.fd());
+   RendererV2 renderer(modelFormat, buffer, true);
+   auto const failing = [&] {
+      auto const outer = JsonScope::object(renderer, "a");
+      auto const inner = JsonScope::list(renderer, "b");
+      throw std::runtime_error("broken table");
+   };
+   EXPECT_THROW(failing(), std::runtime_error);
+   renderer.ioflush();
+   EXPECT_EQ(file.text(), R"({"a":{"b":[)");
+}
+
+TEST(RendererV2, fullnessIsPerCent) {
+   rendered(
+       textFormat,
+       [](RendererV2& r) {
+          EXPECT_EQ(r.fullness(), 0U);
+          r.addFrills("%660s", "");
+          EXPECT_EQ(r.fullness(), 66U);
+          r.addFrills("%10s", "");
+          EXPECT_EQ(r.fullness(), 67U);
+          r.addFrills("%330s", "");
+          EXPECT_EQ(r.fullness(), 100U);
+          r.ioflush();
+          EXPECT_EQ(r.fullness(), 0U);
+       },
+       1000 + 24);
+}
+
+TEST(RendererV2DeathTest, programmingErrors) {
+   auto const misuse = [](cliprint::OutputFormat format, void (*walk)(RendererV2&)) {
+      rendered(format, [walk](RendererV2& r) { walk(r); });
+   };
+   std::string_view const modelOnly = "outputFormat\\(\\) == 2, source cliprint/RendererV2";
+   for (auto const operation :
+        {+[](RendererV2& r) { r._startJsonObject("a"); }, +[](RendererV2& r) { r._startJsonList("a"); },
+         +[](RendererV2& r) { r._startJsonListEntry(); }, +[](RendererV2& r) { r.endJsonDict(); },
+         +[](RendererV2& r) { r.endJsonList(); }, +[](RendererV2& r) { r.writeQuotedString("a"); }}) {
+      EXPECT_DEATH(misuse(textFormat, operation), std::string(modelOnly));
+   }
+   EXPECT_DEATH(misuse(modelFormat, [](RendererV2& r) { r.endJsonDict(); }), "nothing is open");
+   EXPECT_DEATH(misuse(modelFormat, [](RendererV2& r) { r._startJsonObject("a"); }), "everything is closed");
+   EXPECT_DEATH(misuse(modelFormat, [](RendererV2& r) { r._startJsonObject("a"), r.endJsonList(); }), "what is open");
+   EXPECT_DEATH(misuse(modelFormat, [](RendererV2& r) { r.writeQuotedString("a"); }), "a bare value is in a list");
+   EXPECT_DEATH(misuse(modelFormat, [](RendererV2& r) { r._startJsonList("a"), r._startJsonObject("b"); }),
+                "a named value");
+   EXPECT_DEATH(
+       misuse(modelFormat,
+              [](RendererV2& r) { r._startJsonList("a"), r.addAttributes("", Attr32Info("b", r, 1U).getArg()); }),
+       "a named value");
+   EXPECT_DEATH(misuse(modelFormat,
+                       [](RendererV2& r) { r.startSimpleDictEntry(Attr32Info("a", r, 1U)), r.endSimpleDictEntry(); }),
+                "a simple entry has one value");
+   EXPECT_DEATH(misuse(modelFormat,
+                       [](RendererV2& r) {
+                          r.startSimpleDictEntry(Attr32Info("a", r, 1U));
+                          r.addAttributes("%u%u", Attr32Info("b", r, 1U).getArg(), Attr32Info("c", r, 1U).getArg());
+                       }),
+                "a simple entry has one value");
+   EXPECT_DEATH(misuse(modelFormat,
+                       [](RendererV2& r) {
+                          for (;;) {
+                             r._startJsonObject("a");
+                          }
+                       }),
+                "depth < maxDepth");
+   CapturedFile file;
+   cliprint::CliPrintBuffer buffer(file.fd());
+   RendererV2 third(3, buffer, true);
+   third.addFrills("nothing");
+   EXPECT_EQ(buffer.pending(), 0U);
+   EXPECT_DEATH(third.addAttributes("", cliprint::Attr64Info("a", third, 1U).getArg()), std::string(modelOnly));
+   EXPECT_DEATH(third.endDocument(), std::string(modelOnly));
+}
+
+}  // namespace

@@ -1,0 +1,114 @@
+#include "programs/kernel/KernelState.h"
+#include "programs/kernel/RtnlBytes.h"
+#include "tests/programs/kernel/RouteLines.h"
+
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <memory>
+#include <thread>
+
+namespace kernelTest {
+
+namespace {
+
+std::string outputOf(std::string const& command) {
+   auto const close = [](std::FILE* pipe) { pclose(pipe); };
+   std::unique_ptr<std::FILE, decltype(close)> const pipe(popen((command + " 2>&1").c_str(), "r"), close);
+   std::string output;
+   std::array<char, 4096> buffer;
+   while (std::size_t const count = pipe ? std::fread(buffer.data(), 1, buffer.size(), pipe.get()) : 0) {
+      output.append(buffer.data(), count);
+   }
+   return output;
+}
+
+IpJson jsonOfMachine() {
+   return {outputOf("ip -j -d addr"), outputOf("ip -j -d -4 route show table all"),
+           outputOf("ip -j -d -6 route show table all")};
+}
+
+// The commands need nothing but what every kernel with network namespaces has.
+constexpr char const* setUp = R"(set -e
+sysctl -qw net.ipv4.ip_forward=0
+ip link set lo up
+ip link add a0 type veth peer name a1; ip link add b0 type veth peer name b1
+for i in a0 a1 b0 b1; do ip link set $i up; done
+ip addr add 192.0.2.1/25 dev a0; ip addr add 192.0.2.3/25 dev a0; ip addr add 192.0.2.129/25 dev b0
+ip addr add 203.0.113.1/32 dev lo
+ip -6 addr add 2001:db8:1::1/64 dev a0 nodad; ip -6 addr add 2001:db8:2::1/64 dev b0 nodad
+ip route add default metric 10 via 192.0.2.130; ip route add default metric 20 via 192.0.2.2
+ip route add 10.1.0.0/16 proto bgp metric 20 nexthop via 192.0.2.2 weight 3 nexthop via 192.0.2.130 weight 200
+ip route add blackhole 10.2.0.0/16; ip route add prohibit 10.3.0.0/16; ip route add throw 10.4.0.0/16
+ip route add 10.5.0.0/16 via inet6 2001:db8:1::2 dev a0
+ip route add local 10.6.0.0/16 dev lo; ip route add 10.7.0.0/16 via 192.0.2.2 table 77
+ip -6 route add 2001:db8:10::/48 nexthop via 2001:db8:1::2 dev a0 weight 2 nexthop via fe80::9 dev b0
+ip -6 route add blackhole 2001:db8:11::/48
+ip nexthop add id 1 via 192.0.2.2 dev a0; ip nexthop add id 2 via 192.0.2.130 dev b0; ip nexthop add id 3 blackhole
+ip nexthop add id 10 group 1,5/2,7
+ip route add 10.8.0.0/16 nhid 10; ip route add 10.9.0.0/16 nhid 3
+)";
+
+// In the calling thread, which is left in a namespace of its own. Returns why it cannot, or nothing.
+std::string enterEmptyNamespace() {
+   if (unshare(CLONE_NEWNET) != 0) {
+      return "no privilege to make a network namespace";
+   }
+   return outputOf("ip -V").find("iproute2") == std::string::npos ? "no ip command" : outputOf(setUp);
+}
+
+void compare() {
+   state::State const state = kernel::readMachine();
+   IpJson const json = jsonOfMachine();
+   EXPECT_EQ(difference(routeLines(state), routeLines(json)), "");
+   EXPECT_EQ(difference(interfaceLines(state), interfaceLines(json)), "");
+   EXPECT_FALSE(state.vrfs.front().routing);
+}
+
+void compareLinkStates() {
+   compare();
+   // One way of the multipath routes is dead, and the other default route takes over.
+   EXPECT_EQ(outputOf("sysctl -qw net.ipv4.conf.all.ignore_routes_with_linkdown=1; ip link set b1 down"), "");
+   compare();
+   // The kernel stops telling what next-hop objects stand for.
+   Lines const before = routeLines(kernel::readMachine());
+   EXPECT_EQ(outputOf("sysctl -qw net.ipv4.nexthop_compat_mode=0"), "");
+   EXPECT_EQ(difference(routeLines(kernel::readMachine()), before), "");
+}
+
+}  // namespace
+
+TEST(LiveMachine, hasTheRoutesThatIpRouteShows) {
+   std::string obstacle;
+   std::thread([&] {
+      obstacle = enterEmptyNamespace();
+      if (obstacle.empty()) {
+         EXPECT_NO_THROW(compareLinkStates());
+      }
+   }).join();
+   if (!obstacle.empty()) {
+      GTEST_SKIP() << obstacle;
+   }
+}
+
+TEST(LiveMachine, withoutLinksUpHasNoRoutes) {
+   std::string obstacle;
+   state::State state;
+   std::thread([&] {
+      if (unshare(CLONE_NEWNET) != 0) {
+         obstacle = "no privilege to make a network namespace";
+      } else {
+         state = kernel::readMachine();
+      }
+   }).join();
+   if (!obstacle.empty()) {
+      GTEST_SKIP() << obstacle;
+   }
+   EXPECT_EQ(routeLines(state), Lines{});
+   EXPECT_FALSE(state.interfaces.empty());
+}
+
+}  // namespace kernelTest

@@ -1,0 +1,285 @@
+#include "programs/kernel/Rtnl.h"
+
+#include "programs/kernel/KernelState.h"
+#include "tests/programs/kernel/DumpBuilder.h"
+#include "tests/programs/kernel/RouteLines.h"
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <linux/if_addr.h>
+#include <linux/lwtunnel.h>
+#include <linux/mpls_iptunnel.h>
+#include <linux/nexthop.h>
+#include <linux/rtnetlink.h>
+#include <cerrno>
+#include <functional>
+#include <random>
+#include <set>
+
+namespace kernelTest {
+
+using kernel::RtnlError;
+using Lumen::AddressFamily;
+
+namespace {
+
+rtmsg routeHeader(U8 family = AF_INET, U8 length = 8) {
+   rtmsg header{};
+   header.rtm_family = family;
+   header.rtm_dst_len = length;
+   header.rtm_table = RT_TABLE_MAIN;
+   header.rtm_protocol = RTPROT_STATIC;
+   header.rtm_type = RTN_UNICAST;
+   return header;
+}
+
+Attributes tenSlashEight() {
+   return Attributes().add(RTA_DST, htonl(0x0a000000));
+}
+
+std::vector<kernel::KernelRoute> routesOf(Attributes const& attributes) {
+   return kernel::parseRoutes(DumpBuilder().add(RTM_NEWROUTE, routeHeader(), attributes).done(), AddressFamily::ipv4);
+}
+
+std::string errorOf(std::function<void()> const& parse) {
+   try {
+      parse();
+   } catch (RtnlError const& error) {
+      return error.what();
+   }
+   return "";
+}
+
+// All the ways in which a State may rely on what it was made from.
+void expectSound(state::State const& state) {
+   std::set<Lumen::IntfId> interfaces;
+   std::set<Vault::Fib::FecId> fecs;
+   std::set<state::VrfId> vrfs;
+   for (auto const& interface : state.interfaces) {
+      EXPECT_TRUE(interfaces.insert(interface.intfId).second);
+   }
+   auto const collect = [&](auto const& all) {
+      for (auto const& fec : all) {
+         EXPECT_TRUE(fecs.insert(fec.fecId).second);
+         for (auto const& via : fec.vias) {
+            EXPECT_TRUE(interfaces.contains(via.intfId));
+            EXPECT_GE(via.weight.raw(), 1);
+         }
+      }
+   };
+   collect(state.fecs);
+   collect(state.fecs6);
+   auto const check = [&](auto const& routes) {
+      std::set<std::string> prefixes;
+      for (auto const& route : routes) {
+         EXPECT_TRUE(prefixes.insert(route.prefix.stringValue()).second) << route.prefix.stringValue();
+         EXPECT_TRUE(fecs.contains(route.fecId));
+      }
+   };
+   for (auto const& vrf : state.vrfs) {
+      EXPECT_TRUE(vrfs.insert(vrf.id).second);
+      check(vrf.routes);
+      check(vrf.routes6);
+   }
+   for (auto const& interface : state.interfaces) {
+      EXPECT_TRUE(vrfs.contains(interface.vrfId));
+   }
+}
+
+}  // namespace
+
+TEST(RtnlRefusal, ofWhatTheKernelReports) {
+   ByteVector const error = DumpBuilder().add(NLMSG_ERROR, nlmsgerr{-EPERM, {}}).bytes();
+   EXPECT_EQ(errorOf([&] { kernel::parseLinks(error); }), "rtnetlink: the kernel answers: Operation not permitted");
+   EXPECT_EQ(errorOf([&] { kernel::parseLinks(DumpBuilder().done(-ENOBUFS)); }),
+             "rtnetlink: the kernel answers: No buffer space available");
+   ByteVector const interrupted =
+       DumpBuilder().add(RTM_NEWROUTE, routeHeader(), tenSlashEight(), NLM_F_DUMP_INTR).done();
+   EXPECT_THROW(kernel::parseRoutes(interrupted, AddressFamily::ipv4), kernel::DumpInterrupted);
+
+   auto const errorState = kernel::inspectDatagram(error);
+   EXPECT_TRUE(errorState.last && errorState.error == EPERM && !errorState.interrupted);
+   auto const interruptedState = kernel::inspectDatagram(interrupted);
+   EXPECT_TRUE(interruptedState.last && interruptedState.error == 0 && interruptedState.interrupted);
+   EXPECT_FALSE(kernel::inspectDatagram(DumpBuilder().add(RTM_NEWROUTE, routeHeader()).bytes()).last);
+}
+
+TEST(RtnlRefusal, ofImproperAttributes) {
+   using Hop = rtnexthop;
+   struct Case {
+      char const* what;
+      Attributes attributes;
+   };
+   ByteVector shortHop;
+   appendValue(shortHop, Hop{7, 0, 0, 1});
+   ByteVector longHop;
+   appendValue(longHop, Hop{9, 0, 0, 1});
+   for (auto const& [what, attributes] : {
+            Case{"destination of another family", Attributes().add(RTA_DST, std::array<U8, 16>{})},
+            Case{"no destination", Attributes()},
+            Case{"host bits", Attributes().add(RTA_DST, htonl(0x0a000001))},
+            Case{"metric of two bytes", tenSlashEight().add(RTA_PRIORITY, U16{1})},
+            Case{"empty link", tenSlashEight().addBytes(RTA_OIF, {})},
+            Case{"next hop shorter than its header", tenSlashEight().addBytes(RTA_MULTIPATH, shortHop)},
+            Case{"next hop longer than the list", tenSlashEight().addBytes(RTA_MULTIPATH, longHop)},
+            Case{"via of no family", tenSlashEight().add(RTA_OIF, 1).add(RTA_VIA, U16{0})},
+            Case{"via without its address", tenSlashEight().add(RTA_OIF, 1).add(RTA_VIA, U16{AF_INET6})},
+        }) {
+      EXPECT_THROW(routesOf(attributes), RtnlError) << what;
+   }
+   EXPECT_THROW(kernel::parseRoutes(DumpBuilder().add(RTM_NEWROUTE, routeHeader(AF_INET, 33), tenSlashEight()).done(),
+                                    AddressFamily::ipv4),
+                RtnlError);
+   EXPECT_THROW(kernel::parseLinks(DumpBuilder().add(RTM_NEWLINK, ifinfomsg{}).done()), RtnlError);
+   EXPECT_THROW(
+       kernel::parseLinks(
+           DumpBuilder().add(RTM_NEWLINK, ifinfomsg{}, Attributes().add(IFLA_IFNAME, "sixteenbyteslong")).done()),
+       RtnlError);
+   EXPECT_THROW(kernel::parseNextHops(
+                    DumpBuilder()
+                        .add(RTM_NEWNEXTHOP, nhmsg{}, Attributes().add(NHA_GROUP, nexthop_grp{1, 0xff, 0xff, 0}))
+                        .done()),
+                RtnlError);
+}
+
+TEST(RtnlRoutes, skipWhatIsUnknownAndReadTheRest) {
+   auto const routes = routesOf(
+       tenSlashEight().add(999, U64{1}).add(RTA_TABLE, U32{70000}).add(RTA_PRIORITY, ~U32{0}).add(RTA_OIF, U32{4}));
+   ASSERT_EQ(routes.size(), 1U);
+   EXPECT_EQ(routes[0].table, 70000U);
+   EXPECT_EQ(routes[0].metric, ~U32{0});
+   ASSERT_EQ(routes[0].hops.size(), 1U);
+   EXPECT_TRUE(routes[0].hops[0].gateway.isEmpty());
+
+   // A kernel without IPv6 answers with its IPv4 routes when it is asked for the IPv6 ones.
+   ByteVector const ip4 = DumpBuilder().add(RTM_NEWROUTE, routeHeader(), tenSlashEight()).done();
+   EXPECT_TRUE(kernel::parseRoutes(ip4, AddressFamily::ipv6).empty());
+}
+
+TEST(RtnlNextHops, readWeightsBeyondAByte) {
+   auto const nextHops = kernel::parseNextHops(
+       DumpBuilder()
+           .add(RTM_NEWNEXTHOP, nhmsg{}, Attributes().add(NHA_ID, U32{9}).add(NHA_GROUP, nexthop_grp{1, 0x2b, 1, 0}))
+           .done());
+   ASSERT_EQ(nextHops.size(), 1U);
+   ASSERT_EQ(nextHops[0].group.size(), 1U);
+   EXPECT_EQ(nextHops[0].group[0].weight, 300);
+}
+
+// A machine of the links "eth0" (1, with 10.0.0.1/8), a VRF device (2) and its member (3).
+class BuiltMachine : public testing::Test {
+ protected:
+   BuiltMachine() {
+      link(1, "eth0", {});
+      addresses_.add(RTM_NEWADDR, ifaddrmsg{AF_INET, 8, 0, RT_SCOPE_UNIVERSE, 1},
+                     Attributes().add(IFA_LOCAL, htonl(0x0a000001)));
+   }
+
+   void link(int index, char const* name, Attributes attributes) {
+      ifinfomsg header{};
+      header.ifi_index = index;
+      links_.add(RTM_NEWLINK, header, attributes.add(IFLA_IFNAME, name));
+   }
+   void vrf(int index, char const* name, U32 table) {
+      Attributes const data = Attributes().add(IFLA_VRF_TABLE, table);
+      Attributes const info = Attributes().add(IFLA_INFO_KIND, "vrf").add(IFLA_INFO_DATA, data);
+      link(index, name, Attributes().add(IFLA_LINKINFO, info));
+   }
+   void route(rtmsg const& header, Attributes const& attributes) { routes_.add(RTM_NEWROUTE, header, attributes); }
+
+   state::State state() {
+      state::State const state =
+          kernel::stateFrom({links_.done(), addresses_.done(), {}, routes_.done(), DumpBuilder().done()});
+      expectSound(state);
+      return state;
+   }
+
+   DumpBuilder links_;
+   DumpBuilder addresses_;
+   DumpBuilder routes_;
+};
+
+TEST_F(BuiltMachine, namesEveryVrfOnce) {
+   vrf(2, "default", 10);
+   vrf(3, "red", 20);
+   vrf(4, "again", 20);
+   vrf(5, "main", RT_TABLE_MAIN);
+   vrf(6, "none", Vrf::VrfIdMap::noVrf);
+   link(7, "member", Attributes().add(IFLA_MASTER, U32{4}));
+   link(8, "ctl\x01", Attributes().add(IFLA_MASTER, U32{1}));
+   EXPECT_EQ(interfaceLines(state()),
+             (Lines{"eth0 vrf default 10.0.0.1/8", "default vrf default-10 loopback", "red vrf red loopback",
+                    "again vrf red loopback", "main vrf default loopback", "none vrf default loopback",
+                    "member vrf red", "if8 vrf default"}));
+   link(9, "eth0", {});
+   EXPECT_THROW(state(), RtnlError);
+}
+
+TEST_F(BuiltMachine, holdsTheRouteThatTheKernelUses) {
+   rtmsg dead = routeHeader(AF_INET, 0);
+   dead.rtm_flags = RTNH_F_DEAD;
+   route(dead, Attributes().add(RTA_OIF, U32{1}).add(RTA_PRIORITY, U32{1}));
+   route(dead, Attributes().add(RTA_OIF, U32{1}).add(RTA_PRIORITY, U32{2}));
+   EXPECT_EQ(routeLines(state()), Lines{});
+   EXPECT_EQ(state().vrfs[0].configuredRoutes.size(), 1U);  // configured, but not reachable
+
+   route(routeHeader(AF_INET, 0), Attributes().add(RTA_OIF, U32{77}));  // through a link that is gone
+   route(routeHeader(AF_INET, 0),
+         Attributes().add(RTA_OIF, U32{1}).add(RTA_PRIORITY, U32{9}).add(RTA_GATEWAY, htonl(0x0a000002)));
+   EXPECT_EQ(routeLines(state()), Lines{"default 0.0.0.0/0 type 7 [1/9] via 10.0.0.2 eth0 weight 1"});
+}
+
+TEST_F(BuiltMachine, callsTheSubnetOfAnAddressConnectedWhoeverRoutesIt) {
+   rtmsg byDhcp = routeHeader();
+   byDhcp.rtm_protocol = RTPROT_DHCP;
+   byDhcp.rtm_flags = RTM_F_OFFLOAD_FAILED;
+   route(byDhcp, tenSlashEight().add(RTA_OIF, U32{1}).add(RTA_PRIORITY, U32{100}));
+   byDhcp.rtm_dst_len = 9;
+   route(byDhcp, tenSlashEight().add(RTA_OIF, U32{1}));
+   EXPECT_EQ(routeLines(state()), (Lines{"default 10.0.0.0/8 type 11 [0/100] via  eth0 weight 1",
+                                         "default 10.0.0.0/9 type 35 [254/0] via  eth0 weight 1"}));
+   EXPECT_EQ(state().vrfs[0].hardwareUnprogrammed.size(), 2U);
+}
+
+TEST(RtnlFuzz, everyCutIsNoticed) {
+   using Parse = void (*)(kernel::Bytes);
+   kernel::Dumps const dumps = recordedDumps("up");
+   std::pair<ByteVector const&, Parse> const cases[]{
+       {dumps.links, [](kernel::Bytes bytes) { kernel::parseLinks(bytes); }},
+       {dumps.addresses, [](kernel::Bytes bytes) { kernel::parseAddresses(bytes); }},
+       {dumps.nextHops, [](kernel::Bytes bytes) { kernel::parseNextHops(bytes); }},
+       {dumps.routes4, [](kernel::Bytes bytes) { kernel::parseRoutes(bytes, AddressFamily::ipv4); }},
+       {dumps.routes6, [](kernel::Bytes bytes) { kernel::parseRoutes(bytes, AddressFamily::ipv6); }},
+   };
+   for (auto const& [dump, parse] : cases) {
+      for (std::size_t size = 0; size < dump.size(); size += dump.size() < 8000 ? 1 : 13) {
+         ByteVector const cut(dump.begin(), dump.begin() + static_cast<std::ptrdiff_t>(size));
+         EXPECT_THROW(parse(cut), RtnlError) << size << " of " << dump.size();
+      }
+   }
+}
+
+TEST(RtnlFuzz, changedBytesAreRefusedOrYieldASoundState) {
+   std::mt19937 random(20260101);
+   kernel::Dumps const whole = recordedDumps("up");
+   ByteVector kernel::Dumps::*const parts[]{&kernel::Dumps::links, &kernel::Dumps::addresses, &kernel::Dumps::nextHops,
+                                            &kernel::Dumps::routes4, &kernel::Dumps::routes6};
+   int accepted = 0;
+   constexpr int rounds = 1500;
+   for (int round = 0; round < rounds; ++round) {
+      kernel::Dumps dumps = whole;
+      ByteVector& dump = dumps.*parts[round % std::size(parts)];
+      for (U32 flips = 1 + random() % 4; flips > 0; --flips) {
+         dump[random() % dump.size()] ^= std::byte(1U << random() % 8);
+      }
+      try {
+         expectSound(kernel::stateFrom(dumps));
+         ++accepted;
+      } catch (RtnlError const&) {
+      }
+   }
+   EXPECT_GT(accepted, rounds / 10);  // most bytes are values, which may be any
+   EXPECT_LT(accepted, rounds);
+}
+
+}  // namespace kernelTest
