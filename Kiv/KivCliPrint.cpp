@@ -6,41 +6,41 @@ namespace cliprint {
 
 namespace {
 
-constexpr char const* source = "Kiv/KivCliPrint";
+constexpr char const* unit = "Kiv/KivCliPrint";
 
 }  // namespace
 
 void HardwareProgrammedAttrInfo::setValue(bool programmed) {
-   flagIs(programmed, " ", "*", {source, "virtual void cliprint::HardwareProgrammedAttrInfo::setValue(bool)"});
+   flagIs(programmed, " ", "*", {unit, "virtual void cliprint::HardwareProgrammedAttrInfo::setValue(bool)"});
 }
 
 void KernelProgrammedAttrInfo::setValue(bool programmed) {
-   flagIs(programmed, " ", "%", {source, "virtual void cliprint::KernelProgrammedAttrInfo::setValue(bool)"});
+   flagIs(programmed, " ", "%", {unit, "virtual void cliprint::KernelProgrammedAttrInfo::setValue(bool)"});
 }
 
 void RouteLeakedAttrInfo::setValue(bool leaked) {
-   flagIs(leaked, " L", "", {source, "virtual void cliprint::RouteLeakedAttrInfo::setValue(bool)"});
+   flagIs(leaked, " L", "", {unit, "virtual void cliprint::RouteLeakedAttrInfo::setValue(bool)"});
 }
 
 void RouteTypeAttrInfo::stringsAre(std::string_view code, std::string_view word) {
-   constantIs(code, word, {source, "void cliprint::RouteTypeAttrInfo::setValue(RouteType)"});
+   constantIs(code, word, {unit, "void cliprint::RouteTypeAttrInfo::setValue(RouteType)"});
 }
 
 void HostRouteTypeAttrInfo::codeIs(char code, std::string_view word) {
    std::array<char, 3> const text{code, ' ', ' '};
    StringAttrInfo::setValue(byFormat(std::string_view(text.data(), text.size()), word,
-                                     {source, "void cliprint::HostRouteTypeAttrInfo::setValue(RouteType)"}));
+                                     {unit, "void cliprint::HostRouteTypeAttrInfo::setValue(RouteType)"}));
 }
 
 void RibRouteTypeAttrInfo::setValue(Routing::RouteType type) {
    constantIs(Kiv::ribRouteTypeCode(type), Kiv::ribRouteType(type),
-              {source, "void cliprint::RibRouteTypeAttrInfo::setValue(Routing::RouteType)"});
+              {unit, "void cliprint::RibRouteTypeAttrInfo::setValue(Routing::RouteType)"});
 }
 
 void DecapTypeAttrInfo::setValue(Routing::Rib::DecapActionType type) {
    bool const ipIp = type == Routing::Rib::DecapActionType::ipIp;
    constantIs(ipIp ? "IP-in-IP" : "None", ipIp ? "ipIp" : "none",
-              {source, "void cliprint::DecapTypeAttrInfo::setValue(Routing::Rib::DecapActionType)"});
+              {unit, "void cliprint::DecapTypeAttrInfo::setValue(Routing::Rib::DecapActionType)"});
 }
 
 }  // namespace cliprint

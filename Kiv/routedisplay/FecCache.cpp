@@ -96,7 +96,7 @@ Zam::String nexthopText(CachedVia const& via) {
    if (!via.hop.isEmpty()) {
       return via.hop.stringValue();
    }
-   return via.intfId.isValid() ? typename Family::Addr().stringValue() : std::string();
+   return via.intfId.isNamed() ? typename Family::Addr().stringValue() : std::string();
 }
 
 }  // namespace

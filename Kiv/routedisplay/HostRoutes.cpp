@@ -23,7 +23,7 @@ using cliprint::StringAttrInfo;
 // Texts and to-CPU marks of the FEC's vias, once per FEC. A via that has an interface but no address is the box itself,
 // except on routes that stand for the link.
 template <class Family>
-void prepareHostVias(RouteSorterOf<Family> const& sorter, CachedFec& fec, typename Family::RouteType type) {
+void prepareHostVias(CachedFec& fec, typename Family::RouteType type) {
    U16 index = 0;
    for (auto const& [via, present] : fec.via()) {
       bool const hasIntf = via.intfId.isValid();
@@ -52,7 +52,7 @@ class HostRouteRendering {
    void printRoute(Route const& route) {
       auto const fec = sorter_.fec(route.fecId);
       if (fec && fec->preparedVias == 0) {
-         prepareHostVias(sorter_, *fec, route.routeType);
+         prepareHostVias<Family>(*fec, route.routeType);
       }
       StringAttrInfo const prefix("prefix", renderer_, route.prefix);
       auto const entry = JsonScope::dictEntry(renderer_, prefix);

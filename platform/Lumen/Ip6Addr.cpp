@@ -6,6 +6,7 @@
 #include "Zam/Error.h"
 
 #include <array>
+#include <bit>
 
 namespace Lumen {
 namespace {
@@ -90,26 +91,29 @@ class GroupReader {
 };
 
 struct ZeroRun {
-   U8 begin = groups;
-   U8 end = groups;
+   U8 begin;
+   U8 end;
 };
 
-// The run of groups to compress, by a mask with bit i set where group i is zero: the longest of two or more, the first
-// of equals.
+// The longest run of two or more, the first of equals; behind the last group when there is none.
+constexpr ZeroRun longestRun(unsigned mask) noexcept {
+   unsigned first = groups;
+   unsigned longest = 1;
+   for (unsigned begin = 0; begin < groups; ++begin) {
+      auto const size = static_cast<unsigned>(std::countr_one(mask >> begin));
+      if (size > longest) {
+         first = begin;
+         longest = size;
+      }
+   }
+   return {static_cast<U8>(first), static_cast<U8>(first == groups ? groups : first + longest)};
+}
+
+// The run of groups to compress, by a mask with bit i set where group i is zero.
 constexpr auto zeroRuns = [] {
    std::array<ZeroRun, 1U << groups> runs{};
    for (unsigned mask = 0; mask < runs.size(); ++mask) {
-      unsigned longest = 1;
-      for (unsigned begin = 0; begin < groups; ++begin) {
-         unsigned end = begin;
-         while (end < groups && (mask >> end & 1U) != 0) {
-            ++end;
-         }
-         if (end - begin > longest) {
-            longest = end - begin;
-            runs[mask] = {static_cast<U8>(begin), static_cast<U8>(end)};
-         }
-      }
+      runs[mask] = longestRun(mask);
    }
    return runs;
 }();

@@ -34,7 +34,9 @@ char* formatOctet(char* out, U32 octet) noexcept {
 
 }  // namespace
 
-bool IpAddr::read(TextCursor& in, IpAddr& addr) noexcept {
+// Works on a copy of the cursor, which can stay in registers.
+bool IpAddr::read(TextCursor& from, IpAddr& addr) noexcept {
+   TextCursor in = from;
    U32 value = 0;
    for (int i = 0; i < 4; ++i) {
       U32 octet = 0;
@@ -43,6 +45,7 @@ bool IpAddr::read(TextCursor& in, IpAddr& addr) noexcept {
       }
       value = value << 8 | octet;
    }
+   from = in;
    addr = IpAddr(value);
    return true;
 }

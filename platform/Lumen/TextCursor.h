@@ -3,6 +3,7 @@
 #include "Zam/Int.h"
 
 #include <array>
+#include <cstddef>
 #include <limits>
 #include <string_view>
 
@@ -25,21 +26,21 @@ class TextCursor {
 
    // A decimal number without leading zeros; one that does not fit is the largest U32.
    constexpr bool decimal(U32& value) noexcept {
-      U64 number = 0;
       auto const* const begin = at_;
+      U64 number = 0;
       for (; at_ != end_ && isDigit(*at_); ++at_) {
          number = number * 10 + static_cast<U64>(*at_ - '0');
-         number = number < maxNumber ? number : maxNumber;
       }
-      value = static_cast<U32>(number);
+      bool const fits = at_ - begin <= maxDigits && number <= maxNumber;
+      value = static_cast<U32>(fits ? number : maxNumber);
       return at_ != begin && (*begin != '0' || at_ == begin + 1);
    }
 
-   // Up to `maxDigits` hex digits in either case; returns how many there were.
-   constexpr unsigned hex(U32& value, unsigned maxDigits) noexcept {
+   // Up to `limit` hex digits in either case; returns how many there were.
+   constexpr unsigned hex(U32& value, unsigned limit) noexcept {
       value = 0;
       unsigned digits = 0;
-      for (; digits < maxDigits && at_ != end_ && hexValue(*at_) < 16; ++digits, ++at_) {
+      for (; digits < limit && at_ != end_ && hexValue(*at_) < 16; ++digits, ++at_) {
          value = value << 4 | hexValue(*at_);
       }
       return digits;
@@ -50,6 +51,7 @@ class TextCursor {
    static constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
  private:
+   static constexpr std::ptrdiff_t maxDigits = 10;
    static constexpr U64 maxNumber = std::numeric_limits<U32>::max();
    static constexpr auto hexValues = [] {
       std::array<U8, 256> values;

@@ -25,7 +25,7 @@ void throwArgumentMismatch(OperationName const& name, std::size_t index, std::ty
                            std::any const& argument) {
    std::string message(name.type);
    message.append(".").append(name.operation).append(": argument ").append(std::to_string(index));
-   message.append(" must be a ").append(typeName(expected)).append(", not a ").append(typeName(argument.type()));
+   message.append(" must be ").append(typeName(expected)).append(", not ").append(typeName(argument.type()));
    throw TypeError(message);
 }
 

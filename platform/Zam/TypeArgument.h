@@ -33,7 +33,7 @@ inline FromText fromText(std::string text) {
    return {std::move(text)};
 }
 
-// The registered name of a C++ type, or else its name in the language.
+// The name of a C++ type under which the runtime knows it, or else its name in the language.
 KIV_EXPORT std::string typeName(std::type_index type);
 
 // Which operation is being called, for messages.

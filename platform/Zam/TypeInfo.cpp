@@ -132,7 +132,8 @@ void* TypeInfo::checkedObject(std::any const* object, Callable const& callable) 
    }
    auto const found = basics_.object(*object);
    if (found.address == nullptr) {
-      fail(name_, callable.name, found.held ? "the object is null" : "the object is a " + typeName(object->type()));
+      fail(name_, callable.name,
+           found.held ? "the object is null" : "the object is of type " + typeName(object->type()));
    }
    if (found.constant && callable.access == Access::modifies) {
       fail(name_, callable.name, "the object is constant");
@@ -143,7 +144,7 @@ void* TypeInfo::checkedObject(std::any const* object, Callable const& callable) 
 void const* TypeInfo::valueOf(std::any const& object, std::string_view operation) const {
    auto const found = basics_.object(object);
    if (!found.held) {
-      fail(name_, operation, "the object is a " + typeName(object.type()));
+      fail(name_, operation, "the object is of type " + typeName(object.type()));
    }
    return found.address;
 }

@@ -39,7 +39,30 @@ void TypeRegistry::alias(TypeInfo const& type, std::type_index held, AsEntity as
    assertThat(isNew || known->second.type == &type, "a type is registered under one name", "Zam/TypeRegistry");
 }
 
+namespace {
+
+// The basic types by the runtime's names.
+std::string_view basicName(std::type_index type) {
+   static std::map<std::type_index, std::string_view> const names{
+       {typeid(U8), "U8"},
+       {typeid(U16), "U16"},
+       {typeid(U32), "U32"},
+       {typeid(U64), "U64"},
+       {typeid(S32), "S32"},
+       {typeid(S64), "S64"},
+       {typeid(String), "Zam::String"},
+       {typeid(void), "nothing"},
+   };
+   auto const found = names.find(type);
+   return found != names.end() ? found->second : std::string_view();
+}
+
+}  // namespace
+
 std::string typeName(std::type_index type) {
+   if (auto const basic = basicName(type); !basic.empty()) {
+      return std::string(basic);
+   }
    auto const& known = TypeRegistry::instance().byHeld_;
    if (auto const found = known.find(type); found != known.end()) {
       return std::string(found->second.type->name());

@@ -13,6 +13,7 @@ char* StringAttrInfo::heapText(std::size_t size) {
 
 void StringAttrInfo::releaseHeap() noexcept {
    delete[] text_.data();
+   text_ = {};
    isOnHeap_ = false;
 }
 

@@ -19,6 +19,9 @@ Resolved NextHops::resolve(KernelRoute const& route, Topology const& topology) c
       resolved.hops = route.hops;
    }
    std::erase_if(resolved.hops, [&](Hop const& hop) { return hop.dead || !topology.interface(hop.link).isValid(); });
+   if (resolved.hops.size() == 1) {
+      resolved.hops.front().weight = 1;  // there is nothing to share
+   }
    return resolved;
 }
 

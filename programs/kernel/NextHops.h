@@ -20,7 +20,8 @@ class NextHops {
    explicit NextHops(std::vector<NextHop> nextHops);
 
    // The next hops that the kernel uses for the route: dead ones and those through a link that `topology` does not know
-   // are left out. An object that was deleted between the dumps is stood in for by what the route itself told.
+   // are left out, and a single one has weight 1. An object that was deleted between the dumps is stood in for by what
+   // the route itself told.
    Resolved resolve(KernelRoute const& route, Topology const& topology) const;
 
  private:

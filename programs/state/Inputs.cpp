@@ -12,15 +12,14 @@ using Lumen::AddressFamily;
 
 template <class Status, class Addresses>
 void addAddresses(Status& status, Interface const& interface, L3::VrfName const& vrfName, Addresses const& addresses) {
-   if (addresses.empty()) {
-      return;
-   }
    typename Status::IntfStatus intf;
    intf.vrfId = interface.vrfId;
    intf.vrfName = vrfName;
    intf.loopback = interface.loopback;
-   intf.primaryAddr = addresses.front();
-   intf.secondaryAddr.assign(addresses.begin() + 1, addresses.end());
+   if (!addresses.empty()) {
+      intf.primaryAddr = addresses.front();
+      intf.secondaryAddr.assign(addresses.begin() + 1, addresses.end());
+   }
    status.intfStatusIs(interface.intfId, std::move(intf));
 }
 
@@ -94,7 +93,7 @@ void Inputs::vrfsAre(State const& state) {
                        ofVrf(vrf, AddressFamily::ipv6, vrf.routing6)});
       for (AttachedRoute const& route : vrf.attachedRoutes) {
          auto const& status = route.address.family() == AddressFamily::ipv4 ? attached : attached6;
-         status->routeIs({.intfId = route.intfId, .address = route.address}, {.vrfId = vrf.id, .active = route.active});
+         status->routeIs({{}, route.intfId, route.address}, {{}, vrf.id, route.active});
       }
    }
    vrfIdMap = names;
@@ -128,7 +127,7 @@ void Inputs::interfacesAre(State const& state) {
 }
 
 void Inputs::routeCacheIs(State const& state) {
-   auto const groups = Zam::makePtr<NexthopGroup::EntryStatus>();
+   auto const groups = Zam::makePtr<::NexthopGroup::EntryStatus>();
    for (auto const& group : state.nexthopGroups) {
       groups->nexthopGroupIdIs(Zam::String(group.name), group.id);
    }
@@ -141,7 +140,7 @@ void Inputs::routeCacheIs(State const& state) {
    auto const cache = Zam::makePtr<Routing::Rib::RouteConfig>();
    for (VrfState const& vrf : state.vrfs) {
       for (CachedRoute const& route : vrf.routeCache) {
-         cache->routeIs({.prefix = route.prefix, .vrfId = vrf.id}, route.entry);
+         cache->routeIs({{}, route.prefix, vrf.id}, route.entry);
       }
    }
    if (cache->route().size() != 0) {

@@ -64,7 +64,7 @@ class Inputs {
    Table<Vault::KernelUnprogrammedRoute::UnprogrammedRoute> kernelUnprogrammedRoute{};
 
    Table<::Vrf::VrfIdMap::Status> vrfIdMap{};
-   Table<Interface::AllIntfConfigDir> allIntfConfig{};
+   Table<::Interface::AllIntfConfigDir> allIntfConfig{};
    Table<L3::Config> l3Config{};
    Table<Ip::Status> ipStatus{};
    Table<Ip6::Status> ip6Status{};
@@ -72,7 +72,7 @@ class Inputs {
    Table<Routing6::Hardware::Status> routing6HardwareStatus{};
    Table<Routing::AttachedRouteStatus> attachedRouteStatus{};
    Table<Routing::AttachedRouteStatus> attachedRoute6Status{};
-   Table<NexthopGroup::EntryStatus> nexthopGroupEntryStatus{};
+   Table<::NexthopGroup::EntryStatus> nexthopGroupEntryStatus{};
    Table<Routing::Rib::RouteConfig> routeCacheConfig{};  // null while the route cache has no routes
    Table<Routing::Rib::RouteCache::Evpn::ViaConfig> routeCacheEvpnViaConfig{};
 

@@ -156,7 +156,7 @@ void readAttachedRoutes(Node const& list, VrfTarget& target) {
       return attached.route;
    };
    readUnique(list, target.vrf.attachedRoutes, read, [](AttachedRoute const& route) {
-      return Routing::AttachedRouteKey{.intfId = route.intfId, .address = route.address};
+      return Routing::AttachedRouteKey{{}, route.intfId, route.address};
    });
 }
 

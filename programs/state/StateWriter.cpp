@@ -6,11 +6,13 @@
 #include "Vault/UnprogrammedRouteStatus.h"
 #include "cliprint/Interrupt.h"
 
+#include <fcntl.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 

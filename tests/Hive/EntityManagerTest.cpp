@@ -101,8 +101,8 @@ TEST_F(EntityManagerTest, pathsStayBelowTheDirectory) {
    EntityManager::stateDirIs(dir_.string());
    EntityManager const manager(dir_.string());
    using namespace std::string_view_literals;
-   for (std::string_view const path :
-        {"", "/", "/etc/passwd", "..", "../other", "a/../../other", "a/..", ".", "a//b", "a/", "./a", "a\0b"sv}) {
+   for (std::string_view const path : {""sv, "/"sv, "/etc/passwd"sv, ".."sv, "../other"sv, "a/../../other"sv, "a/.."sv,
+                                       "."sv, "a//b"sv, "a/"sv, "./a"sv, "a\0b"sv}) {
       EXPECT_THROW(manager.mount<Vault::Fib::RouteStatus>(path), StateError) << path;
       EXPECT_THROW(manager.create<Vault::Fib::RouteStatusWriter>(path, 1), StateError) << path;
    }

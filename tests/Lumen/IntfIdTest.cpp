@@ -89,9 +89,9 @@ TEST(IntfIdTest, OrdersByKindThenNaturally) {
    std::vector<IntfId> sorted{IntfId()};
    for (auto const* const name : {"0",
                                   "00",
-                                  "1",
-                                  "01",
                                   "001",
+                                  "01",
+                                  "1",
                                   "2",
                                   "10",
                                   "Ethernet",

@@ -111,7 +111,7 @@ TYPED_TEST(ConcurrentRouteTest, aWriterMayEndAnywhere) {
       EXPECT_EQ(left, met);
    }
    EXPECT_EQ(reader.corruption(), "");
-   RecordProperty("repaired", static_cast<int>(repaired));
+   this->RecordProperty("repaired", static_cast<int>(repaired));
 }
 
 TEST(ConcurrentFecTest, aFecIsReadAsItWasWrittenOrNotAtAll) {

@@ -101,9 +101,10 @@ TYPED_TEST(DamageTest, anImpossiblePrefixIsReportedAndLeftOut) {
    std::vector<std::string> reports;
    reader.corruptionHookIs([&](std::string_view message) { reports.emplace_back(message); });
    auto const metrics = this->walked(reader);
-   ASSERT_FALSE(reports.empty());
+   auto const impossible = reports.size();
+   ASSERT_NE(impossible, 0U);
    EXPECT_EQ(reports.front(), this->path_ + ": impossible prefix, length 200");
-   EXPECT_EQ(metrics.size(), this->routes - reports.size());
+   EXPECT_EQ(metrics.size(), this->routes - impossible);
    EXPECT_FALSE(metrics.contains(9));
    EXPECT_EQ(reader.corruption(), reports.back());
    EXPECT_EQ(reader.corruptions(), reports.size());
@@ -117,7 +118,7 @@ TYPED_TEST(DamageTest, anImpossiblePrefixIsReportedAndLeftOut) {
    EXPECT_EQ(reader.corruption(), "elsewhere");
    EXPECT_THROW(reader.walk([](auto const&) { throw Zam::RangeError("value"); }), Zam::RangeError);
    typename TypeParam::Writer const writer(this->path_);
-   EXPECT_EQ(writer.repaired(), reports.size());
+   EXPECT_EQ(writer.repaired(), impossible);
    EXPECT_EQ(writer.routes(), metrics.size());
 }
 

@@ -39,7 +39,7 @@ std::string printed(Format<std::type_identity_t<Args>...> const& format, Args co
 // The C library is the oracle: same format, same arguments.
 template <class... Args>
 void expectAsSnprintf(Format<std::type_identity_t<Args>...> const& format, Args const&... args) {
-   char expected[1500];
+   char expected[4000];
    int const length = std::snprintf(expected, sizeof expected, format.text(), args...);
    EXPECT_EQ(printed<Args...>(format, args...), std::string(expected, static_cast<std::size_t>(length)))
        << format.text();

@@ -95,7 +95,7 @@ TEST(JsonText, replacesEachByteOfIllFormedUtf8) {
 
 TEST(JsonText, everyByteAtEveryPlaceOfAWord) {
    for (unsigned byte = 0; byte < 256; ++byte) {
-      for (std::size_t length = 1; length < 20; ++length) {
+      for (std::size_t const length : {1U, 7U, 8U, 9U, 17U}) {
          for (std::size_t at = 0; at < length; ++at) {
             std::string text(length, 'x');
             text[at] = static_cast<char>(byte);
@@ -110,7 +110,7 @@ TEST(JsonText, everyByteAtEveryPlaceOfAWord) {
 
 TEST(JsonText, randomBytesAreAlwaysAValidString) {
    std::mt19937 random(7);
-   for (int i = 0; i < 3000; ++i) {
+   for (int i = 0; i < 400; ++i) {
       std::string text(random() % 2000, '\0');
       bool const ascii = i % 3 == 0;
       for (char& c : text) {
@@ -136,7 +136,7 @@ TEST(JsonText, numbersAndWords) {
    EXPECT_EQ(json(std::nan("")), "null");
    EXPECT_EQ(json(-std::numeric_limits<double>::infinity()), "null");
    std::mt19937_64 random(3);
-   for (int i = 0; i < 20000; ++i) {
+   for (int i = 0; i < 3000; ++i) {
       auto const value = std::bit_cast<double>(random());
       if (std::isfinite(value)) {
          std::string const text = json(value, 1);

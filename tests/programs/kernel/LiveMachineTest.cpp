@@ -17,7 +17,7 @@ namespace {
 
 std::string outputOf(std::string const& command) {
    auto const close = [](std::FILE* pipe) { pclose(pipe); };
-   std::unique_ptr<std::FILE, decltype(close)> const pipe(popen((command + " 2>&1").c_str(), "r"), close);
+   std::unique_ptr<std::FILE, decltype(close)> const pipe(popen(("{ " + command + "\n} 2>&1").c_str(), "r"), close);
    std::string output;
    std::array<char, 4096> buffer;
    while (std::size_t const count = pipe ? std::fread(buffer.data(), 1, buffer.size(), pipe.get()) : 0) {

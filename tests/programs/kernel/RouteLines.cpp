@@ -57,21 +57,22 @@ std::string labelOf(object const& hop) {
    return "";
 }
 
-std::string hopOf(object const& hop) {
+std::string hopOf(object const& hop, U64 weight) {
    object via;
    std::string const gateway = hop["via"].get(via) == simdjson::SUCCESS ? text(via, "host") : text(hop, "gateway");
-   return " via " + gateway + " " + text(hop, "dev") + " weight " + std::to_string(number(hop, "weight", 1)) +
-          labelOf(hop);
+   return " via " + gateway + " " + text(hop, "dev") + " weight " + std::to_string(weight) + labelOf(hop);
 }
 
 std::string hopsOf(object const& route) {
-   array hops;
-   std::string all;
-   if (route["nexthops"].get(hops) != simdjson::SUCCESS) {
-      return hasFlag(route, "dead") ? "" : hopOf(route);
+   array nextHops;
+   std::vector<object> hops{route};
+   if (route["nexthops"].get(nextHops) == simdjson::SUCCESS) {
+      hops = objects(nextHops);
    }
-   for (object const& hop : objects(hops)) {
-      all += hasFlag(hop, "dead") ? "" : hopOf(hop);
+   std::erase_if(hops, [](object const& hop) { return hasFlag(hop, "dead"); });
+   std::string all;
+   for (object const& hop : hops) {
+      all += hopOf(hop, hops.size() == 1 ? 1 : number(hop, "weight", 1));
    }
    return all;
 }

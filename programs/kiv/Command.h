@@ -1,0 +1,48 @@
+#pragma once
+
+#include "programs/kiv/ExitStatus.h"
+#include "programs/kiv/Options.h"
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// What a command is: its words, the clauses that may follow them in any order, and who carries it out. Parsing and help
+// follow from the table in Commands.h, and nothing else knows how a command is spelled.
+namespace kiv {
+
+// A keyword, a keyword with a parameter, or a parameter alone, which is known by its form.
+struct Clause {
+   std::string_view keyword;
+   std::string_view parameter;
+   std::string_view help;
+   bool required = false;
+   // For a parameter alone: whether a word can be one.
+   bool (*accepts)(std::string_view word) = nullptr;
+
+   std::string_view name() const { return keyword.empty() ? parameter : keyword; }
+};
+
+struct Request;
+
+struct Command {
+   std::string_view words;
+   std::string_view help;
+   std::span<Clause const> clauses;
+   ExitStatus (*run)(Request const& request);
+};
+
+// A command as the user gave it.
+struct Request {
+   Command const& command;
+   Options const& options;
+   std::vector<std::optional<std::string>>
+       values;  // in the order of the command's clauses; empty text for a bare keyword
+
+   // Empty when the clause was not given. The name is the clause's keyword, or its parameter when it has none.
+   std::optional<std::string> const& value(std::string_view clause) const;
+};
+
+}  // namespace kiv

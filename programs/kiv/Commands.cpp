@@ -1,0 +1,41 @@
+#include "programs/kiv/Commands.h"
+
+#include "programs/kiv/Help.h"
+#include "programs/kiv/Load.h"
+#include "programs/kiv/ShowRoute.h"
+
+#include <array>
+
+namespace kiv {
+namespace {
+
+bool anyWord(std::string_view) {
+   return true;
+}
+
+constexpr auto showRouteClauses = std::to_array<Clause>({
+    {.keyword = "vrf", .parameter = "NAME", .help = "of this VRF instead of the default one"},
+});
+
+constexpr auto loadClauses = std::to_array<Clause>({
+    {.keyword = "",
+     .parameter = "SNAPSHOT",
+     .help = "file that describes the state of a box, see docs/snapshot.md",
+     .required = true,
+     .accepts = anyWord},
+});
+
+constexpr auto table = std::to_array<Command>({
+    {"show ip route", "the IPv4 route table", showRouteClauses, showIpRoute},
+    {"show ipv6 route", "the IPv6 route table", showRouteClauses, showIpv6Route},
+    {"load", "make the directory given with --state hold the state of a snapshot", loadClauses, loadSnapshot},
+    {"help", "the commands and options", {}, help},
+});
+
+}  // namespace
+
+std::span<Command const> commands() {
+   return table;
+}
+
+}  // namespace kiv

@@ -1,0 +1,9 @@
+#pragma once
+
+#include "programs/kiv/Command.h"
+
+namespace kiv {
+
+ExitStatus loadSnapshot(Request const& request);
+
+}  // namespace kiv

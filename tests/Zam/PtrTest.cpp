@@ -1,0 +1,96 @@
+#include "Zam/Ptr.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+namespace {
+
+struct Entity : Zam::PtrInterface {
+   explicit Entity(int& alive) : alive_(alive) { ++alive_; }
+   ~Entity() override { --alive_; }
+   std::string_view fwkType() const noexcept override { return "Test::Entity"; }
+
+ private:
+   int& alive_;
+};
+struct Derived : Entity {
+   using Entity::Entity;
+};
+
+// Keeps its objects when the last handle goes.
+struct Pooled : Zam::PtrInterface {
+   std::string_view fwkType() const noexcept override { return "Test::Pooled"; }
+   void zeroReferencesIs() const noexcept override { ++released; }
+   mutable int released = 0;
+};
+
+TEST(Ptr, CountsEveryKindOfHandle) {
+   int alive = 0;
+   {
+      auto const made = Zam::makePtr<Derived>(alive);
+      EXPECT_TRUE(made->hasNotificationActive());
+      Zam::Ptr<Entity const> constant = made;
+      auto copy = constant;
+      EXPECT_EQ(made->references(), 3U);
+      auto const moved = std::move(copy);
+      EXPECT_EQ(made->references(), 3U);
+      constant = nullptr;
+      EXPECT_EQ(made->references(), 2U);
+      EXPECT_EQ(moved, made);
+   }
+   EXPECT_EQ(alive, 0);
+}
+
+TEST(Ptr, SelfAssignmentKeepsTheObject) {
+   int alive = 0;
+   auto ptr = Zam::makePtr<Entity>(alive);
+   auto const& self = ptr;
+   ptr = self;
+   EXPECT_EQ(alive, 1);
+   EXPECT_EQ(ptr->references(), 1U);
+}
+
+TEST(Ptr, CastsDownOnlyToWhatTheObjectIs) {
+   int alive = 0;
+   Zam::Ptr<Zam::PtrInterface> const derived = Zam::makePtr<Derived>(alive);
+   Zam::Ptr<Zam::PtrInterface> const base = Zam::makePtr<Entity>(alive);
+   EXPECT_EQ(Zam::ptrCast<Derived>(derived), derived);
+   EXPECT_EQ(Zam::ptrCast<Derived>(base), nullptr);
+}
+
+TEST(Ptr, TellsTheEntityWhenTheLastHandleGoes) {
+   Pooled pooled;
+   {
+      Zam::Ptr<Pooled> const first(&pooled);
+      Zam::Ptr<Pooled> const second = first;
+      EXPECT_EQ(pooled.released, 0);
+   }
+   EXPECT_EQ(pooled.released, 1);
+}
+
+TEST(Ptr, CountsAcrossThreadsInThreadSafeMode) {
+   Zam::PtrInterface::threadSafeCountIs(true);
+   int alive = 0;
+   {
+      auto const shared = Zam::makePtr<Entity>(alive);
+      std::vector<std::thread> threads;
+      for (int i = 0; i != 4; ++i) {
+         threads.emplace_back([copy = shared] {
+            for (int round = 0; round != 20000; ++round) {
+               auto const local = copy;
+            }
+         });
+      }
+      for (auto& thread : threads) {
+         thread.join();
+      }
+      threads.clear();
+      EXPECT_EQ(shared->references(), 1U);
+   }
+   EXPECT_EQ(alive, 0);
+   Zam::PtrInterface::threadSafeCountIs(false);
+}
+
+}  // namespace

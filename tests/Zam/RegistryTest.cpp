@@ -1,0 +1,320 @@
+#include "Zam/Dir.h"
+#include "Zam/HashMap.h"
+#include "Zam/TypeRegistry.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <limits>
+#include <numeric>
+#include <utility>
+#include <vector>
+
+namespace TestTypes {
+
+struct Point : Zam::ValueType {
+   S32 x = 0;
+   Zam::BoundedString<4> name;
+   Zam::HashMap<U32, Zam::String> notes;
+
+   static constexpr auto zamDescription() {
+      return Zam::describe<Point>("RegistryTest::Point", Zam::attribute("x", &Point::x),
+                                  Zam::attribute("name", &Point::name), Zam::collection("notes", &Point::notes));
+   }
+   S32 moveBy(S32 distance) { return x += distance; }
+};
+
+struct Flag : Zam::ValueType {
+   bool on = false;
+   static constexpr auto zamDescription() {
+      return Zam::describe<Flag>("RegistryTest::Flag", Zam::attribute("on", &Flag::on));
+   }
+};
+
+class Base : public Zam::PtrInterface {
+ public:
+   std::string_view fwkType() const noexcept override { return "RegistryTest::Base"; }
+   Zam::String const& name() const { return name_; }
+   void nameIs(Zam::String const& name) { name_ = name; }
+
+ private:
+   Zam::String name_;
+};
+
+// Counts its events, to see what the runtime does in which order.
+class Walker : public Base {
+ public:
+   Walker(Zam::Ptr<Base const> table, U8 limit, double ratio)
+       : table_(std::move(table)),
+         limit_(limit),
+         ratio_(ratio) {}
+   std::string_view fwkType() const noexcept override { return "RegistryTest::Walker"; }
+   void handleInitialized() { initialized_ = true; }
+   bool initialized() const noexcept { return initialized_; }
+   Zam::Ptr<Base const> table() const { return table_; }
+   U8 limit() const { return limit_; }
+   double ratio() const { return ratio_; }
+   void adopt(Zam::Ptr<Base> const& other) { table_ = other; }
+   std::string_view text(std::string const& prefix, Point const& point) const {
+      text_ = prefix + Zam::valueToStrep(point.x);
+      return text_;
+   }
+
+ private:
+   Zam::Ptr<Base const> table_;
+   U8 limit_;
+   double ratio_;
+   bool initialized_ = false;
+   mutable std::string text_;
+};
+
+Zam::Ptr<Base> baseFactory() {
+   return Zam::makePtr<Base>();
+}
+Zam::Ptr<Walker> walkerFactory(Zam::Ptr<Base const> const& table, U8 limit, double ratio) {
+   return Zam::makePtr<Walker>(table, limit, ratio);
+}
+S64 twice(S64 number) {
+   return 2 * number;
+}
+
+// As many arguments as the largest constructor has.
+template <std::size_t>
+using Number = U16;
+class Wide : public Base {
+ public:
+   explicit Wide(U32 sum) : sum_(sum) {}
+   U32 sum() const { return sum_; }
+
+ private:
+   U32 sum_;
+};
+template <class Indices>
+struct WideFactory;
+template <std::size_t... I>
+struct WideFactory<std::index_sequence<I...>> {
+   static Zam::Ptr<Wide> make(Number<I>... numbers) {
+      return Zam::makePtr<Wide>(static_cast<U32>(((numbers * (I + 1)) + ... + 0U)));
+   }
+};
+
+void registerTypes() {
+   auto& registry = Zam::TypeRegistry::instance();
+   registry.value<Point>().operation("moveBy", &Point::moveBy);
+   registry.value<Flag>();
+   registry.entity<Base>("RegistryTest::Base").constructor(&baseFactory).attribute("name", &Base::name, &Base::nameIs);
+   registry.entity<Walker>("RegistryTest::Walker")
+       .constructor(&walkerFactory)
+       .attribute("name", &Walker::name, &Walker::nameIs)
+       .attribute("initialized", &Walker::initialized)
+       .attribute("table", &Walker::table)
+       .attribute("limit", &Walker::limit)
+       .attribute("ratio", &Walker::ratio)
+       .operation("adopt", &Walker::adopt)
+       .operation("text", &Walker::text)
+       .operation("twice", &twice);
+   registry.entity<Wide>("RegistryTest::Wide")
+       .constructor(&WideFactory<std::make_index_sequence<49>>::make)
+       .attribute("sum", &Wide::sum);
+}
+
+}  // namespace TestTypes
+
+namespace {
+
+using namespace TestTypes;
+using Args = std::vector<std::any>;
+
+class Registry : public testing::Test {
+ protected:
+   // Twice: the second time changes nothing.
+   static void SetUpTestSuite() {
+      registerTypes();
+      registerTypes();
+   }
+
+   static Zam::TypeInfo const& type(std::string_view name) { return *Zam::TypeRegistry::instance().type(name); }
+   Zam::TypeInfo const& point = type("RegistryTest::Point");
+   Zam::TypeInfo const& base = type("RegistryTest::Base");
+   Zam::TypeInfo const& walker = type("RegistryTest::Walker");
+};
+
+template <class Function>
+std::string typeErrorOf(Function const& function) {
+   try {
+      function();
+   } catch (Zam::TypeError const& error) {
+      return error.what();
+   }
+   return "no TypeError";
+}
+
+TEST_F(Registry, KnowsTypesByNameAndByObject) {
+   auto const& registry = Zam::TypeRegistry::instance();
+   EXPECT_EQ(registry.type("RegistryTest::Nobody"), nullptr);
+   EXPECT_EQ(registry.typeOf(Point()), &point);
+   EXPECT_EQ(registry.typeOf(Zam::Ptr<Walker const>()), &walker);
+   EXPECT_EQ(registry.typeOf(Zam::Ptr<Walker>()), &walker);
+   EXPECT_EQ(registry.typeOf(1), nullptr);
+   EXPECT_EQ(point.attributes(), (std::vector<std::string_view>{"x", "name", "notes"}));
+   EXPECT_EQ(point.operations(),
+             (std::vector<std::string_view>{"notesIs", "notes", "notesDel", "notesDelAll", "moveBy"}));
+}
+
+TEST_F(Registry, ValuesAreMadeReadAndChangedByName) {
+   auto object = point.construct();
+   EXPECT_FALSE(point.isSet(object));
+   auto const other = point.construct(Args{7L, "abc", Zam::HashMap<U32, Zam::String>()});
+   point.attributeIs(object, "x", U8{7});
+   point.attributeIs(object, "name", Zam::fromText("'abc'"));
+   EXPECT_TRUE(point.equal(object, other));
+   EXPECT_EQ(point.hash(object), point.hash(other));
+   EXPECT_EQ(std::any_cast<S32>(point.attribute(object, "x")), 7);
+   EXPECT_EQ(std::any_cast<S32>(point.call(object, "moveBy", Args{-9})), -2);
+   EXPECT_EQ(point.toText(object), "Value('RegistryTest::Point', ** {'x': -2, 'name': 'abc', 'notes': None})");
+   auto const& flag = type("RegistryTest::Flag");
+   EXPECT_TRUE(flag.isSet(flag.construct(Args{Zam::fromText("Value('RegistryTest::Flag', ** {'on': True})")})));
+   EXPECT_THROW(flag.construct(Args{Zam::fromText("True")}), Zam::ParseError);
+}
+
+TEST_F(Registry, CollectionsOfferTheirOperations) {
+   auto object = point.construct();
+   point.call(object, "notesIs", Args{5, "five"});
+   point.call(object, "notesIs", Args{6, std::string("six")});
+   EXPECT_EQ(std::any_cast<Zam::String>(point.call(object, "notes", Args{5})), Zam::String("five"));
+   EXPECT_FALSE(point.call(object, "notes", Args{4}).has_value());
+   point.call(object, "notesDel", Args{5});
+   EXPECT_EQ((std::any_cast<Zam::HashMap<U32, Zam::String>>(point.attribute(object, "notes")).size()), 1U);
+   point.call(object, "notesDelAll");
+   EXPECT_FALSE(point.isSet(object));
+}
+
+TEST_F(Registry, EntitiesComeInitialisedAndAreComparedByIdentity) {
+   auto table = base.construct();
+   base.attributeIs(table, "name", "routes");
+   auto object = walker.construct(Args{table, 200, 1});
+   EXPECT_TRUE(std::any_cast<bool>(walker.attribute(object, "initialized")));
+   EXPECT_EQ(std::any_cast<double>(walker.attribute(object, "ratio")), 1.0);
+   EXPECT_EQ(std::any_cast<Zam::Ptr<Base const>>(walker.attribute(object, "table"))->name(), Zam::String("routes"));
+   EXPECT_EQ(std::any_cast<std::string>(walker.call(object, "text", Args{"x=", Point{{}, 3, "", {}}})), "x=3");
+   EXPECT_EQ(std::any_cast<S64>(walker.call("twice", Args{21})), 42);
+   EXPECT_EQ(walker.toText(object), "Ptr('RegistryTest::Walker')");
+   EXPECT_TRUE(walker.equal(object, std::any(object)));
+   EXPECT_FALSE(walker.equal(object, walker.construct(Args{nullptr, 200, 1.0})));
+   EXPECT_FALSE(walker.isSet(Zam::Ptr<Walker>()));
+   EXPECT_EQ(walker.toText(Zam::Ptr<Walker>()), "None");
+}
+
+TEST_F(Registry, HandlesConvertUpAndToConstOnly) {
+   auto const object = std::any_cast<Zam::Ptr<Walker>>(walker.construct(Args{nullptr, 1, 1.0}));
+   std::any const asInterface = Zam::Ptr<Zam::PtrInterface>(object);
+   std::any target = object;
+   for (std::any const& argument : {std::any(object), asInterface, std::any(Zam::Ptr<Base>(object))}) {
+      walker.call(target, "adopt", Args{argument});
+      EXPECT_EQ(object->table(), object);
+   }
+   object->adopt(nullptr);
+   for (std::any const& argument : {std::any(Zam::Ptr<Base const>(object)), std::any(Zam::Ptr<Walker const>(object)),
+                                    std::any(Zam::Ptr<Zam::PtrInterface const>(object)), std::any(), std::any(0),
+                                    std::any(Zam::Ptr<Zam::PtrInterface>(Zam::makePtr<Zam::Dir<Base>>()))}) {
+      EXPECT_THROW(walker.call(target, "adopt", Args{argument}), Zam::TypeError);
+   }
+   // A base handle serves as the object when it holds one, a constant one for reading only.
+   EXPECT_EQ(std::any_cast<U8>(walker.attribute(asInterface, "limit")), 1);
+   std::any constant = Zam::Ptr<Walker const>(object);
+   EXPECT_EQ(std::any_cast<U8>(walker.attribute(constant, "limit")), 1);
+   EXPECT_EQ(typeErrorOf([&] { walker.attributeIs(constant, "name", "x"); }),
+             "RegistryTest::Walker.name: the object is constant");
+   std::any derived = object;
+   base.attributeIs(derived, "name", "through the base");
+   EXPECT_EQ(object->name(), Zam::String("through the base"));
+   EXPECT_THROW(walker.attribute(std::any(Zam::Ptr<Base>(Zam::makePtr<Base>())), "limit"), Zam::TypeError);
+}
+
+TEST_F(Registry, IntegersConvertWithTheirRange) {
+   auto const limit = [this](std::any const& argument) {
+      return std::any_cast<U8>(walker.attribute(walker.construct(Args{nullptr, argument, 0.5}), "limit"));
+   };
+   EXPECT_EQ(limit(255LL), 255);
+   EXPECT_EQ(limit(short{7}), 7);
+   for (std::any const& beyond : {std::any(256), std::any(-1), std::any(std::numeric_limits<U64>::max()),
+                                  std::any(std::numeric_limits<S64>::min()), std::any((U64{1} << 32U) + 5)}) {
+      EXPECT_THROW(limit(beyond), Zam::RangeError);
+   }
+   for (std::any const& wrong : {std::any(true), std::any(1.0), std::any('a'), std::any("1"), std::any()}) {
+      EXPECT_THROW(limit(wrong), Zam::TypeError);
+   }
+   EXPECT_EQ(std::any_cast<S64>(walker.call("twice", Args{Zam::fromText("-3")})), -6);
+   EXPECT_THROW(walker.call("twice", Args{std::numeric_limits<U64>::max()}), Zam::RangeError);
+   auto object = point.construct();
+   EXPECT_THROW(point.attributeIs(object, "name", "too long"), Zam::RangeError);
+}
+
+TEST_F(Registry, ErrorsSayWhatIsWrong) {
+   auto object = point.construct();
+   struct Case {
+      std::function<void()> use;
+      char const* message;
+   };
+   for (auto const& [use, message] : {
+            Case{[&] { point.attribute(object, "z"); }, "RegistryTest::Point.z: no such attribute"},
+            Case{[&] { point.attributeIs(object, "z", 1); }, "RegistryTest::Point.z: no such settable attribute"},
+            Case{[&] { point.call(object, "fly"); }, "RegistryTest::Point.fly: no such operation"},
+            Case{[&] { point.call(object, "moveBy"); }, "RegistryTest::Point.moveBy: takes 1 arguments, not 0"},
+            Case{[&] { point.call("moveBy", Args{1}); }, "RegistryTest::Point.moveBy: needs an object"},
+            Case{[&] { point.construct(Args{1}); }, "RegistryTest::Point.constructor: takes 0 or 3 arguments, not 1"},
+            Case{[&] {
+                    walker.construct(Args{nullptr, "x", "y"});
+                 },
+                 "RegistryTest::Walker.constructor: argument 1 must be U8, not char const*"},
+            Case{[&] {
+                    walker.construct(Args{Point(), 1, 1.0});
+                 },
+                 "RegistryTest::Walker.constructor: argument 0 must be RegistryTest::Base, not "
+                 "RegistryTest::Point"},
+            Case{[&] { point.attributeIs(object, "name", {}); },
+                 "RegistryTest::Point.name: argument 0 must be Zam::BoundedString<4u>, not nothing"},
+            Case{[&] { walker.attribute(object, "limit"); },
+                 "RegistryTest::Walker.limit: the object is of type RegistryTest::Point"},
+            Case{[&] { walker.attribute(Zam::Ptr<Walker>(), "limit"); },
+                 "RegistryTest::Walker.limit: the object is null"},
+            Case{[&] { point.toText(1); }, "RegistryTest::Point.toText: the object is of type S32"},
+        }) {
+      EXPECT_EQ(typeErrorOf(use), message);
+   }
+}
+
+TEST_F(Registry, FortyNineArgumentsArriveInTheirPlaces) {
+   auto const& wide = type("RegistryTest::Wide");
+   Args arguments(49, 0);
+   U32 expected = 0;
+   for (std::size_t i = 0; i != arguments.size(); ++i) {
+      arguments[i] = i * i;
+      expected += static_cast<U32>(i * i * (i + 1));
+   }
+   EXPECT_EQ(std::any_cast<U32>(wide.attribute(wide.construct(arguments), "sum")), expected);
+   arguments[48] = "last";
+   EXPECT_EQ(typeErrorOf([&] { wide.construct(arguments); }).find("RegistryTest::Wide.constructor: argument 48"), 0U);
+   arguments.pop_back();
+   EXPECT_THROW(wide.construct(arguments), Zam::TypeError);
+}
+
+TEST(Dir, IteratesInNameOrder) {
+   Zam::Dir<Base> dir;
+   for (auto const* const name : {"b", "a", "c", "b"}) {
+      dir.entityIs(name, Zam::makePtr<Base>());
+   }
+   EXPECT_EQ(dir.size(), 3U);
+   std::string names;
+   for (auto const& [name, entity] : dir) {
+      names += name.bytes();
+      EXPECT_EQ(dir.entity(name), entity);
+   }
+   EXPECT_EQ(names, "abc");
+   dir.entityDel("b");
+   EXPECT_EQ(dir.entity("b"), nullptr);
+   dir.entityDelAll();
+   EXPECT_EQ(dir.begin(), dir.end());
+}
+
+}  // namespace

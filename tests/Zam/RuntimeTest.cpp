@@ -1,0 +1,92 @@
+#include "Zam/ActivityLock.h"
+#include "Zam/Clock.h"
+#include "Zam/String.h"
+#include "Zam/Trace.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+namespace {
+
+using Short = Zam::BoundedString<3>;
+
+TEST(BoundedString, HoldsAnyBytesUpToItsBound) {
+   EXPECT_EQ(Short(std::string_view("a\0b", 3)).length(), 3U);
+   EXPECT_THROW(Short("abcd"), Zam::RangeError);
+   EXPECT_THROW(Short(std::string(4, 'x')), Zam::RangeError);
+   Short text("ab");
+   EXPECT_THROW(text += "cd", Zam::RangeError);
+   EXPECT_EQ(text, Short("ab"));
+   EXPECT_EQ(text += "c", Short("abc"));
+   try {
+      Zam::BoundedString<100>(std::string(101, 'x'));
+      ADD_FAILURE();
+   } catch (Zam::RangeError const& error) {
+      EXPECT_STREQ(error.what(), "Zam::String::bytes > maxLength() not allowed");
+   }
+}
+
+TEST(BoundedString, OrdersBytesAsUnsigned) {
+   EXPECT_LT(Short("a"), Short("\x80"));
+   EXPECT_LT(Short("a"), Short("aa"));
+   EXPECT_LT(Short(std::string_view("a\0", 2)), Short("ab"));
+}
+
+TEST(Trace, SettingNamesSourcesAndLevels) {
+   struct Case {
+      char const* setting;
+      U16 levels;
+   };
+   constexpr U16 all = 0x3ff;
+   for (auto const& [setting, levels] :
+        {Case{"", 0}, Case{"Kiv/CliSupport", all}, Case{"Kiv/CliSupport=089", 0x301}, Case{"*", all},
+         Case{"*=1,Kiv/CliSupport=2", 0x6}, Case{"Other,Kiv/CliSupport=0", 1}, Case{"Kiv/CliSupport=", 0},
+         Case{"Kiv/CliSupport=x7:", 0x80}, Case{"Kiv/Cli,Kiv/CliSupport2,kiv/clisupport", 0}, Case{",,,", 0}}) {
+      EXPECT_EQ(Zam::traceLevels(setting, "Kiv/CliSupport"), levels) << setting;
+   }
+}
+
+TEST(Trace, WritesOnlyWhatIsSwitchedOn) {
+   Zam::TraceHandle trace("Test/Trace");
+   trace.levelsIs(1U << 8U);
+   testing::internal::CaptureStderr();
+   trace(0, "quiet()", "not this");
+   trace(8, "loud()", "value ", 42);
+   EXPECT_EQ(testing::internal::GetCapturedStderr(), "Test/Trace loud(): value 42\n");
+}
+
+TEST(ActivityLock, ScopedUnlockLetsAnotherActivityIn) {
+   std::atomic<bool> ran = false;
+   Zam::ScopedActivity const activity;
+   std::thread other([&ran] {
+      Zam::ScopedActivity const inner;
+      ran = true;
+   });
+   {
+      Zam::ScopedUnlock const unlock;
+      EXPECT_FALSE(Zam::ActivityLock::held());
+      other.join();
+   }
+   EXPECT_TRUE(ran);
+   EXPECT_TRUE(Zam::ActivityLock::held());
+}
+
+TEST(ActivityLock, ScopedUnlockOfAThreadWithoutTheLockLeavesItAlone) {
+   Zam::ScopedActivity const activity;
+   bool heldThere = true;
+   std::thread([&heldThere] {
+      Zam::ScopedUnlock const unlock;
+      heldThere = Zam::ActivityLock::held();
+   }).join();
+   EXPECT_FALSE(heldThere);
+   EXPECT_TRUE(Zam::ActivityLock::held());
+}
+
+TEST(Clock, NeverStepsBack) {
+   double const before = Zam::currentTime();
+   EXPECT_GE(Zam::currentTime(), before);
+}
+
+}  // namespace
