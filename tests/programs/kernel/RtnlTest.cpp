@@ -189,13 +189,14 @@ class BuiltMachine : public testing::Test {
 
    state::State state() {
       state::State const state =
-          kernel::stateFrom({links_.done(), addresses_.done(), {}, routes_.done(), DumpBuilder().done()});
+          kernel::stateFrom({links_.done(), addresses_.done(), nextHops_.done(), routes_.done(), DumpBuilder().done()});
       expectSound(state);
       return state;
    }
 
    DumpBuilder links_;
    DumpBuilder addresses_;
+   DumpBuilder nextHops_;
    DumpBuilder routes_;
 };
 
@@ -227,6 +228,23 @@ TEST_F(BuiltMachine, holdsTheRouteThatTheKernelUses) {
    route(routeHeader(AF_INET, 0),
          Attributes().add(RTA_OIF, U32{1}).add(RTA_PRIORITY, U32{9}).add(RTA_GATEWAY, htonl(0x0a000002)));
    EXPECT_EQ(routeLines(state()), Lines{"default 0.0.0.0/0 type 7 [1/9] via 10.0.0.2 eth0 weight 1"});
+}
+
+// In whatever order the kernel tells them.
+TEST_F(BuiltMachine, prefersPlainRoutesThenTheLowestMetric) {
+   rtmsg forTos = routeHeader();
+   forTos.rtm_tos = 16;
+   route(forTos, tenSlashEight().add(RTA_OIF, U32{1}).add(RTA_GATEWAY, htonl(0x0a000002)));
+   for (U32 const metric : {30, 10, 20}) {
+      route(
+          routeHeader(),
+          tenSlashEight().add(RTA_PRIORITY, metric).add(RTA_OIF, U32{1}).add(RTA_GATEWAY, htonl(0x0a000000 + metric)));
+   }
+   nextHops_.add(RTM_NEWNEXTHOP, nhmsg{}, Attributes().add(NHA_ID, U32{1}).addBytes(NHA_BLACKHOLE, {}));
+   nextHops_.add(RTM_NEWNEXTHOP, nhmsg{}, Attributes().add(NHA_ID, U32{2}).add(NHA_GROUP, nexthop_grp{1, 0, 0, 0}));
+   route(routeHeader(AF_INET, 9), tenSlashEight().add(RTA_NH_ID, U32{2}));
+   EXPECT_EQ(routeLines(state()), (Lines{"default 10.0.0.0/8 type 7 [1/10] via 10.0.0.10 eth0 weight 1",
+                                         "default 10.0.0.0/9 type 29 [1/0]"}));
 }
 
 TEST_F(BuiltMachine, callsTheSubnetOfAnAddressConnectedWhoeverRoutesIt) {
