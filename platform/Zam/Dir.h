@@ -21,7 +21,7 @@ class Dir : public PtrInterface {
    void entityDel(String const& name) { entities_.erase(name); }
    void entityDelAll() { entities_.clear(); }
 
-   std::size_t size() const noexcept { return entities_.size(); }
+   std::size_t size() const { return entities_.size(); }
    auto begin() const { return entities_.begin(); }
    auto end() const { return entities_.end(); }
 

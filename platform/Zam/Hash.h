@@ -2,6 +2,7 @@
 
 #include "Zam/Int.h"
 
+#include <concepts>
 #include <cstddef>
 #include <functional>
 #include <ranges>

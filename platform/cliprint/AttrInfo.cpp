@@ -2,8 +2,6 @@
 
 namespace cliprint {
 
-Renderer::~Renderer() = default;
-
 char* StringAttrInfo::heapText(std::size_t size) {
    char* const text = new char[size];
    text_ = {text, size};

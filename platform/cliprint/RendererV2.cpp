@@ -6,6 +6,8 @@ namespace {
 constexpr char const* source = "cliprint/RendererV2";
 }
 
+Renderer::~Renderer() = default;
+
 RendererV2::RendererV2(OutputFormat format, CliPrintBuffer& buffer, bool ownsDocument)
     : Renderer(format),
       buffer_(buffer),

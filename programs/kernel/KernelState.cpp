@@ -10,6 +10,7 @@
 #include <iterator>
 #include <map>
 #include <optional>
+#include <span>
 #include <tuple>
 
 namespace kernel {

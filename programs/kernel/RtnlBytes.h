@@ -35,7 +35,6 @@ class ByteReader {
    explicit ByteReader(Bytes bytes) : left_(bytes) {}
 
    bool atEnd() const { return left_.empty(); }
-   std::size_t size() const { return left_.size(); }
    Bytes rest() const { return left_; }
 
    template <class T>

@@ -8,10 +8,12 @@
 #include <linux/nexthop.h>
 #include <linux/rtnetlink.h>
 #include <sys/socket.h>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <string>
 
 namespace kernel {
 

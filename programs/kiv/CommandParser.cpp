@@ -188,7 +188,7 @@ class Walk {
             names.push_back(choice.clause == nullptr ? std::string(choice.word) : placeholder(*choice.clause));
          }
       }
-      throw UsageError(line() + ": end of the command: " + alternatives(names) + " should follow");
+      throw UsageError(line() + ": at its end: " + alternatives(names) + " should follow");
    }
 
    static std::string quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
@@ -197,7 +197,7 @@ class Walk {
       for (std::string const& word : words_) {
          text.append(text.empty() ? "" : " ").append(word);
       }
-      return quoted(text);
+      return text.empty() ? "command line" : quoted(text);
    }
    std::string where() const { return "word " + std::to_string(at_ + 1) + " of " + line(); }
 

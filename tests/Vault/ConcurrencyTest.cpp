@@ -1,5 +1,6 @@
 #include "VaultTesting.h"
 
+#include <array>
 #include <vector>
 
 // Readers against a writer in another process that changes the tables as fast as it can.
@@ -75,6 +76,44 @@ TYPED_TEST(ConcurrentRouteTest, whatStaysIsAlwaysThereOnceAndWhole) {
    EXPECT_TRUE(writing.stop());
    EXPECT_GT(changes, 1000U);
    EXPECT_EQ(reader.corruption(), "");
+   EXPECT_EQ(reader.vanished(), 0U);
+}
+
+// Two long chains that exchange slots all the while: whoever stands on one that has gone over must notice.
+TYPED_TEST(ConcurrentRouteTest, aSlotThatChangesChainsLeadsNobodyAstray) {
+   constexpr U32 capacity = 64;
+   constexpr std::size_t perChain = 20;
+   std::array<std::vector<decltype(TypeParam::Route::prefix)>, 2> chains;
+   for (U32 i = 0; chains[0].size() < perChain || chains[1].size() < perChain; ++i) {
+      auto const prefix = TypeParam::distinctPrefix(i);
+      U64 const bucket = hashKey(Records::toKey(prefix)) % capacity;
+      if (bucket < chains.size() && chains[bucket].size() < perChain) {
+         chains[bucket].push_back(prefix);
+      }
+   }
+   // The two that stay are the ends of their chains: everybody who looks for them passes all the others.
+   {
+      typename TypeParam::Writer writer(this->path_, {capacity});
+      writer.routeIs(patternRoute<TypeParam>(chains[0][0], 0));
+      writer.routeIs(patternRoute<TypeParam>(chains[1][0], 1));
+   }
+   OtherProcess writing([&] {
+      typename TypeParam::Writer writer(this->path_);
+      for (Random random(8);;) {
+         auto const& chain = chains[random.below(2)];
+         auto const& prefix = chain[1 + random.below(perChain - 1)];
+         if (!writer.routeDel(prefix)) {
+            writer.routeIs(patternRoute<TypeParam>(prefix, random.number()));
+         }
+      }
+   });
+   typename TypeParam::Reader const reader(this->path_);
+   for (auto const start = std::chrono::steady_clock::now(); within(start, duration);) {
+      for (U32 lookups = 0; lookups < 500; ++lookups) {
+         ASSERT_TRUE(reader.route(chains[lookups % 2][0]).has_value());
+      }
+   }
+   EXPECT_TRUE(writing.stop());
    EXPECT_EQ(reader.vanished(), 0U);
 }
 

@@ -13,7 +13,6 @@
 namespace {
 
 using namespace std::string_view_literals;
-using cliprint::AttrInfo;
 using cliprint::modelFormat;
 using cliprint::Renderer;
 using cliprint::StringAttrInfo;

@@ -63,8 +63,11 @@ TEST(JsonText, escapes) {
    for (auto const& [text, expected] : cases) {
       EXPECT_EQ(inQuotes(text), expected);
       std::string const padding(13, 'x');
-      std::string const inside = '"' + padding + std::string(expected.substr(1, expected.size() - 2)) + padding + '"';
-      EXPECT_EQ(inQuotes(padding + std::string(text) + padding), inside);
+      std::string padded = padding;
+      std::string inside = '"' + padding;
+      padded.append(text).append(padding);
+      inside.append(expected.substr(1, expected.size() - 2)).append(padding).append(1, '"');
+      EXPECT_EQ(inQuotes(padded), inside);
    }
 }
 

@@ -14,22 +14,31 @@
 // UTF-8.
 namespace testsupport {
 
+struct JsonMember;
+
 struct JsonValue {
    enum class Kind { null, boolean, number, string, array, object };
 
    Kind kind = Kind::null;
-   std::string text;  // of a number as written, of a string decoded; "true" or "false"
-   std::vector<std::pair<std::string, JsonValue>> members;  // of an array with empty keys
+   std::string text;                 // of a number as written, of a string decoded; "true" or "false"
+   std::vector<JsonMember> members;  // of an array with empty keys
 
-   JsonValue const* find(std::string_view key) const {
-      for (auto const& [name, value] : members) {
-         if (name == key) {
-            return &value;
-         }
-      }
-      return nullptr;
-   }
+   inline JsonValue const* find(std::string_view key) const;
 };
+
+struct JsonMember {
+   std::string key;
+   JsonValue value;
+};
+
+inline JsonValue const* JsonValue::find(std::string_view key) const {
+   for (JsonMember const& member : members) {
+      if (member.key == key) {
+         return &member.value;
+      }
+   }
+   return nullptr;
+}
 
 class StrictJson {
  public:
@@ -127,7 +136,9 @@ class StrictJson {
                return false;
             }
          }
-         if (!value(out.members.emplace_back(std::move(key), JsonValue()).second)) {
+         JsonMember& member = out.members.emplace_back();
+         member.key = std::move(key);
+         if (!value(member.value)) {
             return false;
          }
          blanks();

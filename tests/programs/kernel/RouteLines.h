@@ -21,6 +21,8 @@ struct IpJson {
    std::string addresses;
    std::string routes4;
    std::string routes6;
+
+   bool operator==(IpJson const&) const = default;
 };
 Lines routeLines(IpJson const& json);
 Lines interfaceLines(IpJson const& json);

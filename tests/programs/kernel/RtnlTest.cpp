@@ -231,7 +231,7 @@ TEST_F(BuiltMachine, holdsTheRouteThatTheKernelUses) {
 }
 
 // In whatever order the kernel tells them.
-TEST_F(BuiltMachine, prefersPlainRoutesThenTheLowestMetric) {
+TEST_F(BuiltMachine, prefersLocalThenPlainRoutesThenTheLowestMetric) {
    rtmsg forTos = routeHeader();
    forTos.rtm_tos = 16;
    route(forTos, tenSlashEight().add(RTA_OIF, U32{1}).add(RTA_GATEWAY, htonl(0x0a000002)));
@@ -240,11 +240,17 @@ TEST_F(BuiltMachine, prefersPlainRoutesThenTheLowestMetric) {
           routeHeader(),
           tenSlashEight().add(RTA_PRIORITY, metric).add(RTA_OIF, U32{1}).add(RTA_GATEWAY, htonl(0x0a000000 + metric)));
    }
+   rtmsg local = routeHeader(AF_INET, 10);
+   route(local, tenSlashEight().add(RTA_OIF, U32{1}));
+   local.rtm_table = RT_TABLE_LOCAL;
+   local.rtm_type = RTN_LOCAL;
+   route(local, tenSlashEight().add(RTA_OIF, U32{1}).add(RTA_PRIORITY, U32{5}));
    nextHops_.add(RTM_NEWNEXTHOP, nhmsg{}, Attributes().add(NHA_ID, U32{1}).addBytes(NHA_BLACKHOLE, {}));
    nextHops_.add(RTM_NEWNEXTHOP, nhmsg{}, Attributes().add(NHA_ID, U32{2}).add(NHA_GROUP, nexthop_grp{1, 0, 0, 0}));
    route(routeHeader(AF_INET, 9), tenSlashEight().add(RTA_NH_ID, U32{2}));
-   EXPECT_EQ(routeLines(state()), (Lines{"default 10.0.0.0/8 type 7 [1/10] via 10.0.0.10 eth0 weight 1",
-                                         "default 10.0.0.0/9 type 29 [1/0]"}));
+   EXPECT_EQ(routeLines(state()),
+             (Lines{"default 10.0.0.0/8 type 7 [1/10] via 10.0.0.10 eth0 weight 1", "default 10.0.0.0/9 type 29 [1/0]",
+                    "default 10.0.0.0/10 type 1 [0/5] via  eth0 weight 1"}));
 }
 
 TEST_F(BuiltMachine, callsTheSubnetOfAnAddressConnectedWhoeverRoutesIt) {
