@@ -20,6 +20,8 @@ constexpr std::size_t indentPerDepth = 4;
 // Vias that resolve through further FECs are printed down to this depth, so that a loop among them ends.
 constexpr U32 maxDepth = 16;
 
+constexpr std::string_view unknownNexthopGroup = "NexthopGroupUnknown";
+
 constexpr auto blankText = [] {
    std::array<char, 256> blanks{};
    blanks.fill(' ');
@@ -162,7 +164,7 @@ void RouteRendering<Family>::printFormatRoute6(Line const& line) {
    printPreference(line);
    if (line.leaked()) {
       StringAttrInfo const srcVrf("srcVrf", renderer_, line.srcVrf);
-      renderer_.addAttributes(" (%s)", srcVrf.getArg());
+      renderer_.addAttributes(" (source VRF %s)", srcVrf.getArg());
    }
    bool directlyConnected = true;
    if (line.hasVias()) {
@@ -245,7 +247,10 @@ bool RouteRendering<Family>::printIpVia(CachedFec const& fec, CachedVia const& v
       return resolved != nullptr && printIpVias(*resolved, {layout.indent, layout.depth + 1});
    }
    bool const directlyConnected = isDirectlyConnected(nexthop);
-   if (!directlyConnected) {
+   if (via.intfId.isNexthopGroup()) {
+      renderer_.addFrills("via");
+      printNexthopGroup(via.intfId.nexthopGroupId());
+   } else if (!directlyConnected) {
       renderer_.addFrills("via");
       if (!nexthop.empty()) {
          StringAttrInfo const nexthopAddr("nexthopAddr", renderer_, nexthop);
@@ -265,6 +270,15 @@ bool RouteRendering<Family>::printIpVia(CachedFec const& fec, CachedVia const& v
       renderer_.addAttributes(", weight %s", viaWeight.getArg());
    }
    return directlyConnected;
+}
+
+template <class Family>
+void RouteRendering<Family>::printNexthopGroup(Routing::NexthopGroup::NexthopGroupId id) {
+   auto const name = sorter_.nexthopGroupName(id);
+   auto const object = JsonScope::object(renderer_, "nexthopGroup");
+   StringAttrInfo const groupName("groupName", renderer_, name.empty() ? unknownNexthopGroup : name);
+   cliprint::Attr32Info const groupId("groupId", renderer_, id);
+   renderer_.addAttributes(" %s, Nexthop Group ID %d", groupName.getArg(), groupId.getArg());
 }
 
 // The interface, the VRF behind it and its description.

@@ -52,6 +52,7 @@ class RouteRendering {
    void printWithoutNexthop(Line const& line);
    bool printIpVias(CachedFec const& fec, Layout const& layout);
    bool printIpVia(CachedFec const& fec, CachedVia const& via, U16 index, Layout const& layout);
+   void printNexthopGroup(Routing::NexthopGroup::NexthopGroupId id);
    void printViaDetails(CachedFec const& fec, U16 index, char const* interfaceSeparator);
    void startViaLine(U16 index, Layout const& layout);
    void printAction(bool forward);

@@ -23,6 +23,7 @@ void RouteSorterOf<Family>::handleInitialized() {
    initialized_ = true;
    trace(8, "handleInitialized", "RouteSorter created for vrfName: ", std::string_view(inputs_.vrfName),
          ", vrfId: ", inputs_.vrfId);
+   buildNexthopGroupIdToName();
    if (inputs_.hostRoutes) {
       filterHostPrefixes(*this, Family::Prefix::maxLength);
       return;
@@ -32,6 +33,16 @@ void RouteSorterOf<Family>::handleInitialized() {
    }
    filterPrefixes(*this);
    kernelUnprogrammedRouteCounterSmIs();
+}
+
+template <class Family>
+void RouteSorterOf<Family>::buildNexthopGroupIdToName() {
+   if (!inputs_.nexthopGroupEntryStatus) {
+      return;
+   }
+   for (auto const& [name, id] : inputs_.nexthopGroupEntryStatus->nexthopGroupId()) {
+      cachedNexthopGroupIdToName_.insertOrReplace(id, name);
+   }
 }
 
 template <class Family>

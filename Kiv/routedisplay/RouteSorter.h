@@ -73,6 +73,12 @@ class RouteSorterOf : public Zam::PtrInterface {
    bool fecDel(Vault::Fib::FecId fecId) { return fec_.erase(fecId); }
    void fecDelAll() { fec_.clear(); }
 
+   // The name of a nexthop group; empty for an id that has none.
+   std::string_view nexthopGroupName(Routing::NexthopGroup::NexthopGroupId id) const {
+      auto const* const name = cachedNexthopGroupIdToName_.find(id);
+      return name != nullptr ? std::string_view(*name) : std::string_view();
+   }
+
    // Some via of a selected route has an IPv6 next hop.
    bool hasV6Nexthop() const noexcept { return hasV6Nexthop_; }
    void hasV6NexthopIs(bool has) noexcept { hasV6Nexthop_ = has; }
@@ -93,6 +99,7 @@ class RouteSorterOf : public Zam::PtrInterface {
    explicit RouteSorterOf(Inputs inputs) : inputs_(std::move(inputs)) {}
 
  private:
+   void buildNexthopGroupIdToName();
    void recordInterfaceAddresses();
    void maybeAddLoopbackIpAddr(typename Family::AddrWithMask const& address, VrfId vrfId);
 
@@ -103,6 +110,7 @@ class RouteSorterOf : public Zam::PtrInterface {
    S32 outputError_ = 0;
    SortedRoutes sortedRoute_;
    Fecs fec_;
+   Zam::HashMap<Routing::NexthopGroup::NexthopGroupId, Zam::String> cachedNexthopGroupIdToName_;
    Zam::HashMap<typename Family::AddrWithMask, Lumen::IntfId> addressToIntf_;
    std::set<std::pair<VrfId, Prefix>> loopbackVrfPrefix_;
    UnprogrammedRouteCountByVrf unprogrammedRouteCountByVrf_;

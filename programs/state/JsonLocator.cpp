@@ -15,9 +15,11 @@ class Scanner {
    explicit Scanner(std::string_view text) : text_(text) {}
 
    bool document() {
-      bool const whole = value(0);
+      if (!value(0)) {
+         return false;
+      }
       blanks();
-      return whole && at_ == text_.size();
+      return at_ == text_.size();
    }
    std::size_t position() const { return at_; }
 

@@ -181,8 +181,10 @@ void writeStateDir(Snapshot const& snapshot, std::string const& stateDir) {
 }
 
 PrivateStateDir::PrivateStateDir() {
-   for (fs::path const& parent : {fs::path("/dev/shm"), fs::temp_directory_path()}) {
-      path_ = (parent / "kiv.XXXXXX").string();
+   char const* const temporary = std::getenv("TMPDIR");
+   for (std::string_view const parent :
+        {std::string_view("/dev/shm"), std::string_view(temporary != nullptr ? temporary : "/tmp")}) {
+      path_ = std::string(parent) + "/kiv.XXXXXX";
       if (::mkdtemp(path_.data()) != nullptr) {
          return;
       }

@@ -211,6 +211,24 @@ TEST(Output4Test, routeLines) {
        "\n");
 }
 
+TYPED_TEST(OutputTest, nexthopGroupsByNameAndId) {
+   auto& box = this->box_;
+   auto const groups = Zam::makePtr<NexthopGroup::EntryStatus>();
+   groups->nexthopGroupIdIs("web", 7);
+   box.inputs.nexthopGroupEntryStatus = groups;
+   auto const throughGroup = [](U32 id) {
+      Vault::Fib::Via via;
+      via.intfId = Lumen::IntfId::fromNexthopGroup(id);
+      return via;
+   };
+   box.routeIs(TypeParam::nested[0], TypeParam::RouteType::nexthopGroup,
+               box.fecIs(1, {throughGroup(7), throughGroup(8)}));
+   auto const text = box.text();
+   EXPECT_NE(text.find("via web, Nexthop Group ID 7\n"), std::string::npos) << text;
+   EXPECT_NE(text.find("via NexthopGroupUnknown, Nexthop Group ID 8\n"), std::string::npos) << text;
+   EXPECT_NE(box.output(2).find(R"("vias":[{"nexthopGroup":{"groupName":"web","groupId":7}},)"), std::string::npos);
+}
+
 TEST(Output6Test, routeLines) {
    using T = V6::RouteType;
    Box<V6> box;
@@ -226,7 +244,7 @@ TEST(Output6Test, routeLines) {
              "           via fe80::2, Ethernet1\n"
              " C        2001:db8:2::/64 [0/1]\n"
              "           via Ethernet2, directly connected\n"
-             " S L      2001:db8:3::/48 [1/0] (red)\n"
+             " S L      2001:db8:3::/48 [1/0] (source VRF red)\n"
              "           Null0\n"
              "\n");
 }
@@ -244,9 +262,9 @@ TYPED_TEST(OutputTest, hierarchicalViasNestAndLoopsEnd) {
    auto const text = box.text();
    EXPECT_NE(text.find("via " + std::string(TypeParam::hop) + ", Ethernet1"), std::string::npos) << text;
    auto const model = box.model();
-   auto const& vias = model.find("routes")->members.front().second.find("vias")->members;
+   auto const& vias = model.find("routes")->members.front().value.find("vias")->members;
    ASSERT_EQ(vias.size(), 1U);
-   EXPECT_EQ(vias[0].second.find("resolvedVias")->members[0].second.find("nexthopAddr")->text, TypeParam::hop);
+   EXPECT_EQ(vias[0].value.find("resolvedVias")->members[0].value.find("nexthopAddr")->text, TypeParam::hop);
 
    box.fecIs(1, {throughFec(2)});
    box.fecIs(2, {throughFec(1)});

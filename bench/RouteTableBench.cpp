@@ -1,0 +1,172 @@
+#include "Kiv/CliSupport.h"
+#include "Vault/ForwardingStatus.h"
+#include "Vault/RouteStatus.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+// A whole route command over a full IPv4 table: selecting the routes, and printing them in either format. The prefixes
+// come from the file that KIV_BENCH_PREFIXES names, one a line; without it they are made up, with the lengths of an
+// Internet table.
+namespace {
+
+using Kiv::RouteSorter;
+using Vault::Fib::FecId;
+
+constexpr U32 fecs = 10'000;
+constexpr U8 ipv4FecType = 2;
+
+std::vector<Lumen::Prefix> readPrefixes(char const* file) {
+   std::vector<Lumen::Prefix> prefixes;
+   std::ifstream in(file);
+   for (std::string line; std::getline(in, line);) {
+      prefixes.push_back(Lumen::Prefix::parse(line));
+   }
+   return prefixes;
+}
+
+std::vector<Lumen::Prefix> madeUpPrefixes() {
+   // Per mille of the table, by length.
+   constexpr std::pair<U8, double> lengths[] = {{24, 596}, {22, 120}, {23, 107}, {21, 56}, {20, 47},
+                                                {19, 28},  {16, 15},  {18, 15},  {17, 9},  {12, 7}};
+   std::vector<double> weights;
+   for (auto const& [length, weight] : lengths) {
+      weights.push_back(weight);
+   }
+   std::mt19937 random(1);
+   std::discrete_distribution<std::size_t> pick(weights.begin(), weights.end());
+   std::vector<Lumen::Prefix> prefixes;
+   for (int i = 0; i < 1'000'000; ++i) {
+      prefixes.push_back(Lumen::Prefix::masked(Lumen::IpAddr(static_cast<U32>(random())), lengths[pick(random)].first));
+   }
+   std::sort(prefixes.begin(), prefixes.end());
+   prefixes.erase(std::unique(prefixes.begin(), prefixes.end()), prefixes.end());
+   return prefixes;
+}
+
+Vault::Fib::Fec fecOf(U32 id) {
+   Vault::Fib::Fec fec;
+   fec.fecId = FecId::of(ipv4FecType, id + 1);
+   for (U32 i = 0; i <= id % 4 / 2; ++i) {
+      Vault::Fib::Via via;
+      via.intfId = Lumen::IntfId::named("Ethernet" + std::to_string((id + i) % 64 + 1));
+      via.hop = Lumen::IpGenAddr(Lumen::IpAddr(0xc0a80001U + id * 4 + i));
+      fec.vias.push_back(via);
+   }
+   return fec;
+}
+
+// The tables of the box, written in no order; their files are gone before the benchmark starts.
+RouteSorter::Inputs const& fullTable() {
+   static RouteSorter::Inputs const inputs = [] {
+      auto const place = std::filesystem::exists("/dev/shm") ? std::filesystem::path("/dev/shm")
+                                                             : std::filesystem::temp_directory_path();
+      auto const base = (place / ("routeTableBench" + std::to_string(::getpid()))).string();
+      auto const* const file = std::getenv("KIV_BENCH_PREFIXES");
+      auto prefixes = file != nullptr ? readPrefixes(file) : madeUpPrefixes();
+      std::shuffle(prefixes.begin(), prefixes.end(), std::mt19937(2));
+      Vault::Fib::RouteStatusWriter routes(base + "Routes", {static_cast<U32>(prefixes.size())});
+      Vault::Fib::ForwardingStatusWriter forwarding(base + "Fecs", {fecs});
+      for (U32 i = 0; i < fecs; ++i) {
+         forwarding.fecIs(fecOf(i));
+      }
+      for (U32 i = 0; i < prefixes.size(); ++i) {
+         Vault::Fib::Route route;
+         route.prefix = prefixes[i];
+         route.routeType = Routing::Fib::RouteType::eBgp;
+         route.preference = 200;
+         route.metric = i % 300;
+         route.fecId = FecId::of(ipv4FecType, i * 7919ULL % fecs + 1);
+         routes.routeIs(route);
+      }
+      RouteSorter::Inputs made;
+      made.routingStatus = Zam::makePtr<Vault::Fib::RouteStatus>(base + "Routes");
+      made.forwardingStatus = Zam::makePtr<Vault::Fib::ForwardingStatus>(base + "Fecs");
+      std::filesystem::remove(base + "Routes");
+      std::filesystem::remove(base + "Fecs");
+      return made;
+   }();
+   return inputs;
+}
+
+double peakMegabytes() {
+   rusage usage{};
+   ::getrusage(RUSAGE_SELF, &usage);
+   return static_cast<double>(usage.ru_maxrss) / 1024;
+}
+
+Zam::Ptr<RouteSorter> initializedSorter() {
+   auto const sorter = Kiv::routeSorterFactory(fullTable());
+   sorter->handleInitialized();
+   return sorter;
+}
+
+void walkTable(benchmark::State& state) {
+   auto const& table = *fullTable().routingStatus;
+   for (auto _ : state) {
+      U64 sum = 0;
+      table.walk([&](Vault::Fib::Route const& route) { sum += route.fecId.value(); });
+      benchmark::DoNotOptimize(sum);
+   }
+   state.SetItemsProcessed(state.iterations() * static_cast<S64>(table.routes()));
+}
+BENCHMARK(walkTable)->Unit(benchmark::kMillisecond);
+
+void selectRoutes(benchmark::State& state) {
+   fullTable();
+   U32 routes = 0;
+   for (auto _ : state) {
+      auto const sorter = initializedSorter();
+      routes =
+          static_cast<U32>(sorter->sortedRoute().begin() != sorter->sortedRoute().end() ? sorter->sortedRoutes() : 0);
+   }
+   state.SetItemsProcessed(state.iterations() * routes);
+   state.counters["peakMB"] = peakMegabytes();
+}
+BENCHMARK(selectRoutes)->Unit(benchmark::kMillisecond);
+
+void longestMatch(benchmark::State& state) {
+   auto inputs = fullTable();
+   inputs.prefix = Lumen::Prefix::parse("203.0.113.7/32");
+   for (auto _ : state) {
+      auto const sorter = Kiv::routeSorterFactory(inputs);
+      sorter->handleInitialized();
+      benchmark::DoNotOptimize(sorter->sortedRoutes());
+   }
+}
+BENCHMARK(longestMatch)->Unit(benchmark::kMicrosecond);
+
+// Into a file in memory first, which tells the size, then over and over into nothing.
+void printRoutes(benchmark::State& state) {
+   auto const format = static_cast<U32>(state.range(0));
+   auto const sorter = initializedSorter();
+   int const file = ::memfd_create("output", 0);
+   sorter->printRoutes(static_cast<U32>(file), format, false);
+   struct stat output {};
+   ::fstat(file, &output);
+   ::close(file);
+   int const null = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+   for (auto _ : state) {
+      sorter->printRoutes(static_cast<U32>(null), format, false);
+   }
+   ::close(null);
+   state.SetItemsProcessed(state.iterations() * sorter->sortedRoutes());
+   state.SetBytesProcessed(state.iterations() * output.st_size);
+   state.counters["peakMB"] = peakMegabytes();
+}
+BENCHMARK(printRoutes)->Arg(1)->Arg(2)->ArgName("format")->Unit(benchmark::kMillisecond);
+
+}  // namespace
