@@ -46,7 +46,12 @@ void registerSorter(char const* name) {
        .operation("legend", &Sorter::legend)
        .operation("printRoutes", &Sorter::printRoutes)
        .operation("protocolString", &Sorter::protocolString)
-       .operation("longestPrefixMatch", &Sorter::longestPrefixMatch);
+       .operation("longestPrefixMatch", &Sorter::longestPrefixMatch)
+       .operation("sortedRouteIs", &Sorter::sortedRouteIs)
+       .operation("sortedRouteDel", &Sorter::sortedRouteDel)
+       .operation("sortedRouteDelAll", &Sorter::sortedRouteDelAll)
+       .operation("kernelUnprogrammedRouteCounterSmIs", &Sorter::kernelUnprogrammedRouteCounterSmIs)
+       .operation("kernelUnprogrammedRouteCounterSmDel", &Sorter::kernelUnprogrammedRouteCounterSmDel);
 }
 
 }  // namespace

@@ -43,12 +43,14 @@ std::vector<Lumen::Prefix> madeUpPrefixes() {
    constexpr std::pair<U8, double> lengths[] = {{24, 596}, {22, 120}, {23, 107}, {21, 56}, {20, 47},
                                                 {19, 28},  {16, 15},  {18, 15},  {17, 9},  {12, 7}};
    std::vector<double> weights;
+   weights.reserve(std::size(lengths));
    for (auto const& [length, weight] : lengths) {
       weights.push_back(weight);
    }
    std::mt19937 random(1);
    std::discrete_distribution<std::size_t> pick(weights.begin(), weights.end());
    std::vector<Lumen::Prefix> prefixes;
+   prefixes.reserve(1'000'000);
    for (int i = 0; i < 1'000'000; ++i) {
       prefixes.push_back(Lumen::Prefix::masked(Lumen::IpAddr(static_cast<U32>(random())), lengths[pick(random)].first));
    }
@@ -109,7 +111,7 @@ double peakMegabytes() {
 }
 
 Zam::Ptr<RouteSorter> initializedSorter() {
-   auto const sorter = Kiv::routeSorterFactory(fullTable());
+   auto sorter = Kiv::routeSorterFactory(fullTable());
    sorter->handleInitialized();
    return sorter;
 }

@@ -26,14 +26,14 @@ class KIV_EXPORT CachedFec final : public Zam::PtrInterface {
    U32 vias() const noexcept { return static_cast<U32>(via_.size()); }
    void viaIs(CachedVia via, bool value) {
       via_.insertOrReplace(std::move(via), value);
-      textsPrepared = false;
+      textsGone();
    }
    bool viaDel(CachedVia const& via) {
-      textsPrepared = false;
+      textsGone();
       return via_.erase(via);
    }
    void viaDelAll() {
-      textsPrepared = false;
+      textsGone();
       via_.clear();
    }
 
@@ -59,6 +59,12 @@ class KIV_EXPORT CachedFec final : public Zam::PtrInterface {
    U64 weightSum = 0;          // of the primary vias
 
  private:
+   // Vias have moved; what was prepared for their places is no longer theirs.
+   void textsGone() noexcept {
+      textsPrepared = false;
+      preparedVias = 0;
+   }
+
    Vault::Fib::FecId fecId_;
    Vias via_;
 };

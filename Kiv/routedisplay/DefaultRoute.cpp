@@ -6,6 +6,7 @@
 #include "Routing/RouteKey.h"
 #include "cliprint/AttrInfo.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace Kiv {
@@ -31,15 +32,13 @@ typename Family::Prefix defaultPrefix() {
    return {typename Family::Addr(), 0};
 }
 
+// With any preference: a floating static route is configured too.
 template <class Family>
 bool isConfigured(RouteSorterOf<Family> const& sorter) {
    auto const& routeList = sorter.inputs().routeList;
-   if (!routeList) {
-      return false;
-   }
-   Routing::RouteKey key;
-   key.prefix = Lumen::IpGenPrefix(defaultPrefix<Family>());
-   return routeList->route(key) != nullptr;
+   Lumen::IpGenPrefix const prefix(defaultPrefix<Family>());
+   return routeList && std::any_of(routeList->route().begin(), routeList->route().end(),
+                                   [&](auto const& entry) { return entry.key.prefix == prefix; });
 }
 
 template <class Family>

@@ -37,7 +37,7 @@ struct Ipv4 {
 
    // An IPv4 table opens without the lines "Routing entry for" and "Displaying" of an IPv6 one.
    static constexpr bool hasTableHeader = false;
-   // Prefixes of loopback interfaces are shown whichever VRF they came from; IPv6 has no such rule.
+   // The whole prefix of a loopback interface is shown, not its address alone; IPv6 has no such rule.
    static constexpr bool recordsLoopbacks = true;
    // The family's own switch reduces the legend to the IS-IS codes.
    static constexpr bool switchReducesLegend = true;

@@ -1,6 +1,6 @@
 #include "Kiv/routedisplay/FecCache.h"
 
-#include "Kiv/routedisplay/Trace.h"
+#include "Kiv/routedisplay/SafeLookup.h"
 
 #include <algorithm>
 #include <string>
@@ -25,14 +25,13 @@ bool genericFib(RouteSorterOf<Family> const& sorter) {
    return sorter.inputs().forwardingGenStatus != nullptr;
 }
 
-// Safe lookup: a FEC that has vanished reads as an empty one.
+// A FEC that has vanished, or cannot be read, reads as an empty one.
 template <class Fec, class Table>
 Fec lookedUp(Zam::Ptr<Table const> const& table, FecId fecId) {
-   Fec record;
-   if (!table || !table->fec(fecId, record)) {
-      record = Fec{};
-   }
-   return record;
+   return safeLookup(table.get(), [&](Table const& fecs) {
+      Fec record;
+      return fecs.fec(fecId, record) ? record : Fec{};
+   });
 }
 
 template <class Fec>
@@ -62,7 +61,8 @@ void takeVrf(RouteSorterOf<Family> const& sorter, Lumen::IntfId const& intfId, C
    if (!ipStatus || !intfId.isValid()) {
       return;
    }
-   if (auto const* const status = ipStatus->intfStatus(intfId); status != nullptr) {
+   auto const* const status = ipStatus->intfStatus(intfId);
+   if (status != nullptr && status->vrfId != Vrf::VrfIdMap::noVrf) {
       cached.vrfId = status->vrfId;
       cached.vrfName = status->vrfName;
    }
@@ -103,8 +103,9 @@ Zam::String nexthopText(CachedVia const& via) {
 
 template <class Family, class Fec>
 void cachedFecIs(RouteSorterOf<Family>& sorter, FecId fecId, Fec const& record, std::vector<FecId>& pending) {
+   auto const adjType = fecId.adjType();  // raises the range error for a type that there is not
    auto const fec = Zam::makePtr<CachedFec>(fecId);
-   if (std::is_same_v<Family, Ipv4> && fecId.adjType() == adjTypeIpv6 && !genericFib(sorter)) {
+   if (std::is_same_v<Family, Ipv4> && adjType == adjTypeIpv6 && !genericFib(sorter)) {
       sorter.hasV6NexthopIs(true);
    }
    auto const vias = static_cast<U32>(record.vias.size());
@@ -160,6 +161,9 @@ Zam::String interfaceText(CachedVia const& via) {
 template <class Family>
 void prepareViaTexts(RouteSorterOf<Family> const& sorter, CachedFec& fec) {
    auto const& in = sorter.inputs();
+   fec.egressVrf.delAll();
+   fec.interfaceDescription.delAll();
+   fec.weightText.delAll();
    U16 index = 0;
    for (auto const& [via, present] : fec.via()) {
       fec.nexthopAddr.is(index, nexthopText<Family>(via));

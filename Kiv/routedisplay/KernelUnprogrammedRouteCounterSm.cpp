@@ -1,15 +1,15 @@
 #include "Kiv/routedisplay/KernelUnprogrammedRouteCounterSm.h"
 
+#include "Kiv/routedisplay/SafeLookup.h"
+
 namespace Kiv {
 
 KernelUnprogrammedRouteCounterSm::KernelUnprogrammedRouteCounterSm(
     Zam::Ptr<Vault::KernelUnprogrammedRoute::UnprogrammedRoute const> const& table, Vrf::VrfIdMap::VrfId vrfId,
     UnprogrammedRouteCountByVrf& countByVrf)
     : countByVrf_(&countByVrf) {
-   if (!table) {
-      return;
-   }
-   if (auto const count = table->errorCount(vrfId)) {
+   countByVrf.erase(vrfId);
+   if (auto const count = safeLookup(table.get(), [&](auto const& errors) { return errors.errorCount(vrfId); })) {
       countByVrf.insertOrReplace(vrfId, *count);
    }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Kiv/routedisplay/RouteSorter.h"
+#include "Kiv/routedisplay/SafeLookup.h"
 #include "cliprint/RendererV2.h"
 
 // What the route table and the host route table both print around their routes.
@@ -17,14 +18,20 @@ void addHardwareWarning(cliprint::RendererV2& renderer);
 // Nothing for a request time of 0. "quantify" counts from the request, so it includes the creation of the sorter.
 void addTimings(cliprint::RendererV2& renderer, double requestTime, double printStartTime);
 
+// Flushes when the buffer is fuller than the threshold. False when nobody takes the output any more.
+inline bool streams(cliprint::RendererV2& renderer) {
+   if (renderer.fullness() > flushThreshold) {
+      renderer.ioflush();
+   }
+   return renderer.error() == 0;
+}
+
 // Whether routes of the VRF are missing from the hardware.
 template <class Family>
 bool hardwareUnprogrammed(RouteSorterOf<Family> const& sorter) {
-   auto const& status = sorter.inputs().unprogrammedRouteStatus;
-   if (!status) {
-      return false;
-   }
-   auto const count = status->unprogrammedRouteCount(sorter.inputs().vrfId);
+   auto const count = safeLookup(sorter.inputs().unprogrammedRouteStatus.get(), [&](auto const& status) {
+      return status.unprogrammedRouteCount(sorter.inputs().vrfId);
+   });
    return count && count->count != 0;
 }
 
@@ -40,11 +47,8 @@ template <class Family, class Print>
 void printSelected(RouteSorterOf<Family> const& sorter, cliprint::RendererV2& renderer, Print&& print) {
    for (auto const& [prefix, route] : sorter.sortedRoute()) {
       print(route);
-      if (renderer.fullness() > flushThreshold) {
-         renderer.ioflush();
-         if (renderer.error() != 0) {
-            return;
-         }
+      if (!streams(renderer)) {
+         return;
       }
    }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Kiv/routedisplay/RouteSorter.h"
+#include "Kiv/routedisplay/SafeLookup.h"
 #include "Lumen/IpGenPrefix.h"
 
 namespace Kiv {
@@ -16,10 +17,10 @@ class ProgrammedState {
          vrfId_(sorter.inputs().vrfId) {}
 
    bool inHardware(Lumen::IpGenPrefix const& prefix) const {
-      return hardware_ == nullptr || !hardware_->unprogrammed(vrfId_, prefix);
+      return !safeLookup(hardware_, [&](auto const& table) { return table.unprogrammed(vrfId_, prefix); });
    }
    bool inKernel(Lumen::IpGenPrefix const& prefix) const {
-      return kernel_ == nullptr || !kernel_->error(vrfId_, prefix);
+      return !safeLookup(kernel_, [&](auto const& table) { return table.error(vrfId_, prefix); });
    }
 
  private:

@@ -2,6 +2,7 @@
 
 #include "Kiv/KivCliPrint.h"
 #include "Kiv/routedisplay/FecCache.h"
+#include "Kiv/routedisplay/OutputParts.h"
 #include "cliprint/AttrInfo.h"
 #include "cliprint/JsonScope.h"
 
@@ -19,6 +20,8 @@ constexpr std::size_t indent6 = 11;
 constexpr std::size_t indentPerDepth = 4;
 // Vias that resolve through further FECs are printed down to this depth, so that a loop among them ends.
 constexpr U32 maxDepth = 16;
+// Depth alone does not end what FECs with several vias to each other expand to; no real route has this many.
+constexpr U32 maxPrintedVias = 65'536;
 
 constexpr std::string_view unknownNexthopGroup = "NexthopGroupUnknown";
 
@@ -82,6 +85,7 @@ std::string_view RouteRendering<Family>::srcVrfName(Route const& route) const {
 
 template <class Family>
 void RouteRendering<Family>::printRoute(Route const& route) {
+   printedVias_ = 0;
    StringAttrInfo const prefix("prefix", renderer_, route.prefix);
    Line line{route, prefix.getArg().value, preparedFec(route.fecId), srcVrfName(route), {}, {}};
    if (line.hasVias() && line.fec->vias() == 1) {
@@ -220,6 +224,10 @@ bool RouteRendering<Family>::printIpVias(CachedFec const& fec, Layout const& lay
    bool directlyConnected = false;
    U16 index = 0;
    for (auto const& [via, present] : fec.via()) {
+      if (printedVias_ == maxPrintedVias || !streams(renderer_)) {
+         break;
+      }
+      ++printedVias_;
       directlyConnected = printIpVia(fec, via, index, layout) || directlyConnected;
       ++index;
    }

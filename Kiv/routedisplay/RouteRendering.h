@@ -61,6 +61,7 @@ class RouteRendering {
    RouteSorterOf<Family> const& sorter_;
    cliprint::RendererV2& renderer_;
    ProgrammedState programmed_;
+   U32 printedVias_ = 0;  // of the current route
 };
 
 // Adds "(source VRF NAME) ", or "(NAME) " for several sources, and returns its width in columns.

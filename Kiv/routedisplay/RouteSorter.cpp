@@ -83,6 +83,7 @@ bool RouteSorterOf<Family>::kernelUnprogrammed() const {
 template <class Family>
 bool RouteSorterOf<Family>::printRoutes(U32 fd, U32 fmt, bool printVrf) {
    trace(8, "printRoutes", Family::printRoutesName);
+   outputError_ = 0;
    cliprint::CliPrintBuffer buffer(static_cast<int>(fd));
    try {
       auto const renderer = Zam::makePtr<cliprint::RendererV2>(fmt, buffer, true);

@@ -2,9 +2,9 @@
 
 #include "Kiv/routedisplay/FecCache.h"
 #include "Kiv/routedisplay/RouteTypeStrings.h"
+#include "Kiv/routedisplay/SafeLookup.h"
 #include "Kiv/routedisplay/Trace.h"
 #include "Kiv/routedisplay/Watchdog.h"
-#include "Vault/Error.h"
 
 #include <algorithm>
 
@@ -21,7 +21,8 @@ typename Family::AddrWithMask asAddrWithMask(typename Family::Prefix const& pref
 template <class Family>
 bool isOwnPrefix(RouteSorterOf<Family> const& sorter, typename Family::Route const& route) {
    return sorter.isInterfaceAddress(asAddrWithMask<Family>(route.prefix)) ||
-          sorter.isLoopbackPrefix(route.srcVrfId, route.prefix);
+          sorter.isLoopbackPrefix(route.srcVrfId, route.prefix) ||
+          (route.srcVrfId == Vrf::VrfIdMap::noVrf && sorter.isLoopbackPrefix(sorter.inputs().vrfId, route.prefix));
 }
 
 template <class Prefix>
@@ -86,16 +87,7 @@ void filterLongestMatch(RouteSorterOf<Family>& sorter) {
 template <class Family>
 std::optional<typename Family::Route> fibRoute(RouteSorterOf<Family> const& sorter,
                                                typename Family::Prefix const& prefix) {
-   auto const& table = sorter.inputs().routingStatus;
-   if (!table) {
-      return std::nullopt;
-   }
-   try {
-      return table->route(prefix);
-   } catch (Vault::CorruptionError const& e) {
-      table->corruptionIs(e.what());
-      return std::nullopt;
-   }
+   return safeLookup(sorter.inputs().routingStatus.get(), [&](auto const& table) { return table.route(prefix); });
 }
 
 template <class Family>

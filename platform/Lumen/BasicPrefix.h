@@ -104,8 +104,10 @@ class KIV_EXPORT BasicPrefix {
    constexpr bool covers(Addr address) const noexcept { return ((address_ ^ address) & Addr::mask(length_)).isZero(); }
    // The null prefix orders as if its address were all ones: no branch, and nothing compares above it.
    constexpr Addr orderAddress() const noexcept { return isNullPrefix() ? Addr::mask(maxLength) : address_; }
-   constexpr U64 orderWord() const noexcept requires(Addr::width == 32) {
-      return U64{orderAddress().value()} << 8 | length_;
+   // A template, so that only the family whose order fits a word has it.
+   template <class A = Addr>
+   constexpr U64 orderWord() const noexcept {
+      return U64{A(orderAddress()).value()} << 8 | length_;
    }
 
    Addr address_;

@@ -126,7 +126,7 @@ class Ptr {
 // Makes an entity with notification active, as every factory of the library does.
 template <class T, class... Args>
 Ptr<T> makePtr(Args&&... args) {
-   Ptr<T> const object(new T(std::forward<Args>(args)...));
+   Ptr<T> object(new T(std::forward<Args>(args)...));
    object->hasNotificationActiveIs(true);
    return object;
 }

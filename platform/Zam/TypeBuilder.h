@@ -191,9 +191,9 @@ class TypeBuilder {
                  }));
          forEachAttribute<T>([this](auto const& at) {
             if constexpr (std::remove_cvref_t<decltype(at)>::isCollection) {
-               collection(at.name, at.member);
+               this->collection(at.name, at.member);
             } else {
-               attribute(at.name, at.member);
+               this->attribute(at.name, at.member);
             }
          });
       }

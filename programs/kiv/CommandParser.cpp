@@ -174,6 +174,7 @@ class Walk {
 
    [[noreturn]] void wrong(std::string_view what, std::vector<Choice> const& choices) const {
       std::vector<std::string> names;
+      names.reserve(choices.size());
       for (Choice const& choice : choices) {
          names.emplace_back(choice.word.empty() ? choice.clause->parameter : choice.word);
       }

@@ -266,8 +266,17 @@ TYPED_TEST(OutputTest, hierarchicalViasNestAndLoopsEnd) {
    ASSERT_EQ(vias.size(), 1U);
    EXPECT_EQ(vias[0].value.find("resolvedVias")->members[0].value.find("nexthopAddr")->text, TypeParam::hop);
 
-   box.fecIs(1, {throughFec(2)});
-   box.fecIs(2, {throughFec(1)});
+   // Four ways each to the other: without a bound, 4 to the power of 16 vias.
+   auto const fourWays = [&](U64 id) {
+      std::vector<Vault::Fib::Via> ways;
+      for (U32 label = 16; label < 20; ++label) {
+         ways.push_back(throughFec(id));
+         ways.back().label = Lumen::MplsLabel(label);
+      }
+      return ways;
+   };
+   box.fecIs(1, fourWays(2));
+   box.fecIs(2, fourWays(1));
    EXPECT_TRUE(testsupport::StrictJson::parse(box.output(2)));
 }
 
@@ -303,15 +312,26 @@ TEST(HostOutput4Test, hostRoutes) {
        << json;
 }
 
+// A table whose index is junk costs what it holds, and nothing else.
+TYPED_TEST(OutputTest, damagedTablesCostTheirOwnContentOnly) {
+   auto& box = this->box_;
+   box.routeIs(TypeParam::nested[0], TypeParam::ospf);
+   box.hardwareUnprogrammedIs(TypeParam::nested[0]);
+   box.kernelUnprogrammedIs(TypeParam::nested[0]);
+   box.damage("hardware");
+   box.damage("kernel");
+   box.damage("fecs");
+   auto const model = box.model();
+   ASSERT_EQ(model.find("routes")->members.size(), 1U);
+   auto const& route = model.find("routes")->members.front().value;
+   EXPECT_EQ(route.find("hardwareProgrammed")->text, "true");
+   EXPECT_TRUE(route.find("vias")->members.empty());
+}
+
 // What streams out in pieces is what would have been written at once.
 TYPED_TEST(OutputTest, aLargeTableStreams) {
    auto& box = this->box_;
-   for (U32 i = 0; i < 4000; ++i) {
-      std::string const prefix = TypeParam::viasShareRouteLine
-                                     ? "10." + std::to_string(i / 256) + "." + std::to_string(i % 256) + ".0/24"
-                                     : "2001:db8:" + std::to_string(1000 + i) + "::/48";
-      box.routeIs(prefix.c_str(), TypeParam::ospf);
-   }
+   box.manyRoutesAre(4000);
    auto const model = box.model();
    EXPECT_EQ(model.find("routes")->members.size(), 4000U);
    auto const text = box.text();

@@ -5,7 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
-#include <csignal>
+#include <unistd.h>
+#include <thread>
 
 namespace Kiv::Testing {
 
@@ -87,11 +88,12 @@ TEST(RouteSorter4Test, loopbackPrefixesAreShownWhateverTheirMask) {
    Box<V4> box;
    auto const fec = box.fecIs(1, {Box<V4>::via("", "Loopback0")});
    auto const route = box.routeIs("10.1.1.0/24", V4::RouteType::receive, fec);
-   box.leakedRouteIs(route, Box<V4>::vrfId);
    box.interfaceIs("Loopback0", "10.1.1.1/24");
    EXPECT_TRUE(box.selected().empty());
    box.interfaceIs("Loopback0", "10.1.1.1/24", true);
    EXPECT_EQ(box.selected(), std::vector<std::string>{"10.1.1.0/24"});
+   box.leakedRouteIs(route, 8);
+   EXPECT_TRUE(box.selected().empty()) << "it is another VRF's";
 }
 
 TEST(RouteSorter6Test, linkLocalIsShownWithTheHidden) {
@@ -176,6 +178,34 @@ TYPED_TEST(RouteSorterTest, anInterruptEndsTheOutputAndTheNextCommandWorks) {
    EXPECT_FALSE(cliprint::interrupted());
    EXPECT_TRUE(sorter->printRoutes(static_cast<U32>(file.fd()), 2, false));
    EXPECT_TRUE(testsupport::StrictJson::parse(file.text()));
+}
+
+// The reader takes a little, then the user interrupts: what was open stays open, and nothing more comes.
+TYPED_TEST(RouteSorterTest, anInterruptDuringTheWalkCutsTheOutputOff) {
+   auto& box = this->box_;
+   box.manyRoutesAre(4000);
+   auto const sorter = box.sorter();
+   int ends[2];
+   ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+   std::string taken;
+   std::thread reader([&] {
+      char piece[4096];
+      for (ssize_t got = 0; (got = ::read(ends[0], piece, sizeof(piece))) > 0;) {
+         cliprint::interruptedIs(true);
+         taken.append(piece, static_cast<std::size_t>(got));
+      }
+   });
+   ::testing::internal::CaptureStdout();
+   EXPECT_FALSE(sorter->printRoutes(static_cast<U32>(ends[1]), 2, false));
+   EXPECT_EQ(::testing::internal::GetCapturedStdout(),
+             "exiting " + std::string(cliprint::SigIntException().what()) + "\n");
+   ::close(ends[1]);
+   reader.join();
+   ::close(ends[0]);
+   cliprint::resetInterrupted();
+   EXPECT_EQ(taken.rfind("{\"routingDisabled\"", 0), 0U);
+   EXPECT_FALSE(testsupport::StrictJson::parse(taken));
+   EXPECT_EQ(sorter->outputError(), 0);
 }
 
 TYPED_TEST(RouteSorterTest, aFullDiskEndsTheOutputWithItsError) {

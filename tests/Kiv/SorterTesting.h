@@ -122,6 +122,14 @@ class Box {
    Route routeIs(char const* prefix, RouteType type) {
       return routeIs(prefix, type, fecIs(1, {via(Family::hop, "Ethernet1")}));
    }
+   void manyRoutesAre(U32 count) {
+      for (U32 i = 0; i < count; ++i) {
+         auto const text = Family::viasShareRouteLine
+                               ? "10." + std::to_string(i / 256) + "." + std::to_string(i % 256) + ".0/24"
+                               : "2001:db8:" + std::to_string(1000 + i) + "::/48";
+         routeIs(text.c_str(), Family::ospf);
+      }
+   }
    void leakedRouteIs(Route route, U32 srcVrfId) {
       route.srcVrfId = srcVrfId;
       routes_->routeIs(route);
@@ -164,6 +172,16 @@ class Box {
       EXPECT_TRUE(document.has_value()) << json;
       return document.value_or(testsupport::JsonValue());
    }
+   // Fills a table's index with what no index holds.
+   void damage(char const* table) const {
+      auto const path = dir_ / ("state/" + std::string(table));
+      std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+      file.seekg(0, std::ios::end);
+      auto const size = static_cast<std::size_t>(file.tellg());
+      std::string const junk(size - 4096, '\xee');
+      file.seekp(4096);
+      file.write(junk.data(), static_cast<std::streamsize>(junk.size()));
+   }
    // The selected prefixes, in order.
    std::vector<std::string> selected() const {
       std::vector<std::string> prefixes;
@@ -181,7 +199,8 @@ class Box {
    Zam::Ptr<Interface::AllIntfConfigDir> const intfConfig = Zam::makePtr<Interface::AllIntfConfigDir>();
 
  private:
-   Vault::Testing::TempDir dir_;
+   Vault::Testing::TempDir dir_;  // first: the tables go before it
+
    std::optional<Hive::EntityManager> manager_;
    Zam::Ptr<typename Family::RouteWriter> routes_;
    Zam::Ptr<typename Family::FecWriter> fecs_;

@@ -93,7 +93,7 @@ std::string complaintOf(Act&& act) {
 class OtherProcess {
  public:
    template <class Work>
-   explicit OtherProcess(Work&& work) : pid_(::fork()) {
+   explicit OtherProcess(Work const& work) : pid_(::fork()) {
       if (pid_ == 0) {
          try {
             work();
