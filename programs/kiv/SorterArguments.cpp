@@ -7,9 +7,6 @@
 namespace kiv {
 namespace {
 
-// An input that this program has nothing for.
-constexpr std::nullptr_t none = nullptr;
-
 // The members that only one family has, or that it has of its own.
 struct OfFamily {
    state::Inputs::OfVrf vrf;
@@ -33,22 +30,18 @@ std::vector<std::any> tableArguments(state::Inputs const& inputs, OfFamily const
            inputs.forwardingStatus,
            inputs.forwarding6Status,
            inputs.forwardingGenStatus,
-           none,  // tunnel FIB
+           inputs.tunnelFib,
            family.attachedRoutes,
            inputs.vrfIdMap,
            inputs.allIntfConfig,
            family.ipStatus,
            family.hardwareStatus,
            inputs.nexthopGroupEntryStatus,
-           inputs.kernelUnprogrammedRoute,
-           none,  // the eight tunnel tables
-           none,
-           none,
-           none,
-           none,
-           none,
-           none,
-           none};
+           inputs.kernelUnprogrammedRoute};
+}
+
+std::vector<std::any> tunnelTableArguments(state::Inputs const& inputs) {
+   return std::apply([](auto const&... table) { return std::vector<std::any>{table...}; }, inputs.tunnelTables);
 }
 
 std::vector<std::any> requestArguments(state::Inputs::Vrf const& vrf, OfFamily const& family, RouteQuery const& query) {
@@ -57,7 +50,7 @@ std::vector<std::any> requestArguments(state::Inputs::Vrf const& vrf, OfFamily c
    constexpr double noTimings = 0;
    constexpr bool prefixHasMask = false;
    return {family.prefix,
-           none,  // interface of the request
+           nullptr,  // interface of the request
            Zam::String(query.protocol),
            query.showHidden,
            query.longerPrefixes,
@@ -73,8 +66,8 @@ std::vector<std::any> displayArguments(state::Inputs const& inputs) {
    constexpr bool nexthopGroupDisplay = true;
    constexpr bool showLocalInterface = true;
    constexpr bool reserved39 = false;
-   return {none,  // class-based forwarding
-           none,  // SR-TE policies
+   return {inputs.cbfFecOverrideMap,
+           inputs.policyStatus,
            inputs.policyForwardingStatus,
            nexthopGroupDisplay,
            showLocalInterface,
@@ -84,17 +77,16 @@ std::vector<std::any> displayArguments(state::Inputs const& inputs) {
            inputs.l3Config,
            inputs.routeCacheConfig,
            inputs.routeCacheEvpnViaConfig,
-           none};  // second route configuration
+           inputs.secondRouteConfig};
 }
 
 void append(std::vector<std::any>& arguments, std::vector<std::any> more) {
    arguments.insert(arguments.end(), more.begin(), more.end());
 }
 
-// The last ones: protocol tunnel names, flexible algorithms and a switch.
-std::vector<std::any> lastArguments() {
+std::vector<std::any> lastArguments(state::Inputs const& inputs) {
    constexpr bool reserved49 = false;
-   return {none, none, reserved49};
+   return {inputs.protocolTunnelNameStatus, inputs.flexAlgoConfig, reserved49};
 }
 
 }  // namespace
@@ -104,10 +96,11 @@ std::vector<std::any> sorterArguments(state::Inputs& inputs, state::Inputs::Vrf 
                          inputs.ipStatus, inputs.routingHardwareStatus, Lumen::Prefix()};
    constexpr bool isisOnlyLegend = false;
    std::vector<std::any> arguments = tableArguments(inputs, family);
+   append(arguments, tunnelTableArguments(inputs));
    append(arguments, requestArguments(vrf, family, query));
    append(arguments, displayArguments(inputs));
    arguments.emplace_back(isisOnlyLegend);
-   append(arguments, lastArguments());
+   append(arguments, lastArguments(inputs));
    return arguments;
 }
 
@@ -116,10 +109,11 @@ std::vector<std::any> sorter6Arguments(state::Inputs& inputs, state::Inputs::Vrf
                          inputs.ip6Status, inputs.routing6HardwareStatus, Lumen::Ip6Prefix()};
    constexpr bool intfFilter = false;
    std::vector<std::any> arguments = tableArguments(inputs, family);
+   append(arguments, tunnelTableArguments(inputs));
    append(arguments, requestArguments(vrf, family, query));
    arguments.emplace_back(intfFilter);
    append(arguments, displayArguments(inputs));
-   append(arguments, lastArguments());
+   append(arguments, lastArguments(inputs));
    return arguments;
 }
 

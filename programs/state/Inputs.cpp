@@ -45,6 +45,35 @@ Inputs::Table<Table> mounted(std::map<VrfId, Inputs::Table<Table>>& tables, VrfI
    return tables[vrfId] = manager.mount<Table>(std::string(below) + std::to_string(vrfId));
 }
 
+Inputs::Table<Routing::Rib::RouteConfig> routeConfig(State const& state, std::vector<CachedRoute> VrfState::*routes) {
+   auto const config = Zam::makePtr<Routing::Rib::RouteConfig>();
+   for (VrfState const& vrf : state.vrfs) {
+      for (CachedRoute const& route : vrf.*routes) {
+         config->routeIs({{}, route.prefix, vrf.id}, route.entry);
+      }
+   }
+   return config->route().size() != 0 ? config : nullptr;
+}
+
+auto const& tunnelsOf(State const& state, Tunnel::TunnelTable::TunnelEntry const*) {
+   return state.tunnelEntries;
+}
+
+auto const& tunnelsOf(State const& state, Tunnel::TunnelTable::EvpnVxlanTunnelEntry const*) {
+   return state.evpnTunnels;
+}
+
+template <class TunnelTable>
+void addTunnels(Inputs::Table<TunnelTable>& table, State const& state) {
+   auto const filled = Zam::makePtr<TunnelTable>();
+   for (auto const& [tunnelId, entry] : tunnelsOf(state, static_cast<typename TunnelTable::Entry const*>(nullptr))) {
+      if (Tunnel::tunnelType(tunnelId) == TunnelTable::tunnelType) {
+         filled->entryIs(tunnelId, entry);
+      }
+   }
+   table = filled;
+}
+
 }  // namespace
 
 Inputs::Inputs(Zam::Ptr<Hive::EntityManager const> manager, State const& state) : manager_(std::move(manager)) {
@@ -60,6 +89,8 @@ Inputs::Inputs(Zam::Ptr<Hive::EntityManager const> manager, State const& state) 
    vrfsAre(state);
    interfacesAre(state);
    routeCacheIs(state);
+   tunnelsAre(state);
+   policiesAre(state);
 }
 
 void Inputs::routesMounted() {
@@ -137,15 +168,43 @@ void Inputs::routeCacheIs(State const& state) {
       evpn->viaIs(fec.fecId.value(), fec.vias);
    }
    routeCacheEvpnViaConfig = evpn;
-   auto const cache = Zam::makePtr<Routing::Rib::RouteConfig>();
-   for (VrfState const& vrf : state.vrfs) {
-      for (CachedRoute const& route : vrf.routeCache) {
-         cache->routeIs({{}, route.prefix, vrf.id}, route.entry);
-      }
+   routeCacheConfig = routeConfig(state, &VrfState::routeCache);
+   secondRouteConfig = routeConfig(state, &VrfState::secondRouteConfig);
+}
+
+void Inputs::tunnelsAre(State const& state) {
+   auto const fib = Zam::makePtr<Tunnel::TunnelFib::TunnelFib>();
+   for (auto const& tunnel : state.tunnels) {
+      fib->entryIs(tunnel.tunnelId, tunnel.value);
    }
-   if (cache->route().size() != 0) {
-      routeCacheConfig = cache;
+   for (LabelStack const& stack : state.labelStacks) {
+      fib->labelStackEncapIs(stack.id, stack.labels);
    }
+   tunnelFib = fib;
+   std::apply([&state](auto&... table) { (addTunnels(table, state), ...); }, tunnelTables);
+   auto const names = Zam::makePtr<Tunnel::TunnelTable::ProtocolTunnelNameStatus>();
+   for (auto const& tunnel : state.tunnelNames) {
+      names->tunnelNameIs(tunnel.tunnelId, Zam::String(tunnel.value));
+   }
+   protocolTunnelNameStatus = names;
+}
+
+void Inputs::policiesAre(State const& state) {
+   auto const policies = Zam::makePtr<SrTePolicy::PolicyStatus>();
+   for (Policy const& policy : state.policies) {
+      policies->policyIs(policy.key, policy.tunnelId);
+   }
+   policyStatus = policies;
+   auto const overrides = Zam::makePtr<SrTePolicy::CbfFecOverrideMap>();
+   for (FecOverride const& fec : state.fecOverrides) {
+      overrides->fecOverrideIs(fec.fecId.value(), fec.overrideFecId.value());
+   }
+   cbfFecOverrideMap = overrides;
+   auto const algorithms = Zam::makePtr<FlexAlgo::Config>();
+   for (FlexAlgorithm const& algorithm : state.flexAlgorithms) {
+      algorithms->algorithmNameIs(algorithm.id, Zam::String(algorithm.name));
+   }
+   flexAlgoConfig = algorithms;
 }
 
 Inputs mountStateDir(std::string const& stateDir) {

@@ -15,6 +15,11 @@
 #include "Routing/Rib/RouteConfig.h"
 #include "Routing/RouteList.h"
 #include "Routing6/Hardware/Status.h"
+#include "SrTePolicy/CbfFecOverrideMap.h"
+#include "SrTePolicy/PolicyStatus.h"
+#include "Tunnel/TunnelFib/TunnelFib.h"
+#include "Tunnel/TunnelTable/ProtocolTunnelNameStatus.h"
+#include "Tunnel/TunnelTable/TunnelTables.h"
 #include "Vault/ForwardingStatus.h"
 #include "Vault/KernelUnprogrammedRoute.h"
 #include "Vault/RouteStatus.h"
@@ -24,6 +29,7 @@
 
 #include <map>
 #include <optional>
+#include <tuple>
 
 namespace state {
 
@@ -33,6 +39,13 @@ class Inputs {
  public:
    template <class T>
    using Table = Zam::Ptr<T const>;
+
+   // In the order in which the sorters take them.
+   using TunnelTables =
+       std::tuple<Table<Tunnel::TunnelTable::EvpnVxlanTunnelTable>, Table<Tunnel::TunnelTable::IsisSrTunnelTable>,
+                  Table<Tunnel::TunnelTable::StaticTunnelTable>, Table<Tunnel::TunnelTable::LdpTunnelTable>,
+                  Table<Tunnel::TunnelTable::BgpLuTunnelTable>, Table<Tunnel::TunnelTable::NexthopGroupTunnelTable>,
+                  Table<Tunnel::TunnelTable::RsvpLerTunnelTable>, Table<Tunnel::TunnelTable::IsisFlexAlgoTunnelTable>>;
 
    // What each address family has of its own, for one VRF.
    struct OfVrf {
@@ -75,11 +88,21 @@ class Inputs {
    Table<::NexthopGroup::EntryStatus> nexthopGroupEntryStatus{};
    Table<Routing::Rib::RouteConfig> routeCacheConfig{};  // null while the route cache has no routes
    Table<Routing::Rib::RouteCache::Evpn::ViaConfig> routeCacheEvpnViaConfig{};
+   Table<Routing::Rib::RouteConfig> secondRouteConfig{};  // null while it has no routes
+
+   Table<Tunnel::TunnelFib::TunnelFib> tunnelFib{};
+   TunnelTables tunnelTables{};
+   Table<Tunnel::TunnelTable::ProtocolTunnelNameStatus> protocolTunnelNameStatus{};
+   Table<SrTePolicy::PolicyStatus> policyStatus{};
+   Table<SrTePolicy::CbfFecOverrideMap> cbfFecOverrideMap{};
+   Table<FlexAlgo::Config> flexAlgoConfig{};
 
  private:
    void vrfsAre(State const& state);
    void interfacesAre(State const& state);
    void routeCacheIs(State const& state);
+   void tunnelsAre(State const& state);
+   void policiesAre(State const& state);
 
    Zam::Ptr<Hive::EntityManager const> manager_;
    std::vector<Vrf> vrfs_;

@@ -17,6 +17,13 @@ struct Sections {
    std::optional<Node> fecs{};
    std::optional<Node> policyFecs{};
    std::optional<Node> evpnFecs{};
+   std::optional<Node> tunnels{};
+   std::optional<Node> labelStacks{};
+   std::optional<Node> tunnelTables{};
+   std::optional<Node> tunnelNames{};
+   std::optional<Node> policies{};
+   std::optional<Node> fecOverrides{};
+   std::optional<Node> flexAlgorithms{};
 };
 
 constexpr auto snapshotMembers = std::to_array<Member<Sections>>({
@@ -27,6 +34,13 @@ constexpr auto snapshotMembers = std::to_array<Member<Sections>>({
     {"fecs", [](Node const& n, Sections& s) { s.fecs = n; }},
     {"policyFecs", [](Node const& n, Sections& s) { s.policyFecs = n; }},
     {"evpnFecs", [](Node const& n, Sections& s) { s.evpnFecs = n; }},
+    {"tunnels", [](Node const& n, Sections& s) { s.tunnels = n; }},
+    {"labelStacks", [](Node const& n, Sections& s) { s.labelStacks = n; }},
+    {"tunnelTables", [](Node const& n, Sections& s) { s.tunnelTables = n; }},
+    {"tunnelNames", [](Node const& n, Sections& s) { s.tunnelNames = n; }},
+    {"policies", [](Node const& n, Sections& s) { s.policies = n; }},
+    {"fecOverrides", [](Node const& n, Sections& s) { s.fecOverrides = n; }},
+    {"flexAlgorithms", [](Node const& n, Sections& s) { s.flexAlgorithms = n; }},
     {"genericFib", [](Node const& n, Sections& s) { s.context.state.genericFib = n.boolean(); }},
     {"maxViasIpv4", [](Node const& n, Sections& s) { s.context.state.maxVias = n.number<U32>(); }},
     {"maxViasIpv6", [](Node const& n, Sections& s) { s.context.state.maxVias6 = n.number<U32>(); }},
@@ -50,6 +64,13 @@ State readSections(Node const& root, bool fecsElsewhere) {
                                                {&Sections::evpnFecs, readEvpnFecs},
                                                {&Sections::fecs, readFecs},
                                                {&Sections::policyFecs, readPolicyFecs},
+                                               {&Sections::tunnels, readTunnels},
+                                               {&Sections::labelStacks, readLabelStacks},
+                                               {&Sections::tunnelTables, readTunnelTables},
+                                               {&Sections::tunnelNames, readTunnelNames},
+                                               {&Sections::policies, readPolicies},
+                                               {&Sections::fecOverrides, readFecOverrides},
+                                               {&Sections::flexAlgorithms, readFlexAlgorithms},
                                                {&Sections::vrfs, readVrfs}});
    Sections sections;
    sections.context.fecsElsewhere = fecsElsewhere;

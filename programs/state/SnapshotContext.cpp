@@ -101,4 +101,11 @@ Lumen::IpGenAddr genAddrOf(Node const& node) {
    return addr;
 }
 
+void exitIs(Node const& node, Lumen::IntfId& exit, Lumen::IntfId const& intfId) {
+   if (exit.isValid()) {
+      node.fail("the via already leaves through " + exit.stringValue());
+   }
+   exit = intfId;
+}
+
 }  // namespace state

@@ -55,6 +55,25 @@ extern template Lumen::Ip6Prefix prefixOf(Node const& node);
 Lumen::IpGenPrefix genPrefixOf(Node const& node);
 Lumen::IpGenAddr genAddrOf(Node const& node);
 
+// {"type": "isisSr", "index": 5}: the type of a tunnel, by name or number, and its index within it.
+Tunnel::TunnelId tunnelIdOf(Node const& node);
+// Where a via leaves through, which it says but once.
+void exitIs(Node const& node, Lumen::IntfId& exit, Lumen::IntfId const& intfId);
+
+// Reads a list of what has a key of its own; one key twice is an error.
+template <class Item, class Read, class KeyOf>
+void readUnique(Node const& list, std::vector<Item>& items, Read&& read, KeyOf&& keyOf) {
+   Zam::HashMap<std::decay_t<decltype(keyOf(items.front()))>, bool> seen;
+   list.forEachElement([&](Node const& node) {
+      Item item = read(node);
+      if (seen.contains(keyOf(item))) {
+         node.fail("given twice");
+      }
+      seen.insertOrReplace(keyOf(item), true);
+      items.push_back(std::move(item));
+   });
+}
+
 // One of a list of names, or the number behind it.
 template <class Enum, std::size_t Size>
 Enum namedOf(Node const& node, std::array<std::pair<std::string_view, Enum>, Size> const& names) {
@@ -82,5 +101,13 @@ void nameVrfs(Node const& node, Context& context);
 void readVrfs(Node const& node, Context& context);
 void readNexthopGroups(Node const& node, Context& context);
 void readEvpnFecs(Node const& node, Context& context);
+Tunnel::TunnelTable::EvpnVxlanTunnelEntry readEvpnVia(Node const& node, Context const& context);
+void readTunnels(Node const& node, Context& context);
+void readLabelStacks(Node const& node, Context& context);
+void readTunnelTables(Node const& node, Context& context);
+void readTunnelNames(Node const& node, Context& context);
+void readPolicies(Node const& node, Context& context);
+void readFecOverrides(Node const& node, Context& context);
+void readFlexAlgorithms(Node const& node, Context& context);
 
 }  // namespace state

@@ -1,7 +1,5 @@
 #include "programs/state/SnapshotContext.h"
 
-#include "Tunnel/TunnelId.h"
-
 namespace state {
 namespace {
 
@@ -9,7 +7,6 @@ using Vault::Fib::ForwardingAction;
 using Vault::Fib::Via;
 
 constexpr U8 ipv6AdjType = 1;
-constexpr U64 maxTunnelType = ~U64{0} >> Tunnel::tunnelIndexBits;
 
 constexpr auto actionNames = std::to_array<std::pair<std::string_view, ForwardingAction>>(
     {{"forward", ForwardingAction::forward},
@@ -21,37 +18,20 @@ struct ViaTarget {
    Context const& context;
    Via via{};
    bool backup = false;
-
-   void intfIdIs(Node const& node, Lumen::IntfId const& intfId) {
-      if (via.intfId.isValid()) {
-         node.fail("the via already leaves through " + via.intfId.stringValue());
-      }
-      via.intfId = intfId;
-   }
 };
-
-Tunnel::TunnelId tunnelIdOf(Node const& node) {
-   struct Parts {
-      U64 type = 0;
-      U64 index = 0;
-   } parts;
-   static constexpr auto members = std::to_array<Member<Parts>>({
-       {"type", [](Node const& n, Parts& p) { p.type = n.number(maxTunnelType); }, true},
-       {"index", [](Node const& n, Parts& p) { p.index = n.number((U64{1} << Tunnel::tunnelIndexBits) - 1); }, true},
-   });
-   readObject(node, members, parts);
-   return parts.type << Tunnel::tunnelIndexBits | parts.index;
-}
 
 constexpr auto viaMembers = std::to_array<Member<ViaTarget>>({
     {"nexthop", [](Node const& n, ViaTarget& t) { t.via.hop = genAddrOf(n); }},
-    {"interface", [](Node const& n, ViaTarget& t) { t.intfIdIs(n, t.context.interface(n)); }},
+    {"interface", [](Node const& n, ViaTarget& t) { exitIs(n, t.via.intfId, t.context.interface(n)); }},
     {"weight", [](Node const& n, ViaTarget& t) { t.via.weight = Vault::Fib::ViaWeight::fromRaw(n.number<U16>()); }},
     {"label", [](Node const& n, ViaTarget& t) { t.via.label = Vault::Fib::ViaLabel::fromRaw(n.number<U32>()); }},
     {"backup", [](Node const& n, ViaTarget& t) { t.backup = n.boolean(); }},
-    {"fec", [](Node const& n, ViaTarget& t) { t.intfIdIs(n, Lumen::IntfId::fromFecId(t.context.fec(n).value())); }},
+    {"fec",
+     [](Node const& n, ViaTarget& t) { exitIs(n, t.via.intfId, Lumen::IntfId::fromFecId(t.context.fec(n).value())); }},
     {"nexthopGroup",
-     [](Node const& n, ViaTarget& t) { t.intfIdIs(n, Lumen::IntfId::fromNexthopGroup(t.context.nexthopGroup(n))); }},
+     [](Node const& n, ViaTarget& t) {
+        exitIs(n, t.via.intfId, Lumen::IntfId::fromNexthopGroup(t.context.nexthopGroup(n)));
+     }},
     {"tunnel", [](Node const& n, ViaTarget& t) { t.via.tunnelId = tunnelIdOf(n); }},
     {"action", [](Node const& n, ViaTarget& t) { t.via.forwardingAction = namedOf(n, actionNames); }},
     {"forwardingVrf", [](Node const& n, ViaTarget& t) { t.via.forwardingVrf = t.context.vrf(n); }},

@@ -86,6 +86,12 @@ void readNexthopGroups(Node const& node, Context& context) {
    });
 }
 
+Tunnel::TunnelTable::EvpnVxlanTunnelEntry readEvpnVia(Node const& node, Context const& context) {
+   EvpnTarget target{context};
+   readObject(node, evpnMembers, target);
+   return target.via;
+}
+
 void readEvpnFecs(Node const& node, Context& context) {
    node.forEachMember([&](Node const& member) {
       EvpnFec fec{fecIdOf(member, member.key())};
@@ -100,9 +106,7 @@ void readEvpnFecs(Node const& node, Context& context) {
          if (fec.vias.size() > Routing::Rib::RouteCache::Evpn::ViaIndex::max) {
             via.fail("more than 32 vias");
          }
-         EvpnTarget target{context};
-         readObject(via, evpnMembers, target);
-         fec.vias.push_back(target.via);
+         fec.vias.push_back(readEvpnVia(via, context));
       });
       context.state.evpnFecs.push_back(std::move(fec));
    });

@@ -67,20 +67,6 @@ struct VrfTarget {
    VrfState vrf{};
 };
 
-// Reads a list of what has a key of its own; one key twice is an error.
-template <class Item, class Read, class KeyOf>
-void readUnique(Node const& list, std::vector<Item>& items, Read&& read, KeyOf&& keyOf) {
-   Zam::HashMap<std::decay_t<decltype(keyOf(items.front()))>, bool> seen;
-   list.forEachElement([&](Node const& node) {
-      Item item = read(node);
-      if (seen.contains(keyOf(item))) {
-         node.fail("given twice");
-      }
-      seen.insertOrReplace(keyOf(item), true);
-      items.push_back(std::move(item));
-   });
-}
-
 template <class Family>
 void readRoutes(Node const& list, VrfTarget& target) {
    using Route = typename Family::Route;
@@ -199,7 +185,8 @@ constexpr auto cachedMembers = std::to_array<Member<CachedTarget>>({
     {"vias", readConfiguredVias},
 });
 
-void readRouteCache(Node const& list, VrfTarget& target) {
+template <std::vector<CachedRoute> VrfState::*routes>
+void readRouteConfig(Node const& list, VrfTarget& target) {
    auto const read = [&](Node const& node) {
       CachedTarget cached{target.context};
       readObject(node, cachedMembers, cached);
@@ -208,7 +195,7 @@ void readRouteCache(Node const& list, VrfTarget& target) {
       }
       return cached.route;
    };
-   readUnique(list, target.vrf.routeCache, read, [](CachedRoute const& route) { return route.prefix; });
+   readUnique(list, target.vrf.*routes, read, [](CachedRoute const& route) { return route.prefix; });
 }
 
 constexpr auto vrfMembers = std::to_array<Member<VrfTarget>>({
@@ -221,7 +208,8 @@ constexpr auto vrfMembers = std::to_array<Member<VrfTarget>>({
     {"notInKernel", readNotInKernel},
     {"staticRoutes", readStaticRoutes},
     {"attachedRoutes", readAttachedRoutes},
-    {"routeCache", readRouteCache},
+    {"routeCache", readRouteConfig<&VrfState::routeCache>},
+    {"secondRouteConfig", readRouteConfig<&VrfState::secondRouteConfig>},
 });
 
 // The default VRF is number 0, which it need not say; the others have numbers of their own.

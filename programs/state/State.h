@@ -1,13 +1,17 @@
 #pragma once
 
+#include "FlexAlgo/Config.h"
 #include "L3/VrfName.h"
 #include "Lumen/IntfId.h"
 #include "Lumen/Ip6AddrWithMask.h"
 #include "Lumen/IpAddrWithMask.h"
 #include "Lumen/IpGenPrefix.h"
+#include "Lumen/MplsLabelOperation.h"
 #include "Routing/NexthopGroup/NexthopGroupId.h"
 #include "Routing/Rib/RouteConfig.h"
-#include "Tunnel/TunnelTable/EvpnVxlanTunnelEntry.h"
+#include "SrTePolicy/PolicyStatus.h"
+#include "Tunnel/TunnelFib/TunnelFib.h"
+#include "Tunnel/TunnelTable/TunnelTables.h"
 #include "Vault/Fib.h"
 #include "Vrf/VrfId.h"
 
@@ -43,7 +47,7 @@ struct AttachedRoute {
    bool active = true;
 };
 
-// A route that the route cache knows, whether or not the FIB holds it.
+// A route that a route configuration knows, whether or not the FIB holds it.
 struct CachedRoute {
    Lumen::IpGenPrefix prefix{};
    Routing::Rib::RouteConfigEntry entry{};
@@ -61,6 +65,7 @@ struct VrfState {
    std::vector<Routing::RouteKey> configuredRoutes{};
    std::vector<AttachedRoute> attachedRoutes{};
    std::vector<CachedRoute> routeCache{};
+   std::vector<CachedRoute> secondRouteConfig{};
 };
 
 struct NexthopGroup {
@@ -71,6 +76,35 @@ struct NexthopGroup {
 struct EvpnFec {
    Vault::Fib::FecId fecId{};  // of adjacency type 24
    std::vector<Tunnel::TunnelTable::EvpnVxlanTunnelEntry> vias{};
+};
+
+// What a table knows of a tunnel.
+template <class T>
+struct OfTunnel {
+   Tunnel::TunnelId tunnelId = 0;
+   T value{};
+};
+
+struct LabelStack {
+   Tunnel::TunnelFib::EncapId id = 0;
+   Lumen::MplsLabelOperation labels{};
+};
+
+struct Policy {
+   SrTePolicy::PolicyKey key{};
+   Tunnel::TunnelId tunnelId = 0;
+};
+
+struct FecOverride {
+   Vault::Fib::FecId fecId{};
+   Vault::Fib::FecId overrideFecId{};
+};
+
+struct FlexAlgorithm {
+   static constexpr FlexAlgo::AlgorithmId minId = 128;
+
+   FlexAlgo::AlgorithmId id = minId;
+   std::string name{};
 };
 
 struct State {
@@ -85,6 +119,17 @@ struct State {
 
    std::vector<NexthopGroup> nexthopGroups{};
    std::vector<EvpnFec> evpnFecs{};
+
+   std::vector<OfTunnel<Tunnel::TunnelFib::Entry>> tunnels{};
+   std::vector<LabelStack> labelStacks{};
+   // Each in the table of its tunnel's type.
+   std::vector<OfTunnel<Tunnel::TunnelTable::TunnelEntry>> tunnelEntries{};
+   std::vector<OfTunnel<Tunnel::TunnelTable::EvpnVxlanTunnelEntry>> evpnTunnels{};
+   std::vector<OfTunnel<std::string>> tunnelNames{};
+   std::vector<Policy> policies{};
+   std::vector<FecOverride> fecOverrides{};
+   std::vector<FlexAlgorithm> flexAlgorithms{};
+
    // How many vias the hardware takes per route; 0 for no limit.
    U32 maxVias = 0;
    U32 maxVias6 = 0;

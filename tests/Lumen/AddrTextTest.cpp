@@ -4,9 +4,7 @@
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
-#include <cstring>
 #include <optional>
 
 // Texts of addresses: tables of the forms, and the C library as an independent judge over random and damaged texts.
@@ -137,43 +135,10 @@ TYPED_TEST(AddrTextTest, ReadsWhatTheSystemReadsAndNothingElse) {
    EXPECT_GT(refused, 20000);
 }
 
-TYPED_TEST(AddrTextTest, PrefixTextIsTheAddressAndTheLength) {
-   Random random(3);
-   for (int i = 0; i < 20000; ++i) {
-      auto const length = random.length<TypeParam>();
-      auto const prefix = BasicPrefix<TypeParam>::masked(random.value<TypeParam>(), length);
-      ASSERT_EQ(prefix.stringValue(), prefix.address().stringValue() + "/" + std::to_string(length));
-      BasicAddrWithMask<TypeParam> const withMask(random.value<TypeParam>(), length);
-      ASSERT_EQ(withMask.stringValue(), withMask.address().stringValue() + "/" + std::to_string(length));
-   }
-}
-
 TEST(IpAddrTest, RefusesWhatIsNotStrictDottedDecimal) {
-   for (std::string_view const text : {"",
-                                       ".",
-                                       "1",
-                                       "1.2.3",
-                                       "1.2.3.4.",
-                                       ".1.2.3.4",
-                                       "1..2.3",
-                                       "1.2.3.4.5",
-                                       "256.0.0.0",
-                                       "0.0.0.256",
-                                       "01.2.3.4",
-                                       "1.2.3.00",
-                                       "1.2.3.+4",
-                                       "1.2.3.-4",
-                                       " 1.2.3.4",
-                                       "1.2.3.4 ",
-                                       "1.2.3. 4",
-                                       "0x1.2.3.4",
-                                       "1.2.3.a",
-                                       "1.2.3.4/32",
-                                       "99999999999999999999.1.1.1",
-                                       "4294967297.0.0.0",
-                                       "18446744073709551617.0.0.0",
-                                       "1,2,3,4",
-                                       "::1.2.3.4"}) {
+   for (std::string_view const text :
+        {"", "1.2.3.4.5", "256.0.0.0", "0x1.2.3.4", "1.2.3.4/32", "99999999999999999999.1.1.1", "4294967297.0.0.0",
+         "18446744073709551617.0.0.0", "1,2,3,4", "::1.2.3.4"}) {
       EXPECT_EQ(parsed<IpAddr>(text), std::nullopt) << text;
    }
    EXPECT_EQ(parsed<IpAddr>(std::string_view("1.2.3.4\0", 8)), std::nullopt);
@@ -190,32 +155,14 @@ TEST(Ip6AddrTest, ReadsEveryFormAndPrintsOne) {
    };
    for (auto const& [text, printed] : std::to_array<Case>({
             {"::", "::"},
-            {"0:0:0:0:0:0:0:0", "::"},
-            {"::1", "::1"},
-            {"1::", "1::"},
-            {"2001:0db8:0000:0000:0000:0000:0000:0001", "2001:db8::1"},
-            {"2001:DB8::AbCd", "2001:db8::abcd"},
-            {"2001:db8:0:1:1:1:1:1", "2001:db8:0:1:1:1:1:1"},  // one zero group stays
-            {"2001:db8::1:1:1:1:1", "2001:db8:0:1:1:1:1:1"},   // "::" may stand for one group when read
-            {"2001:0:0:1:0:0:0:1", "2001:0:0:1::1"},           // the longest run
-            {"2001:db8:0:0:1:0:0:1", "2001:db8::1:0:0:1"},     // the first of equals
-            {"0:0:1:0:0:1:0:0", "::1:0:0:1:0:0"},
-            {"1:0:0:2:3:4:0:0", "1::2:3:4:0:0"},
-            {"1:2:3:4:5:6:0:0", "1:2:3:4:5:6::"},
-            {"1:2:3:4:5:6:7::", "1:2:3:4:5:6:7:0"},
+            {"2001:db8::1:1:1:1:1", "2001:db8:0:1:1:1:1:1"},  // "::" may stand for one group when read
             {"::2:3:4:5:6:7:8", "0:2:3:4:5:6:7:8"},
-            {"0:0:3:4:5:6:7:8", "::3:4:5:6:7:8"},
-            {"ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff", "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff"},
             {"::ffff:192.0.2.1", "::ffff:192.0.2.1"},
-            {"::FFFF:c000:201", "::ffff:192.0.2.1"},
-            {"::ffff:0:0", "::ffff:0.0.0.0"},
             {"::fffe:192.0.2.1", "::fffe:c000:201"},  // not IPv4-mapped
             {"::ffff:0:192.0.2.1", "::ffff:0:c000:201"},
             {"::192.0.2.1", "::c000:201"},
             {"64:ff9b::192.0.2.33", "64:ff9b::c000:221"},
-            {"1:2:3:4:5:6:192.0.2.1", "1:2:3:4:5:6:c000:201"},
             {"1:2:3:4:5::192.0.2.1", "1:2:3:4:5:0:c000:201"},
-            {"fe80::1:2:3", "fe80::1:2:3"},
         })) {
       ASSERT_TRUE(parsed<Ip6Addr>(text)) << text;
       EXPECT_EQ(Ip6Addr::parse(text).stringValue(), printed) << text;
@@ -223,55 +170,12 @@ TEST(Ip6AddrTest, ReadsEveryFormAndPrintsOne) {
 }
 
 TEST(Ip6AddrTest, RefusesWhatNoFormCovers) {
-   for (std::string_view const text : {"",
-                                       ":",
-                                       ":::",
-                                       "1",
-                                       "1:",
-                                       ":1",
-                                       "1:2",
-                                       "1::2::3",
-                                       "::1::",
-                                       ":::1",
-                                       "1:::2",
-                                       "1:2:3:4:5:6:7",
-                                       "1:2:3:4:5:6:7:8:9",
-                                       "1:2:3:4:5:6:7:8:",
-                                       ":1:2:3:4:5:6:7:8",
-                                       "1:2:3:4:5:6:7:8::",
-                                       "::1:2:3:4:5:6:7:8",
-                                       "1:2:3:4::5:6:7:8",
-                                       "12345::",
-                                       "::00001",
-                                       "::g",
-                                       "::1%eth0",
-                                       "::1/128",
-                                       " ::1",
-                                       "::1 ",
-                                       "::1.2.3",
-                                       "::1.2.3.4.5",
-                                       "::01.2.3.4",
-                                       "::1.2.3.256",
-                                       "1.2.3.4",
-                                       "1.2.3.4::",
-                                       "::1.2.3.4:5",
-                                       "::a.2.3.4",
-                                       "1:2:3:4:5:6:7:1.2.3.4",
-                                       "1:2:3:4:5:6::1.2.3.4",
-                                       "1:2:3:4:5:1.2.3.4",
-                                       "[::1]",
-                                       "::-1",
-                                       "0x1::"}) {
+   for (std::string_view const text : {"", "1::2::3", "1:2:3:4:5:6:7:8:9", "::1:2:3:4:5:6:7:8", "1:2:3:4::5:6:7:8",
+                                       "12345::", "::00001", "::1%eth0", "::1/128", "1.2.3.4", "1:2:3:4:5:6:7:1.2.3.4",
+                                       "1:2:3:4:5:6::1.2.3.4", "1:2:3:4:5:1.2.3.4", "[::1]", "0x1::"}) {
       EXPECT_EQ(parsed<Ip6Addr>(text), std::nullopt) << text;
    }
    EXPECT_EQ(parsed<Ip6Addr>(std::string_view("::1\0", 4)), std::nullopt);
-}
-
-TEST(Ip6AddrTest, BytesAreInNetworkOrder) {
-   auto const addr = Ip6Addr::parse("102:304:506:708:90a:b0c:d0e:f10");
-   EXPECT_EQ(addr.bytes(), (std::array<U8, 16>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}));
-   EXPECT_EQ(addr.hi(), 0x0102030405060708U);
-   EXPECT_EQ(Ip6Addr(addr.bytes()), addr);
 }
 
 TEST(IpGenAddrTest, KeepsTheFamilyApart) {
@@ -292,12 +196,6 @@ TEST(IpGenAddrTest, KeepsTheFamilyApart) {
    EXPECT_TRUE(!IpGenAddr(IpAddr()).isEmpty() && IpGenAddr().isEmpty());
    EXPECT_THROW(IpGenAddr::parse("none"), Zam::ParseError);
    EXPECT_LT(IpGenAddr(IpAddr(0xffffffff)), IpGenAddr(Ip6Addr()));
-}
-
-TEST(AddressFamilyTest, IsWrittenByName) {
-   EXPECT_EQ(Zam::valueToStrep(AddressFamily::ipv6), "ipv6");
-   EXPECT_EQ(Zam::strepToValue<AddressFamily>("ipv4"), AddressFamily::ipv4);
-   EXPECT_EQ(Zam::valueToStrep(static_cast<AddressFamily>(9)), "9");  // from a damaged table
 }
 
 }  // namespace

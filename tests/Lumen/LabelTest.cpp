@@ -68,15 +68,6 @@ TEST(MplsLabelOperationTest, TextNamesTheOperationAndTheStack) {
    expectRangeError([] { MplsLabelOperation::parse("push 1 8388609"); }, labelRange);
 }
 
-TEST(MplsLabelOperationTest, OrdersByOperationThenLabelsShorterFirst) {
-   std::vector<std::string> const sorted{"none", "push", "push 1", "push 1 1", "push 2", "push 10", "swap 1", "pop"};
-   for (std::size_t i = 0; i < sorted.size(); ++i) {
-      for (std::size_t j = 0; j < sorted.size(); ++j) {
-         ASSERT_EQ(MplsLabelOperation::parse(sorted[i]) <=> MplsLabelOperation::parse(sorted[j]), i <=> j);
-      }
-   }
-}
-
 TEST(MplsLabelOperationTest, HoldsSixteenLabels) {
    std::vector<MplsLabel> const labels(MplsLabelOperation::maxLabels, MplsLabel(MplsLabel::luWithdraw));
    MplsLabelOperation full(MplsLabelOperation::Operation::push, labels);

@@ -1,16 +1,9 @@
-#include "Routing/AttachedRouteStatus.h"
 #include "Routing/Rib/RouteCache/Evpn/ViaConfig.h"
-#include "Routing/Rib/RouteConfig.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
 
-using Lumen::IntfId;
-using Lumen::IpGenAddr;
-using Lumen::IpGenPrefix;
-using Routing::Rib::RouteConfig;
-using Routing::Rib::RouteConfigKey;
 using Routing::Rib::RouteCache::Evpn::ViaConfig;
 using Routing::Rib::RouteCache::Evpn::ViaIndex;
 
@@ -60,39 +53,6 @@ TEST(EvpnViaConfig, HoldsUpTo32ViasInOrderAndKeepsThemWhenMoreAreRefused) {
    EXPECT_TRUE(config->fec().contains(fecId));
    config->viaDel(fecId);
    EXPECT_TRUE(config->fec().empty());
-}
-
-TEST(RibRouteConfig, TellsFamiliesAndVrfsApart) {
-   auto const config = Zam::makePtr<RouteConfig>();
-   std::vector<RouteConfigKey> const keys = {{{}, IpGenPrefix::parse("10.0.0.0/8"), 0},
-                                             {{}, IpGenPrefix::parse("a00::/8"), 0},
-                                             {{}, IpGenPrefix::parse("10.0.0.0/8"), 1},
-                                             {{}, IpGenPrefix::parse("10.0.0.0/9"), 0}};
-   for (U64 fecId = 1; auto const& key : keys) {
-      config->routeIs(key, {.fecId = fecId++, .vias = {}});
-   }
-   config->routeDel(keys[2]);
-   EXPECT_EQ(config->route(keys[2]), nullptr);
-   for (std::size_t const kept : {0U, 1U, 3U}) {
-      ASSERT_NE(config->route(keys[kept]), nullptr) << keys[kept];
-      EXPECT_EQ(config->route(keys[kept])->fecId, kept + 1) << keys[kept];
-   }
-}
-
-// A link-local neighbor may be met on several interfaces.
-TEST(AttachedRouteStatus, OneAddressOnTwoInterfacesIsTwoRoutes) {
-   auto const status = Zam::makePtr<Routing::AttachedRouteStatus>();
-   auto const address = IpGenAddr::parse("fe80::1");
-   Routing::AttachedRouteKey const first{{}, IntfId::named("Ethernet1"), address};
-   Routing::AttachedRouteKey const second{{}, IntfId::named("Ethernet2"), address};
-   status->routeIs(first, {{}, 1, true});
-   status->routeIs(second, {{}, 2, true});
-   status->routeIs(first, {{}, 1, false});
-   ASSERT_EQ(status->route().size(), 2U);
-   EXPECT_FALSE(status->route().find(first)->active);
-   status->routeDel(first);
-   ASSERT_EQ(status->route().size(), 1U);
-   EXPECT_EQ(status->route().begin()->key, second);
 }
 
 }  // namespace

@@ -4,9 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <limits>
-#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -78,26 +76,6 @@ S64 twice(S64 number) {
    return 2 * number;
 }
 
-// As many arguments as the largest constructor has.
-template <std::size_t>
-using Number = U16;
-class Wide : public Base {
- public:
-   explicit Wide(U32 sum) : sum_(sum) {}
-   U32 sum() const { return sum_; }
-
- private:
-   U32 sum_;
-};
-template <class Indices>
-struct WideFactory;
-template <std::size_t... I>
-struct WideFactory<std::index_sequence<I...>> {
-   static Zam::Ptr<Wide> make(Number<I>... numbers) {
-      return Zam::makePtr<Wide>(static_cast<U32>(((numbers * (I + 1)) + ... + 0U)));
-   }
-};
-
 void registerTypes() {
    auto& registry = Zam::TypeRegistry::instance();
    registry.value<Point>().operation("moveBy", &Point::moveBy);
@@ -113,9 +91,6 @@ void registerTypes() {
        .operation("adopt", &Walker::adopt)
        .operation("text", &Walker::text)
        .operation("twice", &twice);
-   registry.entity<Wide>("RegistryTest::Wide")
-       .constructor(&WideFactory<std::make_index_sequence<49>>::make)
-       .attribute("sum", &Wide::sum);
 }
 
 }  // namespace TestTypes
@@ -147,18 +122,6 @@ std::string typeErrorOf(Function const& function) {
       return error.what();
    }
    return "no TypeError";
-}
-
-TEST_F(Registry, KnowsTypesByNameAndByObject) {
-   auto const& registry = Zam::TypeRegistry::instance();
-   EXPECT_EQ(registry.type("RegistryTest::Nobody"), nullptr);
-   EXPECT_EQ(registry.typeOf(Point()), &point);
-   EXPECT_EQ(registry.typeOf(Zam::Ptr<Walker const>()), &walker);
-   EXPECT_EQ(registry.typeOf(Zam::Ptr<Walker>()), &walker);
-   EXPECT_EQ(registry.typeOf(1), nullptr);
-   EXPECT_EQ(point.attributes(), (std::vector<std::string_view>{"x", "name", "notes"}));
-   EXPECT_EQ(point.operations(),
-             (std::vector<std::string_view>{"notesIs", "notes", "notesDel", "notesDelAll", "moveBy"}));
 }
 
 TEST_F(Registry, ValuesAreMadeReadAndChangedByName) {
@@ -282,39 +245,6 @@ TEST_F(Registry, ErrorsSayWhatIsWrong) {
         }) {
       EXPECT_EQ(typeErrorOf(use), message);
    }
-}
-
-TEST_F(Registry, FortyNineArgumentsArriveInTheirPlaces) {
-   auto const& wide = type("RegistryTest::Wide");
-   Args arguments(49, 0);
-   U32 expected = 0;
-   for (std::size_t i = 0; i != arguments.size(); ++i) {
-      arguments[i] = i * i;
-      expected += static_cast<U32>(i * i * (i + 1));
-   }
-   EXPECT_EQ(std::any_cast<U32>(wide.attribute(wide.construct(arguments), "sum")), expected);
-   arguments[48] = "last";
-   EXPECT_EQ(typeErrorOf([&] { wide.construct(arguments); }).find("RegistryTest::Wide.constructor: argument 48"), 0U);
-   arguments.pop_back();
-   EXPECT_THROW(wide.construct(arguments), Zam::TypeError);
-}
-
-TEST(Dir, IteratesInNameOrder) {
-   Zam::Dir<Base> dir;
-   for (auto const* const name : {"b", "a", "c", "b"}) {
-      dir.entityIs(name, Zam::makePtr<Base>());
-   }
-   EXPECT_EQ(dir.size(), 3U);
-   std::string names;
-   for (auto const& [name, entity] : dir) {
-      names += name.bytes();
-      EXPECT_EQ(dir.entity(name), entity);
-   }
-   EXPECT_EQ(names, "abc");
-   dir.entityDel("b");
-   EXPECT_EQ(dir.entity("b"), nullptr);
-   dir.entityDelAll();
-   EXPECT_EQ(dir.begin(), dir.end());
 }
 
 }  // namespace

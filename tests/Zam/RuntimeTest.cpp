@@ -1,5 +1,4 @@
 #include "Zam/ActivityLock.h"
-#include "Zam/Clock.h"
 #include "Zam/String.h"
 #include "Zam/Trace.h"
 
@@ -28,12 +27,6 @@ TEST(BoundedString, HoldsAnyBytesUpToItsBound) {
    }
 }
 
-TEST(BoundedString, OrdersBytesAsUnsigned) {
-   EXPECT_LT(Short("a"), Short("\x80"));
-   EXPECT_LT(Short("a"), Short("aa"));
-   EXPECT_LT(Short(std::string_view("a\0", 2)), Short("ab"));
-}
-
 TEST(Trace, SettingNamesSourcesAndLevels) {
    struct Case {
       char const* setting;
@@ -46,15 +39,6 @@ TEST(Trace, SettingNamesSourcesAndLevels) {
          Case{"Kiv/CliSupport=x7:", 0x80}, Case{"Kiv/Cli,Kiv/CliSupport2,kiv/clisupport", 0}, Case{",,,", 0}}) {
       EXPECT_EQ(Zam::traceLevels(setting, "Kiv/CliSupport"), levels) << setting;
    }
-}
-
-TEST(Trace, WritesOnlyWhatIsSwitchedOn) {
-   Zam::TraceHandle trace("Test/Trace");
-   trace.levelsIs(1U << 8U);
-   testing::internal::CaptureStderr();
-   trace(0, "quiet()", "not this");
-   trace(8, "loud()", "value ", 42);
-   EXPECT_EQ(testing::internal::GetCapturedStderr(), "Test/Trace loud(): value 42\n");
 }
 
 TEST(ActivityLock, ScopedUnlockLetsAnotherActivityIn) {
@@ -82,11 +66,6 @@ TEST(ActivityLock, ScopedUnlockOfAThreadWithoutTheLockLeavesItAlone) {
    }).join();
    EXPECT_FALSE(heldThere);
    EXPECT_TRUE(Zam::ActivityLock::held());
-}
-
-TEST(Clock, NeverStepsBack) {
-   double const before = Zam::currentTime();
-   EXPECT_GE(Zam::currentTime(), before);
 }
 
 }  // namespace

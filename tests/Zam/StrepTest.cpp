@@ -15,10 +15,6 @@ constexpr auto zamEnumerators(Colour) {
    return std::to_array<Zam::Enumerator<Colour>>({{Colour::red, "red"}, {Colour::green, "green"}});
 }
 
-struct Entity : Zam::PtrInterface {
-   std::string_view fwkType() const noexcept override { return "TestTypes::Entity"; }
-};
-
 }  // namespace TestTypes
 
 namespace {
@@ -131,14 +127,6 @@ TEST(Strep, EnumeratorsPrintAsTheirNames) {
       EXPECT_THROW(strepToValue<Colour>(text), Zam::ParseError) << text;
    }
    EXPECT_THROW(strepToValue<Colour>("4000000000"), Zam::RangeError);
-}
-
-TEST(Strep, OnlyTheNullPointerIsReadBack) {
-   Zam::Ptr<TestTypes::Entity const> const entity = Zam::makePtr<TestTypes::Entity>();
-   EXPECT_EQ(valueToStrep(Zam::Ptr<TestTypes::Entity>()), "None");
-   EXPECT_EQ(strepToValue<Zam::Ptr<TestTypes::Entity>>("None"), nullptr);
-   EXPECT_EQ(valueToStrep(entity), "Ptr('TestTypes::Entity')");
-   EXPECT_THROW(strepToValue<Zam::Ptr<TestTypes::Entity const>>(valueToStrep(entity)), Zam::ParseError);
 }
 
 }  // namespace

@@ -33,10 +33,6 @@ struct Outer : Zam::ValueType {
    }
 };
 
-struct Nothing : Zam::ValueType {
-   static constexpr auto zamDescription() { return Zam::describe<Nothing>("TestTypes::Nothing"); }
-};
-
 struct Holder : Zam::ValueType {
    U32 tag = 0;
    Zam::OrderedMap<U32, Zam::String> ordered;
@@ -51,7 +47,6 @@ struct Holder : Zam::ValueType {
 
 // What makes a forgotten attribute break the build.
 static_assert(Zam::detail::takesInitializers<Outer, 4> && !Zam::detail::takesInitializers<Outer, 5>);
-static_assert(Zam::detail::takesInitializers<Nothing, 0> && !Zam::detail::takesInitializers<Nothing, 1>);
 
 }  // namespace TestTypes
 
@@ -59,7 +54,6 @@ namespace {
 
 using TestTypes::Holder;
 using TestTypes::Inner;
-using TestTypes::Nothing;
 using TestTypes::Outer;
 using Zam::strepToValue;
 using Zam::valueToStrep;
@@ -124,13 +118,6 @@ TEST(Value, EqualityHashAndTruthSeeEveryAttribute) {
 TEST(Value, SwappedAttributesHashDifferently) {
    EXPECT_NE(Zam::combinedHash(std::size_t(1), std::size_t(2)), Zam::combinedHash(std::size_t(2), std::size_t(1)));
    EXPECT_NE(Zam::combinedHash(std::size_t(1), std::size_t(1)), Zam::combinedHash(std::size_t(2), std::size_t(2)));
-}
-
-TEST(Value, WithoutAttributesTheTextIsEmpty) {
-   EXPECT_EQ(valueToStrep(Nothing()), "");
-   EXPECT_EQ(strepToValue<Nothing>(""), Nothing());
-   EXPECT_THROW(strepToValue<Nothing>("x"), Zam::ParseError);
-   EXPECT_FALSE(isSet(Nothing()));
 }
 
 TEST(Value, CollectionsCountButAreNotWritten) {

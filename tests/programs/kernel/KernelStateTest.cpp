@@ -29,16 +29,4 @@ TEST_P(RecordedMachine, resolvesObjectsToWhatTheRoutesTell) {
    EXPECT_EQ(difference(routeLines(kernel::stateFrom(dumps)), resolved), "");
 }
 
-TEST(RecordedFecs, areSharedByTheRoutesWithTheSameNextHops) {
-   state::State const state = kernel::stateFrom(recordedDumps("up"));
-   auto const& routes = state.vrfs.front().routes;
-   for (std::size_t i = 0; i < state.fecs.size(); ++i) {
-      EXPECT_EQ(state.fecs[i].fecId, Vault::Fib::FecId::of(2, i + 1));
-      for (std::size_t j = 0; j < i; ++j) {
-         EXPECT_NE(state.fecs[i].vias, state.fecs[j].vias);
-      }
-   }
-   EXPECT_LT(state.fecs.size(), routes.size() * 2 / 3);
-}
-
 }  // namespace kernelTest

@@ -12,6 +12,7 @@ namespace state {
 namespace {
 
 namespace fs = std::filesystem;
+using Vault::Fib::FecId;
 
 Snapshot snapshotOf(std::string text) {
    return readSnapshot(JsonDocument::parse("test.json", std::move(text)));
@@ -23,6 +24,7 @@ constexpr char const* odd = R"({
       "red": {"id": 16777214, "ipv4Routing": false,
          "routeCache": [{"prefix": "10.9.0.0/16", "preference": 7, "metric": 9, "fec": "evpn:5"},
                         {"prefix": "fd00::/8", "type": "drop", "vias": [{"nexthop": "::1", "interface": "e1"}]}],
+         "secondRouteConfig": [{"prefix": "10.9.0.0/16", "preference": 8}],
          "ipv6Routes": [{"prefix": "::/0", "type": 200, "vias": []},
                         {"prefix": "::/1", "type": "ospf", "metric": 4294967295, "preference": 255, "sourceVrf": "default",
                          "vias": [{"nexthop": "fe80::1", "interface": "e1"}]}]},
@@ -45,6 +47,21 @@ constexpr char const* odd = R"({
       {"nexthopGroup": "g", "backup": true, "indexedFec": "indexed:3"}], "ipv6:9": []},
    "policyFecs": {"ipv4:1": [{"interface": "e1"}]},
    "evpnFecs": {"evpn:5": [{"vtep": "10.0.0.9", "vni": 5, "routerMac": "00:11:22:33:44:55", "localInterface": "e1"}]},
+   "tunnels": [{"tunnel": {"type": 1048575, "index": 17592186044415},
+                "vias": [{"nexthop": "::1", "interface": "e1", "labelStack": 18446744073709551615}],
+                "backupVias": [{"tunnel": {"type": "ldp", "index": 0}, "labelStack": 404}, {"fec": "ipv6:9"}]}],
+   "labelStacks": [{"id": 18446744073709551615, "labels": "swap 0 1048575"}, {"id": 1, "labels": "pop"}],
+   "tunnelTables": {
+      "static": [{"index": 3, "endpoint": "10.1.0.0/24"}], "ldp": [{"index": 3, "endpoint": "10.2.0.0/24"}],
+      "bgpLu": [{"index": 3, "endpoint": "10.3.0.0/24"}], "isisSr": [{"index": 3, "endpoint": "10.4.0.0/24"}],
+      "isisFlexAlgo": [{"index": 3, "endpoint": "10.5.0.0/24"}], "rsvpLer": [{"index": 3, "endpoint": "10.6.0.0/24"}],
+      "nexthopGroup": [{"index": 3, "endpoint": "10.11.0.0/24"}, {"index": 0, "endpoint": "::/0"}],
+      "evpnVxlan": [{"index": 3, "via": {"vtep": "10.9.0.0", "vni": 5, "routerMac": "00:11:22:33:44:55"}}]},
+   "tunnelNames": [{"tunnel": {"type": "rsvpLer", "index": 3}, "name": "a\u0000b"}],
+   "policies": [{"endpoint": "::9", "color": 4294967295, "tunnel": {"type": "isisSr", "index": 3}},
+                {"endpoint": "::9", "color": 0, "tunnel": {"type": "isisSr", "index": 4}}],
+   "fecOverrides": [{"fec": "255:72057594037927935", "override": "evpn:5"}],
+   "flexAlgorithms": {"low": 128, "high": 255},
    "maxViasIpv4": 128})";
 
 class StateDir : public testing::Test {
@@ -130,6 +147,52 @@ void expectOddEntities(Inputs const& inputs) {
    EXPECT_EQ(inputs.routeCacheEvpnViaConfig->via(cached->fecId)[0].localIntf, e1);
 }
 
+// Every table holds the tunnel of index 3, and what it leads to tells the type.
+template <class TunnelTable>
+void expectTunnelTable(TunnelTable const& table) {
+   constexpr auto type = TunnelTable::tunnelType;
+   auto const* const entry = table.entry(Tunnel::tunnelIdOf(type, 3));
+   ASSERT_NE(entry, nullptr) << table.fwkType();
+   std::string const expected = "10." + std::to_string(static_cast<U32>(type));
+   if constexpr (type == Tunnel::TunnelType::evpnVxlan) {
+      EXPECT_EQ(entry->vtepAddr.stringValue(), expected + ".0.0");
+   } else {
+      EXPECT_EQ(entry->endpoint.stringValue(), expected + ".0.0/24");
+   }
+   EXPECT_EQ(table.entry().size(), type == Tunnel::TunnelType::nexthopGroup ? 2U : 1U);
+}
+
+void expectOddTunnels(Inputs const& inputs) {
+   auto const* const tunnel = inputs.tunnelFib->entry(~U64{0});
+   ASSERT_NE(tunnel, nullptr);
+   ASSERT_EQ(tunnel->vias.size(), 1U);
+   EXPECT_EQ(tunnel->vias[0].hop.stringValue(), "::1");
+   ASSERT_NE(inputs.tunnelFib->labelStackEncap(tunnel->vias[0].encapId), nullptr);
+   EXPECT_EQ(inputs.tunnelFib->labelStackEncap(tunnel->vias[0].encapId)->stringValue(), "swap 0 1048575");
+   ASSERT_EQ(tunnel->backupVias.size(), 2U);
+   EXPECT_EQ(tunnel->backupVias[0].intfId.tunnelId(), Tunnel::tunnelIdOf(Tunnel::TunnelType::ldp, 0));
+   EXPECT_EQ(tunnel->backupVias[0].encapId, 404U);
+   EXPECT_EQ(tunnel->backupVias[1].intfId.fecId(), FecId::of(1, 9).value());
+   std::apply([](auto const&... table) { (expectTunnelTable(*table), ...); }, inputs.tunnelTables);
+   auto const* const name =
+       inputs.protocolTunnelNameStatus->tunnelName(Tunnel::tunnelIdOf(Tunnel::TunnelType::rsvpLer, 3));
+   ASSERT_NE(name, nullptr);
+   EXPECT_EQ(*name, Zam::String(std::string("a\0b", 3)));
+   auto const* const policy = inputs.policyStatus->policy({{}, Lumen::IpGenAddr::parse("::9"), 4294967295U});
+   ASSERT_NE(policy, nullptr);
+   EXPECT_EQ(*policy, Tunnel::tunnelIdOf(Tunnel::TunnelType::isisSr, 3));
+   EXPECT_EQ(inputs.policyStatus->policy().size(), 2U);
+   ASSERT_NE(inputs.cbfFecOverrideMap->fecOverride(~U64{0}), nullptr);
+   EXPECT_EQ(*inputs.cbfFecOverrideMap->fecOverride(~U64{0}), FecId::of(24, 5).value());
+   ASSERT_NE(inputs.flexAlgoConfig->algorithmName(255), nullptr);
+   EXPECT_EQ(*inputs.flexAlgoConfig->algorithmName(255), "high");
+   ASSERT_EQ(inputs.secondRouteConfig->route().size(), 1U);
+   auto const* const route =
+       inputs.secondRouteConfig->route({{}, Lumen::IpGenPrefix(Lumen::Prefix::parse("10.9.0.0/16")), 16777214});
+   ASSERT_NE(route, nullptr);
+   EXPECT_EQ(route->preference, 8);
+}
+
 TEST_F(StateDir, HoldsWhatTheSnapshotSays) {
    Snapshot const snapshot = snapshotOf(odd);
    ASSERT_EQ(snapshot.state.vrfs.front().routes.size(), 5U);
@@ -137,12 +200,14 @@ TEST_F(StateDir, HoldsWhatTheSnapshotSays) {
    Inputs loaded = mountStateDir(place_.string());
    expectTables(snapshot.state, loaded);
    expectOddEntities(loaded);
+   expectOddTunnels(loaded);
    EXPECT_EQ(filesBeside(), 1U);
 
    // The same without a directory; nothing of it is left behind.
    Inputs inPrivate = mountPrivately(snapshot.state);
    expectTables(snapshot.state, inPrivate);
    expectOddEntities(inPrivate);
+   expectOddTunnels(inPrivate);
    EXPECT_FALSE(fs::exists(fs::path(inPrivate.forwardingStatus->path())));
 }
 
