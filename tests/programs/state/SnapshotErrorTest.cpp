@@ -120,7 +120,7 @@ TEST(SnapshotErrors, NameTheFileThePlaceTheValueAndTheReason) {
         "not one of static ldp bgpLu isisSr isisFlexAlgo rsvpLer evpnVxlan nexthopGroup"},
        {R"({"nexthopGroups": {"g": 5}, "tunnels": [{"tunnel": {"type": 1, "index": 1},
             "backupVias": [{"nexthopGroup": "g", "tunnel": {"type": 1, "index": 2}}]}]})",
-        "f.json: tunnels[0].backupVias[0].tunnel: {...}: the via already leaves through NexthopGroup5"},
+        "f.json: tunnels[0].backupVias[0].tunnel: {...}: the via already leaves through NexthopGroup(5)"},
        {R"({"labelStacks": [{"id": 0, "labels": "pop"}]})", "f.json: labelStacks[0].id: 0: 0 is no label stack"},
        {R"({"labelStacks": [{"id": 1, "labels": "push 8388609"}]})",
         R"(f.json: labelStacks[0].labels: "push 8388609": not a label operation such as push 100 200)"},
