@@ -1,9 +1,29 @@
-# One GoogleTest binary per folder of tests/: tests/X/**.cpp -> XTest.
+# One GoogleTest binary per folder of tests/: tests/X/**.cpp -> XTest. What is in tests/support they all link.
 find_package(GTest REQUIRED)
 include(GoogleTest)
+if(NOT TARGET PkgConfig::simdjson)
+   pkg_check_modules(simdjson REQUIRED IMPORTED_TARGET simdjson)
+endif()
+
+# Optimising the tests' own code would take most of the time of a build and gain little; what they test is optimised as
+# ever. They share one precompiled header, for which they must be compiled alike.
+function(kiv_test_target target)
+   set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+   target_include_directories(${target} PRIVATE
+      ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/platform ${PROJECT_SOURCE_DIR}/tests)
+   target_compile_definitions(${target} PRIVATE KIV_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
+      KIV_PROGRAM="${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/kiv")
+   target_compile_options(${target} PRIVATE -O0 $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)  # the latter for ccache
+   target_link_libraries(${target} PRIVATE kiv_warnings GTest::gtest_main PkgConfig::simdjson)
+endfunction()
+
+file(GLOB sources CONFIGURE_DEPENDS tests/support/*.cpp)
+add_library(testsupport STATIC ${sources})
+kiv_test_target(testsupport)
+target_precompile_headers(testsupport PRIVATE tests/support/Testing.h)
 
 file(GLOB folders RELATIVE ${PROJECT_SOURCE_DIR}/tests CONFIGURE_DEPENDS tests/*)
-list(REMOVE_ITEM folders install)
+list(REMOVE_ITEM folders install support)
 foreach(folder IN LISTS folders)
    file(GLOB_RECURSE sources CONFIGURE_DEPENDS tests/${folder}/*.cpp)
    if(NOT sources)
@@ -12,13 +32,12 @@ foreach(folder IN LISTS folders)
    set(test ${folder}Test)
    add_executable(${test} ${sources})
    set_target_properties(${test} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
+   kiv_test_target(${test})
+   target_precompile_headers(${test} REUSE_FROM testsupport)
    kiv_floors_up_to(${folder} floors)
    kiv_link_floors(${test} ${floors})
-   target_include_directories(${test} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
-   target_compile_definitions(${test} PRIVATE KIV_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
-      KIV_PROGRAM="${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/kiv")
    target_link_options(${test} PRIVATE ${kiv_no_lto_link})
-   target_link_libraries(${test} PRIVATE kiv_warnings GTest::gtest_main)
+   target_link_libraries(${test} PRIVATE testsupport)
    if(NOT folder STREQUAL "Kiv" AND NOT IS_DIRECTORY ${PROJECT_SOURCE_DIR}/platform/${folder})
       if(TARGET programs)
          target_link_libraries(${test} PRIVATE programs)

@@ -3,11 +3,7 @@
 #include "Vault/KernelUnprogrammedRoute.h"
 #include "Vault/RouteStatus.h"
 #include "Vault/UnprogrammedRouteStatus.h"
-
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
+#include "support/Testing.h"
 
 namespace Hive {
 
@@ -17,25 +13,13 @@ namespace fs = std::filesystem;
 
 class EntityManagerTest : public ::testing::Test {
  protected:
-   EntityManagerTest() {
-      std::string name = fs::temp_directory_path() / "hiveTestXXXXXX";
-      root_ = ::mkdtemp(name.data());
-      dir_ = root_ / "state" / "box";
-   }
-   ~EntityManagerTest() override { fs::remove_all(root_); }
-
    std::string complaint() const {
-      try {
-         EntityManager const manager{dir_.string()};
-      } catch (StateError const& error) {
-         return error.what();
-      }
-      return "";
+      return testsupport::complaintOf<StateError>([this] { EntityManager{dir_.string()}; });
    }
    void stampIs(std::string_view text) const { std::ofstream(dir_ / "hive.json") << text; }
 
-   fs::path root_;
-   fs::path dir_;
+   testsupport::TempDir root_;
+   fs::path dir_ = fs::path(root_ / "state") / "box";
 };
 
 }  // namespace

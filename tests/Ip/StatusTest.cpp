@@ -1,10 +1,7 @@
 #include "Ip/Status.h"
 
 #include "Ip6/Status.h"
-
-#include <gtest/gtest.h>
-
-#include <tuple>
+#include "support/Testing.h"
 
 namespace {
 

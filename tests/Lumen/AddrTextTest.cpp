@@ -2,10 +2,6 @@
 #include "Zam/Error.h"
 
 #include <arpa/inet.h>
-#include <gtest/gtest.h>
-
-#include <array>
-#include <optional>
 
 // Texts of addresses: tables of the forms, and the C library as an independent judge over random and damaged texts.
 namespace Lumen::Test {

@@ -1,10 +1,6 @@
 #include "Lumen/IntfId.h"
 #include "Zam/Error.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "support/Testing.h"
 
 namespace Lumen::Test {
 namespace {
@@ -13,12 +9,8 @@ TEST(IntfIdTest, NamesAreBounded) {
    std::string const longest = "Port-Channel12345/1.409";
    ASSERT_EQ(longest.size(), IntfId::maxNameLength);
    EXPECT_EQ(IntfId::named(longest).name(), longest);
-   try {
-      IntfId::named(longest + "4");
-      FAIL() << "a name of 24 bytes was taken";
-   } catch (Zam::RangeError const& error) {
-      EXPECT_STREQ(error.what(), "Lumen::IntfId::name > maxLength() not allowed");
-   }
+   EXPECT_EQ(testsupport::complaintOf<Zam::RangeError>([&] { IntfId::named(longest + "4"); }),
+             "Lumen::IntfId::name > maxLength() not allowed");
    EXPECT_THROW(IntfId::parse(longest + "4"), Zam::RangeError);
    EXPECT_THROW(IntfId::named(""), Zam::ParseError);
    for (std::string const bad : {" ", "eth 0", "eth0 ", "\teth0", "eth0\n", "e\x01", "e\x7f"}) {
@@ -75,6 +67,8 @@ TEST(IntfIdTest, OrdersByKindThenNaturally) {
                                   "1",
                                   "2",
                                   "10",
+                                  "18446744073709551616",
+                                  "18446744073709551617",
                                   "Ethernet",
                                   "Ethernet01",
                                   "Ethernet1",
@@ -91,9 +85,6 @@ TEST(IntfIdTest, OrdersByKindThenNaturally) {
                                   "\xc3\xa9"}) {
       sorted.push_back(IntfId::named(name));
    }
-   // Digit runs above every integer type.
-   sorted.insert(sorted.begin() + 8, IntfId::named("18446744073709551616"));
-   sorted.insert(sorted.begin() + 9, IntfId::named("18446744073709551617"));
    for (U64 const id : {U64{0}, U64{255}, U64{256}, ~U64{0}}) {
       sorted.push_back(IntfId::fromFecId(id));
    }

@@ -2,10 +2,7 @@
 #include "Lumen/MplsLabelOperation.h"
 #include "Lumen/Vni.h"
 #include "Zam/Error.h"
-
-#include <gtest/gtest.h>
-
-#include <vector>
+#include "support/Testing.h"
 
 // Labels, label stacks, VNIs and MAC addresses.
 namespace Lumen::Test {
@@ -16,12 +13,7 @@ constexpr auto labelRange =
 
 template <class F>
 void expectRangeError(F&& act, char const* message) {
-   try {
-      act();
-      ADD_FAILURE() << "out of range, yet taken";
-   } catch (Zam::RangeError const& error) {
-      EXPECT_STREQ(error.what(), message);
-   }
+   EXPECT_EQ(testsupport::complaintOf<Zam::RangeError>(act), message);
 }
 
 template <class T>

@@ -1,24 +1,10 @@
 #include "Lumen/RandomValues.h"
 #include "Zam/Error.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <set>
-#include <vector>
-
 namespace Lumen::Test {
 namespace {
 
-template <class T, class F>
-std::string messageOf(F&& act) {
-   try {
-      act();
-   } catch (T const& error) {
-      return error.what();
-   }
-   return "nothing was thrown";
-}
+using testsupport::complaintOf;
 
 bool bit(IpAddr addr, unsigned i) {
    return (addr.value() >> (31 - i) & 1U) != 0;
@@ -120,24 +106,24 @@ TYPED_TEST(PrefixTest, HostBitsAndLengthsAreChecked) {
    auto const length = "::length > maxLength not allowed";
    auto const address = TypeParam::mask(P::maxLength);
    for (U8 bits = 0; bits < P::maxLength; ++bits) {
-      ASSERT_EQ(messageOf<Zam::RangeError>([&] { P(address, bits); }), hostBits);
-      ASSERT_EQ(messageOf<Zam::RangeError>([&] { P(address ^ TypeParam::mask(P::maxLength - 1), bits); }), hostBits);
+      ASSERT_EQ(complaintOf<Zam::RangeError>([&] { P(address, bits); }), hostBits);
+      ASSERT_EQ(complaintOf<Zam::RangeError>([&] { P(address ^ TypeParam::mask(P::maxLength - 1), bits); }), hostBits);
       ASSERT_EQ(P(TypeParam::mask(bits), bits), P::masked(address, bits));
       ASSERT_EQ(WithMask(address, bits).subnet(), P::masked(address, bits));
    }
    for (unsigned const tooLong : {P::maxLength + 1U, 0xfeU, 0xffU}) {
       auto const bits = static_cast<U8>(tooLong);
-      EXPECT_EQ(messageOf<Zam::RangeError>([&] { P(TypeParam(), bits); }), type + length);
-      EXPECT_EQ(messageOf<Zam::RangeError>([&] { P::masked(address, bits); }), type + length);
-      EXPECT_EQ(messageOf<Zam::RangeError>([&] { WithMask(address, bits); }), maskType + length);
+      EXPECT_EQ(complaintOf<Zam::RangeError>([&] { P(TypeParam(), bits); }), type + length);
+      EXPECT_EQ(complaintOf<Zam::RangeError>([&] { P::masked(address, bits); }), type + length);
+      EXPECT_EQ(complaintOf<Zam::RangeError>([&] { WithMask(address, bits); }), maskType + length);
    }
    std::string const zero = v4 ? "0.0.0.0" : "::";
    for (auto const& tooLong : {std::to_string(P::maxLength + 1), std::string("255"), std::string("256"),
                                std::string("4294967296"), std::string("18446744073709551616")}) {
-      EXPECT_EQ(messageOf<Zam::RangeError>([&] { P::parse(zero + "/" + tooLong); }), type + length) << tooLong;
-      EXPECT_EQ(messageOf<Zam::RangeError>([&] { WithMask::parse(zero + "/" + tooLong); }), maskType + length);
+      EXPECT_EQ(complaintOf<Zam::RangeError>([&] { P::parse(zero + "/" + tooLong); }), type + length) << tooLong;
+      EXPECT_EQ(complaintOf<Zam::RangeError>([&] { WithMask::parse(zero + "/" + tooLong); }), maskType + length);
    }
-   EXPECT_EQ(messageOf<Zam::RangeError>([&] { P::parse(address.stringValue() + "/8"); }), hostBits);
+   EXPECT_EQ(complaintOf<Zam::RangeError>([&] { P::parse(address.stringValue() + "/8"); }), hostBits);
 }
 
 TYPED_TEST(PrefixTest, MalformedTextIsNoRangeError) {
@@ -153,7 +139,7 @@ TYPED_TEST(PrefixTest, MalformedTextIsNoRangeError) {
       EXPECT_THROW(P::parse(text), Zam::ParseError) << text;
       EXPECT_THROW(IpGenPrefix::parse(text), Zam::ParseError) << text;
    }
-   EXPECT_EQ(messageOf<Zam::ParseError>([] { Prefix::parse("10.0.0.0"); }),
+   EXPECT_EQ(complaintOf<Zam::ParseError>([] { Prefix::parse("10.0.0.0"); }),
              "expected an IPv4 prefix a.b.c.d/length, found \"10.0.0.0\"");
 }
 

@@ -8,9 +8,7 @@
 #include "Lumen/IpGenPrefix.h"
 #include "Lumen/MplsLabelOperation.h"
 #include "Lumen/Vni.h"
-
-#include <random>
-#include <string>
+#include "support/Testing.h"
 
 // Random values that crowd where faults are: few distinct bits, runs of zeros and of ones, lengths at the ends, values
 // that are nearly the same as others.

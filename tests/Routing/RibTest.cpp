@@ -1,8 +1,5 @@
 #include "Routing/Rib/RouteCache/Evpn/ViaConfig.h"
-
-#include <gtest/gtest.h>
-
-#include <limits>
+#include "support/Testing.h"
 
 using Routing::Rib::RouteCache::Evpn::ViaConfig;
 using Routing::Rib::RouteCache::Evpn::ViaIndex;
@@ -12,16 +9,6 @@ namespace {
 constexpr char const* viaIndexMessage =
     "Routing::Rib::RouteCache::Evpn::ViaIndex::value < Routing::Rib::RouteCache::Evpn::ViaIndex::min or > "
     "Routing::Rib::RouteCache::Evpn::ViaIndex::max not allowed";
-
-template <class Function>
-std::string rangeErrorOf(Function&& function) {
-   try {
-      function();
-   } catch (Zam::RangeError const& error) {
-      return error.what();
-   }
-   return "no error";
-}
 
 std::vector<ViaConfig::Via> evpnVias(std::size_t count) {
    std::vector<ViaConfig::Via> vias(count);
@@ -34,7 +21,7 @@ std::vector<ViaConfig::Via> evpnVias(std::size_t count) {
 TEST(EvpnViaIndex, RangeDoesNotWrap) {
    EXPECT_EQ(ViaIndex(31).value(), 31);
    for (std::size_t const beyond : {std::size_t{32}, std::size_t{256}, std::numeric_limits<std::size_t>::max()}) {
-      EXPECT_EQ(rangeErrorOf([beyond] { ViaIndex{beyond}; }), viaIndexMessage) << beyond;
+      EXPECT_EQ(testsupport::complaintOf<Zam::RangeError>([beyond] { ViaIndex{beyond}; }), viaIndexMessage) << beyond;
    }
 }
 
@@ -43,7 +30,7 @@ TEST(EvpnViaConfig, HoldsUpTo32ViasInOrderAndKeepsThemWhenMoreAreRefused) {
    constexpr U64 fecId = U64{24} << 56 | 1;
    EXPECT_TRUE(config->via(fecId).empty());
    config->viaIs(fecId, evpnVias(32));
-   EXPECT_EQ(rangeErrorOf([&] { config->viaIs(fecId, evpnVias(33)); }), viaIndexMessage);
+   EXPECT_EQ(testsupport::complaintOf<Zam::RangeError>([&] { config->viaIs(fecId, evpnVias(33)); }), viaIndexMessage);
    auto const vias = config->via(fecId);
    ASSERT_EQ(vias.size(), 32U);
    EXPECT_EQ(vias.back().vni, Lumen::Vni(32));

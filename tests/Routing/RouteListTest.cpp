@@ -1,8 +1,5 @@
 #include "Routing/RouteList.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
+#include "support/Testing.h"
 
 using Lumen::IpGenPrefix;
 using Routing::RouteKey;

@@ -1,6 +1,5 @@
 #include "Tunnel/TunnelTable/TunnelTables.h"
-
-#include <gtest/gtest.h>
+#include "support/Testing.h"
 
 using Tunnel::TunnelId;
 using Tunnel::TunnelType;
@@ -35,12 +34,8 @@ TYPED_TEST(TunnelTables, TakeTunnelsOfTheirTypeOnly) {
    auto const own = Tunnel::tunnelIdOf(TypeParam::tunnelType, 1);
    table->entryIs(own, {});
    for (auto const& other : {TunnelId{1}, Tunnel::tunnelIdOf(static_cast<TunnelType>(12), 1), own << 1}) {
-      try {
-         table->entryIs(other, {});
-         ADD_FAILURE() << other;
-      } catch (Zam::RangeError const& error) {
-         EXPECT_STREQ(error.what(), "Tunnel::TunnelTable::tunnelId of another tunnel type not allowed");
-      }
+      EXPECT_EQ(testsupport::complaintOf<Zam::RangeError>([&] { table->entryIs(other, {}); }),
+                "Tunnel::TunnelTable::tunnelId of another tunnel type not allowed");
       EXPECT_EQ(table->entry(other), nullptr);
    }
    EXPECT_NE(table->entry(own), nullptr);

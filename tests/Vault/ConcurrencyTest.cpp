@@ -1,8 +1,5 @@
 #include "VaultTesting.h"
 
-#include <array>
-#include <vector>
-
 // Readers against a writer in another process that changes the tables as fast as it can.
 namespace Vault::Testing {
 
@@ -20,7 +17,7 @@ bool isWhole(typename Family::Route const& route) {
 }  // namespace
 
 template <class Family>
-class ConcurrentRouteTest : public ::testing::Test {
+class ConcurrentRouteTest : public TableTest {
  protected:
    // The routes below `staying` are changed and never go; those above come and go, and take each other's slots.
    static void write(typename Family::Writer& writer, Random& random) {
@@ -32,9 +29,6 @@ class ConcurrentRouteTest : public ::testing::Test {
          writer.routeDel(prefix);
       }
    }
-
-   TempDir dir_;
-   std::string const path_ = dir_ / "table";
 };
 TYPED_TEST_SUITE(ConcurrentRouteTest, RouteFamilies);
 
@@ -153,9 +147,9 @@ TYPED_TEST(ConcurrentRouteTest, aWriterMayEndAnywhere) {
    this->RecordProperty("repaired", static_cast<int>(repaired));
 }
 
-TEST(ConcurrentFecTest, aFecIsReadAsItWasWrittenOrNotAtAll) {
-   TempDir const dir;
-   std::string const path = dir / "table";
+using ConcurrentFecTest = TableTest;
+
+TEST_F(ConcurrentFecTest, aFecIsReadAsItWasWrittenOrNotAtAll) {
    using Fec = Fib6::Fec;
    constexpr U32 fecs = 40;
    // Sizes change all the while, in an arena so small that places are soon used again by other FECs.
@@ -169,13 +163,13 @@ TEST(ConcurrentFecTest, aFecIsReadAsItWasWrittenOrNotAtAll) {
       }
    };
    {
-      Fib6::ForwardingStatusWriter writer(path, {fecs + 10, 16000});
+      Fib6::ForwardingStatusWriter writer(path_, {fecs + 10, 16000});
       for (U32 id = 1; id <= fecs; ++id) {
          writer.fecIs(patternFec<Fec>(Fib::FecId(id), 0, 0));
       }
    }
    OtherProcess writing([&] {
-      Fib6::ForwardingStatusWriter writer(path);
+      Fib6::ForwardingStatusWriter writer(path_);
       for (Random random(1);;) {
          try {
             write(writer, random);
@@ -183,7 +177,7 @@ TEST(ConcurrentFecTest, aFecIsReadAsItWasWrittenOrNotAtAll) {
          }
       }
    });
-   Fib6::ForwardingStatus const reader(path);
+   Fib6::ForwardingStatus const reader(path_);
    auto const isWhole = [](Fec const& fec) {
       U32 const version = fec.vias.empty() ? fec.primaryVias : fec.vias.front().forwardingVrf;
       return fec == patternFec<Fec>(fec.fecId, version, static_cast<U32>(fec.vias.size()));
@@ -210,7 +204,7 @@ TEST(ConcurrentFecTest, aFecIsReadAsItWasWrittenOrNotAtAll) {
    EXPECT_TRUE(writing.stop());
    EXPECT_GT(large, 10U);
    EXPECT_EQ(reader.corruption(), "");
-   Fib6::ForwardingStatusWriter const next(path);
+   Fib6::ForwardingStatusWriter const next(path_);
    U32 left = 0;
    next.walk([&](Fec const& met) {
       EXPECT_TRUE(isWhole(met));

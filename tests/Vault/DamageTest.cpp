@@ -1,7 +1,5 @@
 #include "VaultTesting.h"
 
-#include <set>
-
 namespace Vault::Testing {
 
 namespace {
@@ -18,7 +16,7 @@ std::size_t lookups(typename Family::Reader const& reader, U32 routes) {
 }  // namespace
 
 template <class Family>
-class DamageTest : public ::testing::Test {
+class DamageTest : public TableTest {
  protected:
    using Record = typename Family::Record;
    static constexpr U32 routes = 40;
@@ -49,9 +47,6 @@ class DamageTest : public ::testing::Test {
       EXPECT_EQ(lookups<Family>(reader, routes), routes - lost);
       EXPECT_EQ(reader.corruption(), "");
    }
-
-   TempDir dir_;
-   std::string const path_ = dir_ / "table";
 };
 TYPED_TEST_SUITE(DamageTest, RouteFamilies);
 
@@ -237,26 +232,26 @@ TYPED_TEST(DamageTest, anyDamageToRoutesIsSurvived) {
    });
 }
 
-TEST(DamageFecTest, anyDamageToFecsIsSurvived) {
-   TempDir const dir;
-   std::string const path = dir / "table";
+using DamageFecTest = TableTest;
+
+TEST_F(DamageFecTest, anyDamageToFecsIsSurvived) {
    using Fec = Fib::Fec;
    {
-      Fib::ForwardingStatusWriter writer(path, {32, 700});
+      Fib::ForwardingStatusWriter writer(path_, {32, 700});
       for (U32 i = 1; i < 30; ++i) {
          writer.fecIs(patternFec<Fec>(Fib::FecId(i), i, i % 7));
       }
    }
-   fuzz(path, imageOf(path), 600, [&] {
+   fuzz(path_, imageOf(path_), 600, [&] {
       {
-         Fib::ForwardingStatus const reader(path);
+         Fib::ForwardingStatus const reader(path_);
          survive([&] { reader.walk([](Fec const& fec) { EXPECT_LE(fec.vias.size(), 600U); }); });
          Fec fec;
          for (U32 i = 0; i < 30; ++i) {
             survive([&] { reader.fec(Fib::FecId(i), fec); });
          }
       }
-      Fib::ForwardingStatusWriter writer(path);
+      Fib::ForwardingStatusWriter writer(path_);
       Fec read;
       for (U32 i = 1; i < 12; ++i) {
          auto const fec = patternFec<Fec>(Fib::FecId(i), i + 100, i % 5);

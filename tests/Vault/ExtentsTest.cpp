@@ -1,9 +1,6 @@
 #include "Vault/Extents.h"
 #include "VaultTesting.h"
 
-#include <algorithm>
-#include <map>
-
 namespace Vault::Testing {
 
 TEST(ExtentsTest, runsNeverOverlapNorLeaveTheArena) {

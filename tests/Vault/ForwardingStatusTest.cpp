@@ -1,14 +1,10 @@
 #include "VaultTesting.h"
 
-#include <map>
-
 namespace Vault::Testing {
 
 template <class Tables>
-class ForwardingStatusTest : public ::testing::Test {
+class ForwardingStatusTest : public TableTest {
  protected:
-   TempDir dir_;
-   std::string const path_ = dir_ / "table";
 };
 
 template <class ReaderType, class WriterType>

@@ -1,11 +1,9 @@
 #include "VaultTesting.h"
 
-#include <map>
-
 namespace Vault::Testing {
 
 template <class Family>
-class RouteStatusTest : public ::testing::Test {
+class RouteStatusTest : public TableTest {
  protected:
    using Prefix = decltype(Family::Route::prefix);
    using Oracle = std::map<Prefix, typename Family::Route>;
@@ -21,9 +19,6 @@ class RouteStatusTest : public ::testing::Test {
       EXPECT_EQ(table.empty(), oracle.empty());
       EXPECT_EQ(table.corruption(), "");
    }
-
-   TempDir dir_;
-   std::string const path_ = dir_ / "table";
 };
 TYPED_TEST_SUITE(RouteStatusTest, RouteFamilies);
 

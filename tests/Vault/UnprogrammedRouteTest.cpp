@@ -2,8 +2,6 @@
 #include "Vault/UnprogrammedRouteStatus.h"
 #include "VaultTesting.h"
 
-#include <map>
-
 namespace Vault::Testing {
 
 namespace {
@@ -24,14 +22,15 @@ U32 countIn(std::map<Row, U32> const& oracle, VrfId vrfId, AddressFamily family)
 
 }  // namespace
 
-TEST(UnprogrammedRouteTest, listsAndCountsByVrfAndFamily) {
-   TempDir const dir;
+using UnprogrammedRouteTest = TableTest;
+
+TEST_F(UnprogrammedRouteTest, listsAndCountsByVrfAndFamily) {
    Random random(3);
    std::map<Row, U32> oracle;
-   auto hardware = Zam::makePtr<Fib::UnprogrammedRouteStatusWriter>(dir / "hardware", TableFile::Sizes{100});
-   auto kernel = Zam::makePtr<KernelUnprogrammedRoute::UnprogrammedRouteWriter>(dir / "kernel", TableFile::Sizes{100});
-   Fib::UnprogrammedRouteStatus const hardwareReader(dir / "hardware");
-   KernelUnprogrammedRoute::UnprogrammedRoute const kernelReader(dir / "kernel");
+   auto hardware = Zam::makePtr<Fib::UnprogrammedRouteStatusWriter>(dir_ / "hardware", TableFile::Sizes{100});
+   auto kernel = Zam::makePtr<KernelUnprogrammedRoute::UnprogrammedRouteWriter>(dir_ / "kernel", TableFile::Sizes{100});
+   Fib::UnprogrammedRouteStatus const hardwareReader(dir_ / "hardware");
+   KernelUnprogrammedRoute::UnprogrammedRoute const kernelReader(dir_ / "kernel");
    for (U32 step = 0; step < 8000; ++step) {
       Row const row(random.below(3), prefixOf(random.below(24)));
       U32 const code = random.below(4);
@@ -68,10 +67,9 @@ TEST(UnprogrammedRouteTest, listsAndCountsByVrfAndFamily) {
    EXPECT_EQ(listed, oracle.size());
 }
 
-TEST(UnprogrammedRouteTest, aListThatIsFullCountsNothingMore) {
-   TempDir const dir;
-   Fib::UnprogrammedRouteStatusWriter writer(dir / "table", {3});
-   Fib::UnprogrammedRouteStatus const reader(dir / "table");
+TEST_F(UnprogrammedRouteTest, aListThatIsFullCountsNothingMore) {
+   Fib::UnprogrammedRouteStatusWriter writer(dir_ / "table", {3});
+   Fib::UnprogrammedRouteStatus const reader(dir_ / "table");
    writer.unprogrammedIs(1, prefixOf(4));
    EXPECT_THROW((writer.unprogrammedIs(2, prefixOf(4)), writer.unprogrammedIs(3, prefixOf(4))), TableFull);
    EXPECT_FALSE(reader.unprogrammedRouteCount(2).has_value()) << "the counts of a VRF that has no route are gone";
@@ -83,21 +81,19 @@ TEST(UnprogrammedRouteTest, aListThatIsFullCountsNothingMore) {
    EXPECT_FALSE(writer.unprogrammedDel(1, {}));
 }
 
-TEST(UnprogrammedRouteTest, theNextWriterCountsAgain) {
-   TempDir const dir;
-   std::string const path = dir / "table";
+TEST_F(UnprogrammedRouteTest, theNextWriterCountsAgain) {
    using Record = Records::UnprogrammedRecord;
    {
-      Fib::UnprogrammedRouteStatusWriter writer(path, {9});
+      Fib::UnprogrammedRouteStatusWriter writer(path_, {9});
       writer.unprogrammedIs(1, prefixOf(4));
       writer.unprogrammedIs(2, prefixOf(5));
    }
    // The counts of VRF 1 come first, for they are counted first; those of VRF 2 third.
-   patch(path, slotOffset<Record>(path, 0) + offsetof(Slot<Record>, words) + offsetof(Record, values), U32{77});
-   patch(path, slotOffset<Record>(path, 2), nextSequence(4, SlotState::updating));
-   Fib::UnprogrammedRouteStatus const reader(path);
+   patch(path_, slotOffset<Record>(path_, 0) + offsetof(Slot<Record>, words) + offsetof(Record, values), U32{77});
+   patch(path_, slotOffset<Record>(path_, 2), nextSequence(4, SlotState::updating));
+   Fib::UnprogrammedRouteStatus const reader(path_);
    EXPECT_EQ(reader.unprogrammedRouteCount(1)->count, 77U);
-   Fib::UnprogrammedRouteStatusWriter const writer(path);
+   Fib::UnprogrammedRouteStatusWriter const writer(path_);
    EXPECT_EQ(reader.unprogrammedRouteCount(1)->count, 1U);
    EXPECT_EQ(reader.unprogrammedRouteCount(2)->count, 1U);
    EXPECT_TRUE(reader.unprogrammed(2, prefixOf(5)));

@@ -2,39 +2,23 @@
 
 #include "Vault/ForwardingStatus.h"
 #include "Vault/RouteStatus.h"
-
-#include <gtest/gtest.h>
+#include "support/Testing.h"
 
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
-#include <cstddef>
-#include <filesystem>
-#include <fstream>
-#include <random>
-#include <string>
-#include <utility>
 
 namespace Vault::Testing {
 
-// A directory in memory that goes with the test.
-class TempDir {
- public:
-   TempDir() {
-      std::string name = (std::filesystem::exists("/dev/shm") ? "/dev/shm" : std::filesystem::temp_directory_path()) /
-                         std::filesystem::path("vaultTestXXXXXX");
-      path_ = ::mkdtemp(name.data());
-   }
-   TempDir(TempDir const&) = delete;
-   TempDir& operator=(TempDir const&) = delete;
-   ~TempDir() { std::filesystem::remove_all(path_); }
-   std::string operator/(std::string_view name) const { return (path_ / name).string(); }
+using testsupport::complaintOf;
+using testsupport::TempDir;
 
- private:
-   std::filesystem::path path_;
+class TableTest : public ::testing::Test {
+ protected:
+   TempDir dir_;
+   std::string const path_ = dir_ / "table";
 };
 
 // Overwrites bytes of a file the way a fault would.
@@ -77,17 +61,6 @@ class Random {
  private:
    std::mt19937 engine_;
 };
-
-// What `act` complains about; empty when it does not.
-template <class Error, class Act>
-std::string complaintOf(Act&& act) {
-   try {
-      act();
-   } catch (Error const& error) {
-      return error.what();
-   }
-   return {};
-}
 
 // Another process that runs `work` over and over until it is stopped, wherever it is then.
 class OtherProcess {

@@ -1,6 +1,5 @@
 #include "Vrf/VrfIdMap/Status.h"
-
-#include <gtest/gtest.h>
+#include "support/Testing.h"
 
 namespace {
 

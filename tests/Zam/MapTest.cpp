@@ -1,12 +1,6 @@
 #include "Zam/HashMap.h"
 #include "Zam/OrderedMap.h"
-
-#include <gtest/gtest.h>
-
-#include <map>
-#include <memory>
-#include <random>
-#include <string>
+#include "support/Testing.h"
 
 namespace {
 

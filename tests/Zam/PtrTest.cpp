@@ -1,9 +1,5 @@
 #include "Zam/Ptr.h"
-
-#include <gtest/gtest.h>
-
-#include <thread>
-#include <vector>
+#include "support/Testing.h"
 
 namespace {
 

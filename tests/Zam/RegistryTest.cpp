@@ -1,12 +1,7 @@
 #include "Zam/Dir.h"
 #include "Zam/HashMap.h"
 #include "Zam/TypeRegistry.h"
-
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <utility>
-#include <vector>
+#include "support/Testing.h"
 
 namespace TestTypes {
 
@@ -114,16 +109,6 @@ class Registry : public testing::Test {
    Zam::TypeInfo const& walker = type("RegistryTest::Walker");
 };
 
-template <class Function>
-std::string typeErrorOf(Function const& function) {
-   try {
-      function();
-   } catch (Zam::TypeError const& error) {
-      return error.what();
-   }
-   return "no TypeError";
-}
-
 TEST_F(Registry, ValuesAreMadeReadAndChangedByName) {
    auto object = point.construct();
    EXPECT_FALSE(point.isSet(object));
@@ -186,7 +171,7 @@ TEST_F(Registry, HandlesConvertUpAndToConstOnly) {
    EXPECT_EQ(std::any_cast<U8>(walker.attribute(asInterface, "limit")), 1);
    std::any constant = Zam::Ptr<Walker const>(object);
    EXPECT_EQ(std::any_cast<U8>(walker.attribute(constant, "limit")), 1);
-   EXPECT_EQ(typeErrorOf([&] { walker.attributeIs(constant, "name", "x"); }),
+   EXPECT_EQ(testsupport::complaintOf<Zam::TypeError>([&] { walker.attributeIs(constant, "name", "x"); }),
              "RegistryTest::Walker.name: the object is constant");
    std::any derived = object;
    base.attributeIs(derived, "name", "through the base");
@@ -243,7 +228,7 @@ TEST_F(Registry, ErrorsSayWhatIsWrong) {
                  "RegistryTest::Walker.limit: the object is null"},
             Case{[&] { point.toText(1); }, "RegistryTest::Point.toText: the object is of type S32"},
         }) {
-      EXPECT_EQ(typeErrorOf(use), message);
+      EXPECT_EQ(testsupport::complaintOf<Zam::TypeError>(use), message);
    }
 }
 

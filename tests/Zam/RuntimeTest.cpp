@@ -1,11 +1,7 @@
 #include "Zam/ActivityLock.h"
 #include "Zam/String.h"
 #include "Zam/Trace.h"
-
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <thread>
+#include "support/Testing.h"
 
 namespace {
 
@@ -19,12 +15,8 @@ TEST(BoundedString, HoldsAnyBytesUpToItsBound) {
    EXPECT_THROW(text += "cd", Zam::RangeError);
    EXPECT_EQ(text, Short("ab"));
    EXPECT_EQ(text += "c", Short("abc"));
-   try {
-      Zam::BoundedString<100>(std::string(101, 'x'));
-      ADD_FAILURE();
-   } catch (Zam::RangeError const& error) {
-      EXPECT_STREQ(error.what(), "Zam::String::bytes > maxLength() not allowed");
-   }
+   EXPECT_EQ(testsupport::complaintOf<Zam::RangeError>([] { Zam::BoundedString<100>(std::string(101, 'x')); }),
+             "Zam::String::bytes > maxLength() not allowed");
 }
 
 TEST(Trace, SettingNamesSourcesAndLevels) {

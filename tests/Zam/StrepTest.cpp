@@ -1,12 +1,5 @@
 #include "Zam/Strep.h"
-
-#include <gtest/gtest.h>
-
-#include <array>
-#include <bit>
-#include <cmath>
-#include <limits>
-#include <random>
+#include "support/Testing.h"
 
 namespace TestTypes {
 

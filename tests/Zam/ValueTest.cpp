@@ -1,12 +1,7 @@
 #include "Zam/HashMap.h"
 #include "Zam/OrderedMap.h"
 #include "Zam/Value.h"
-
-#include <gtest/gtest.h>
-
-#include <random>
-#include <sstream>
-#include <unordered_set>
+#include "support/Testing.h"
 
 namespace TestTypes {
 

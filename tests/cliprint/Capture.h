@@ -1,13 +1,10 @@
 #pragma once
 
 #include "cliprint/RendererV2.h"
+#include "support/Testing.h"
 
-#include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <unistd.h>
-
-#include <cstddef>
-#include <string>
 
 namespace testing_cliprint {
 
@@ -28,6 +25,17 @@ class CapturedFile {
 
  private:
    int fd_;
+};
+
+// A renderer of its own output.
+struct OnRenderer {
+   explicit OnRenderer(cliprint::OutputFormat format, bool ownsDocument = true)
+       : buffer(file.fd()),
+         renderer(format, buffer, ownsDocument) {}
+
+   CapturedFile file;
+   cliprint::CliPrintBuffer buffer;
+   cliprint::RendererV2 renderer;
 };
 
 // What `walk` writes on a renderer of its own, which owns the document.

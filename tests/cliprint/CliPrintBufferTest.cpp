@@ -6,18 +6,11 @@
 #include "cliprint/RendererV2.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <pthread.h>
 #include <unistd.h>
 
-#include <array>
-#include <atomic>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
-#include <functional>
-#include <string>
-#include <thread>
 
 namespace {
 
@@ -25,6 +18,7 @@ using namespace std::chrono_literals;
 using cliprint::CliPrintBuffer;
 using cliprint::RendererV2;
 using testing_cliprint::CapturedFile;
+using testing_cliprint::OnRenderer;
 
 class Pipe {
  public:
@@ -77,26 +71,14 @@ bool sigPipeIsPending() {
 }
 
 // Sends a signal to the thread that made it, again and again, until it is destroyed.
-class Signaller {
- public:
-   explicit Signaller(int signal)
-       : thread_([this, signal, target = pthread_self()] {
-            while (!done_) {
-               std::this_thread::sleep_for(5ms);
-               pthread_kill(target, signal);
-            }
-         }) {}
-   ~Signaller() {
-      done_ = true;
-      thread_.join();
-   }
-   Signaller(Signaller const&) = delete;
-   Signaller& operator=(Signaller const&) = delete;
-
- private:
-   std::atomic<bool> done_ = false;
-   std::thread thread_;
-};
+std::jthread signalling(int signal) {
+   return std::jthread([signal, target = pthread_self()](std::stop_token const& stop) {
+      while (!stop.stop_requested()) {
+         std::this_thread::sleep_for(5ms);
+         pthread_kill(target, signal);
+      }
+   });
+}
 
 TEST(CliPrintBuffer, dropsWhatIsPendingAtItsEnd) {
    CapturedFile file;
@@ -165,20 +147,16 @@ TEST(CliPrintBuffer, waitsForASlowReaderWhateverTheDescriptorAndSignals) {
    std::string const text = manyLines();
    for (int const flags : {0, O_NONBLOCK}) {
       Pipe pipe(flags);
-      std::string read;
-      {
-         Signaller const disturbing(SIGUSR1);
-         std::thread reader([&] {
-            std::this_thread::sleep_for(30ms);
-            read = pipe.read(text.size());
-         });
-         CliPrintBuffer buffer(pipe.writer(), 1U << 20U);
-         buffer.append(text);
-         buffer.ioflush();
-         EXPECT_EQ(buffer.error(), 0);
-         reader.join();
-      }
-      EXPECT_EQ(read, text);
+      auto const disturbing = signalling(SIGUSR1);
+      auto read = std::async(std::launch::async, [&] {
+         std::this_thread::sleep_for(30ms);
+         return pipe.read(text.size());
+      });
+      CliPrintBuffer buffer(pipe.writer(), 1U << 20U);
+      buffer.append(text);
+      buffer.ioflush();
+      EXPECT_EQ(buffer.error(), 0);
+      EXPECT_EQ(read.get(), text);
    }
    sigaction(SIGUSR1, &before, nullptr);
 }
@@ -199,7 +177,7 @@ TEST_F(Interrupts, endAWriteThatNobodyReads) {
       RendererV2 renderer(cliprint::textFormat, buffer, true);
       renderer.addFrills("%s", manyLines());
       {
-         Signaller const impatient(SIGINT);
+         auto const impatient = signalling(SIGINT);
          EXPECT_THROW(renderer.ioflush(), cliprint::SigIntException);
       }
       EXPECT_TRUE(cliprint::interrupted());
@@ -211,9 +189,8 @@ TEST_F(Interrupts, endAWriteThatNobodyReads) {
 
 TEST_F(Interrupts, throwFromEveryOperationUntilReset) {
    using cliprint::modelFormat;
-   CapturedFile file;
-   CliPrintBuffer buffer(file.fd());
-   RendererV2 renderer(modelFormat, buffer, true);
+   OnRenderer on(modelFormat);
+   RendererV2& renderer = on.renderer;
    cliprint::Attr32Info const attr("a", renderer, 1U);
    renderer.addAttributes("", attr.getArg());
    renderer.ioflush();
@@ -243,27 +220,20 @@ TEST_F(Interrupts, throwFromEveryOperationUntilReset) {
    }
    cliprint::resetInterrupted();
    renderer.ioflush();
-   EXPECT_EQ(file.text(), R"({"a":1)") << "what was pending is dropped, nothing is closed";
-   try {
-      cliprint::interruptedIs(true);
-      renderer.ioflush();
-   } catch (cliprint::SigIntException const& interrupt) {
-      EXPECT_STREQ(interrupt.what(), "on user interrupt");
-   }
+   EXPECT_EQ(on.file.text(), R"({"a":1)") << "what was pending is dropped, nothing is closed";
+   EXPECT_STREQ(cliprint::SigIntException().what(), "on user interrupt");
 }
 
 TEST_F(Interrupts, leaveScopesOpenAndDoNotEndTheProcess) {
-   CapturedFile file;
-   CliPrintBuffer buffer(file.fd());
-   RendererV2 renderer(cliprint::modelFormat, buffer, true);
+   OnRenderer on(cliprint::modelFormat);
    {
-      auto const object = cliprint::JsonScope::object(renderer, "a");
-      renderer.ioflush();
+      auto const object = cliprint::JsonScope::object(on.renderer, "a");
+      on.renderer.ioflush();
       raise(SIGINT);
    }
-   EXPECT_EQ(buffer.pending(), 0U);
-   EXPECT_THROW(renderer.ioflush(), cliprint::SigIntException);
-   EXPECT_EQ(file.text(), R"({"a":{)");
+   EXPECT_EQ(on.buffer.pending(), 0U);
+   EXPECT_THROW(on.renderer.ioflush(), cliprint::SigIntException);
+   EXPECT_EQ(on.file.text(), R"({"a":{)");
 }
 
 TEST(Interrupt, handlerGivesWayToTheOneBefore) {

@@ -3,19 +3,9 @@
 #include "Capture.h"
 #include "support/StrictJson.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstdlib>
-#include <limits>
-#include <random>
-#include <string>
-#include <string_view>
-
 namespace {
 
 using testing_cliprint::CapturedFile;
-using testsupport::JsonValue;
 using testsupport::StrictJson;
 
 template <class Value>
@@ -27,18 +17,10 @@ std::string json(Value const& value, std::size_t bufsize = cliprint::globalBufsi
    return file.text();
 }
 
+std::string const replacement = "\xef\xbf\xbd";
+
 std::string inQuotes(std::string_view text) {
    return json(text);
-}
-
-constexpr std::string_view replacement = "\xef\xbf\xbd";
-
-std::string replaced(std::size_t times) {
-   std::string text = "\"";
-   for (std::size_t i = 0; i < times; ++i) {
-      text += replacement;
-   }
-   return text + '"';
 }
 
 TEST(JsonText, escapes) {
@@ -63,37 +45,24 @@ TEST(JsonText, escapes) {
    for (auto const& [text, expected] : cases) {
       EXPECT_EQ(inQuotes(text), expected);
       std::string const padding(13, 'x');
-      std::string padded = padding;
-      std::string inside = '"' + padding;
-      padded.append(text).append(padding);
-      inside.append(expected.substr(1, expected.size() - 2)).append(padding).append(1, '"');
-      EXPECT_EQ(inQuotes(padded), inside);
+      std::string const inside(expected.substr(1, expected.size() - 2));
+      EXPECT_EQ(inQuotes(padding + std::string(text) + padding), '"' + padding + inside + padding + '"');
    }
 }
 
 TEST(JsonText, replacesEachByteOfIllFormedUtf8) {
-   std::string_view const cases[] = {
-       "\x80",
-       "\xbf",
-       "\xc0\xaf",
-       "\xc1\xbf",
-       "\xe0\x9f\xbf",
-       "\xf0\x8f\xbf\xbf",  // alone, overlong
-       "\xed\xa0\x80",
-       "\xed\xbf\xbf",  // surrogates
-       "\xf4\x90\x80\x80",
-       "\xf5\x80\x80\x80",
-       "\xfe",
-       "\xff",  // too large
-       "\xc3",
-       "\xe2\x82",
-       "\xf0\x9f\x98",  // cut off
-   };
-   for (std::string_view const bytes : cases) {
-      EXPECT_EQ(inQuotes(bytes), replaced(bytes.size()));
+   // Alone, overlong, surrogates, too large, cut off.
+   for (std::string_view const bytes :
+        {"\x80", "\xbf", "\xc0\xaf", "\xc1\xbf", "\xe0\x9f\xbf", "\xf0\x8f\xbf\xbf", "\xed\xa0\x80", "\xed\xbf\xbf",
+         "\xf4\x90\x80\x80", "\xf5\x80\x80\x80", "\xfe", "\xff", "\xc3", "\xe2\x82", "\xf0\x9f\x98"}) {
+      std::string expected = "\"";
+      for (std::size_t i = 0; i < bytes.size(); ++i) {
+         expected += replacement;
+      }
+      EXPECT_EQ(inQuotes(bytes), expected + '"');
    }
-   EXPECT_EQ(inQuotes("\xe2\x82\""), '"' + std::string(replacement) + std::string(replacement) + "\\\"\"");
-   EXPECT_EQ(inQuotes("\xc3\xc3\xa9"), '"' + std::string(replacement) + "\xc3\xa9\"");
+   EXPECT_EQ(inQuotes("\xe2\x82\""), '"' + replacement + replacement + "\\\"\"");
+   EXPECT_EQ(inQuotes("\xc3\xc3\xa9"), '"' + replacement + "\xc3\xa9\"");
 }
 
 TEST(JsonText, everyByteAtEveryPlaceOfAWord) {
@@ -104,7 +73,7 @@ TEST(JsonText, everyByteAtEveryPlaceOfAWord) {
             text[at] = static_cast<char>(byte);
             auto const value = StrictJson::parse(inQuotes(text));
             ASSERT_TRUE(value) << byte << " at " << at;
-            std::string const expected = text.substr(0, at) + std::string(replacement) + text.substr(at + 1);
+            std::string const expected = text.substr(0, at) + replacement + text.substr(at + 1);
             ASSERT_EQ(value->text, byte < 0x80 ? text : expected);
          }
       }
@@ -143,8 +112,8 @@ TEST(JsonText, numbersAndWords) {
       auto const value = std::bit_cast<double>(random());
       if (std::isfinite(value)) {
          std::string const text = json(value, 1);
-         auto const parsed = StrictJson::parse(text);
-         ASSERT_TRUE(parsed && parsed->kind == JsonValue::Kind::number) << text;
+         bool const isWhole = text.find_first_of(".e") == std::string::npos;  // of which the reader takes 64 bits only
+         ASSERT_TRUE(StrictJson::parse(isWhole ? text + ".0" : text)) << text;
          ASSERT_EQ(std::strtod(text.c_str(), nullptr), value);
       }
    }

@@ -4,17 +4,10 @@
 #include "cliprint/JsonScope.h"
 #include "support/StrictJson.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <random>
-#include <stdexcept>
-#include <string>
-#include <string_view>
-
 namespace {
 
 using cliprint::Attr32Info;
+using cliprint::Attr64Info;
 using cliprint::BoolAttrInfo;
 using cliprint::JsonScope;
 using cliprint::modelFormat;
@@ -22,18 +15,18 @@ using cliprint::RendererV2;
 using cliprint::S32AttrInfo;
 using cliprint::StringAttrInfo;
 using cliprint::textFormat;
-using testing_cliprint::CapturedFile;
+using testing_cliprint::OnRenderer;
 using testing_cliprint::rendered;
 using testsupport::StrictJson;
 
-struct Case {
+struct Operation {
    std::string_view what;
    std::function<void(RendererV2&)> walk;
    std::string_view text;
    std::string_view model;  // between the outermost braces
 };
 
-Case const operations[] = {
+Operation const operations[] = {
     {"frills", [](RendererV2& r) { r.addFrills("\nVRF: %s\n", "red"); }, "\nVRF: red\n", ""},
     {"args", [](RendererV2& r) { r.addArgs("%u of %u\n", 3U, 4U); }, "3 of 4\n", ""},
     {"one attribute", [](RendererV2& r) { r.addAttributes("%-5s|", StringAttrInfo("code", r, "S").getArg()); },
@@ -98,7 +91,7 @@ Case const operations[] = {
 };
 
 TEST(RendererV2, everyOperationInBothFormats) {
-   for (Case const& c : operations) {
+   for (Operation const& c : operations) {
       EXPECT_EQ(rendered(textFormat, c.walk), c.text) << c.what;
       std::string const model = rendered(modelFormat, c.walk);
       EXPECT_EQ(model, "{" + std::string(c.model) + "}\n") << c.what;
@@ -182,9 +175,8 @@ void operation(int fd, cliprint::OutputFormat format, std::string_view vrf) {
 
 TEST(RendererV2, operationsComposeToOneDocument) {
    for (auto const format : {textFormat, modelFormat}) {
-      CapturedFile file;
-      cliprint::CliPrintBuffer buffer(file.fd());
-      RendererV2 renderer(format, buffer, true);
+      OnRenderer on(format);
+      auto& [file, buffer, renderer] = on;
       {
          auto const vrfs = JsonScope::object(renderer, "vrfs");
          for (std::string_view const vrf : {"default", "re\"d"}) {
@@ -208,9 +200,8 @@ TEST(RendererV2, operationsComposeToOneDocument) {
 }
 
 TEST(RendererV2, withoutTheDocumentTheCallerComposes) {
-   CapturedFile file;
-   cliprint::CliPrintBuffer buffer(file.fd());
-   RendererV2 renderer(modelFormat, buffer, false);
+   OnRenderer on(modelFormat, false);
+   auto& [file, buffer, renderer] = on;
    EXPECT_EQ(renderer.fwkType(), "cliprint::RendererV2");
    buffer.append('[');
    for (U32 const value : {1U, 2U}) {
@@ -224,17 +215,15 @@ TEST(RendererV2, withoutTheDocumentTheCallerComposes) {
 }
 
 TEST(RendererV2, aScopeLeavesAnUnwoundOutputCutOff) {
-   CapturedFile file;
-   cliprint::CliPrintBuffer buffer(file.fd());
-   RendererV2 renderer(modelFormat, buffer, true);
+   OnRenderer on(modelFormat);
    auto const failing = [&] {
-      auto const outer = JsonScope::object(renderer, "a");
-      auto const inner = JsonScope::list(renderer, "b");
+      auto const outer = JsonScope::object(on.renderer, "a");
+      auto const inner = JsonScope::list(on.renderer, "b");
       throw std::runtime_error("broken table");
    };
    EXPECT_THROW(failing(), std::runtime_error);
-   renderer.ioflush();
-   EXPECT_EQ(file.text(), R"({"a":{"b":[)");
+   on.renderer.ioflush();
+   EXPECT_EQ(on.file.text(), R"({"a":{"b":[)");
 }
 
 TEST(RendererV2, fullnessIsPerCent) {
@@ -255,49 +244,48 @@ TEST(RendererV2, fullnessIsPerCent) {
 }
 
 TEST(RendererV2DeathTest, programmingErrors) {
-   auto const misuse = [](cliprint::OutputFormat format, void (*walk)(RendererV2&)) {
-      rendered(format, [walk](RendererV2& r) { walk(r); });
+   using Walk = void (*)(RendererV2&);
+   constexpr cliprint::OutputFormat third = 3;
+   std::string const modelOnly = "outputFormat\\(\\) == 2, source cliprint/RendererV2";
+   struct Case {
+      cliprint::OutputFormat format;
+      std::string message;
+      Walk walk;
    };
-   std::string_view const modelOnly = "outputFormat\\(\\) == 2, source cliprint/RendererV2";
-   for (auto const operation :
-        {+[](RendererV2& r) { r._startJsonObject("a"); }, +[](RendererV2& r) { r._startJsonList("a"); },
-         +[](RendererV2& r) { r._startJsonListEntry(); }, +[](RendererV2& r) { r.endJsonDict(); },
-         +[](RendererV2& r) { r.endJsonList(); }, +[](RendererV2& r) { r.writeQuotedString("a"); }}) {
-      EXPECT_DEATH(misuse(textFormat, operation), std::string(modelOnly));
+   for (auto const& [format, message, walk] : std::initializer_list<Case>{
+            {textFormat, modelOnly, [](RendererV2& r) { r._startJsonObject("a"); }},
+            {textFormat, modelOnly, [](RendererV2& r) { r._startJsonList("a"); }},
+            {textFormat, modelOnly, [](RendererV2& r) { r._startJsonListEntry(); }},
+            {textFormat, modelOnly, [](RendererV2& r) { r.endJsonDict(); }},
+            {textFormat, modelOnly, [](RendererV2& r) { r.endJsonList(); }},
+            {textFormat, modelOnly, [](RendererV2& r) { r.writeQuotedString("a"); }},
+            {third, modelOnly, [](RendererV2& r) { r.addAttributes("", Attr64Info("a", r, 1U).getArg()); }},
+            {third, modelOnly, [](RendererV2& r) { r.addFrills("nothing"), r.endDocument(); }},
+            {modelFormat, "nothing is open", [](RendererV2& r) { r.endJsonDict(); }},
+            {modelFormat, "everything is closed", [](RendererV2& r) { r._startJsonObject("a"); }},
+            {modelFormat, "what is open", [](RendererV2& r) { r._startJsonObject("a"), r.endJsonList(); }},
+            {modelFormat, "a bare value is in a list", [](RendererV2& r) { r.writeQuotedString("a"); }},
+            {modelFormat, "a named value", [](RendererV2& r) { r._startJsonList("a"), r._startJsonObject("b"); }},
+            {modelFormat, "a named value", [](RendererV2& r) { r._startJsonList("a"), r.add("", "b", "c"); }},
+            {modelFormat, "a simple entry has one value",
+             [](RendererV2& r) { r.startSimpleDictEntry(Attr32Info("a", r, 1U)), r.endSimpleDictEntry(); }},
+            {modelFormat, "a simple entry has one value",
+             [](RendererV2& r) {
+                r.startSimpleDictEntry(Attr32Info("a", r, 1U));
+                r.addAttributes("%u%u", Attr32Info("b", r, 1U).getArg(), Attr32Info("c", r, 1U).getArg());
+             }},
+            {modelFormat, "depth < maxDepth",
+             [](RendererV2& r) {
+                for (;;) {
+                   r._startJsonObject("a");
+                }
+             }},
+        }) {
+      EXPECT_DEATH(rendered(format, walk), message);
    }
-   EXPECT_DEATH(misuse(modelFormat, [](RendererV2& r) { r.endJsonDict(); }), "nothing is open");
-   EXPECT_DEATH(misuse(modelFormat, [](RendererV2& r) { r._startJsonObject("a"); }), "everything is closed");
-   EXPECT_DEATH(misuse(modelFormat, [](RendererV2& r) { r._startJsonObject("a"), r.endJsonList(); }), "what is open");
-   EXPECT_DEATH(misuse(modelFormat, [](RendererV2& r) { r.writeQuotedString("a"); }), "a bare value is in a list");
-   EXPECT_DEATH(misuse(modelFormat, [](RendererV2& r) { r._startJsonList("a"), r._startJsonObject("b"); }),
-                "a named value");
-   EXPECT_DEATH(
-       misuse(modelFormat,
-              [](RendererV2& r) { r._startJsonList("a"), r.addAttributes("", Attr32Info("b", r, 1U).getArg()); }),
-       "a named value");
-   EXPECT_DEATH(misuse(modelFormat,
-                       [](RendererV2& r) { r.startSimpleDictEntry(Attr32Info("a", r, 1U)), r.endSimpleDictEntry(); }),
-                "a simple entry has one value");
-   EXPECT_DEATH(misuse(modelFormat,
-                       [](RendererV2& r) {
-                          r.startSimpleDictEntry(Attr32Info("a", r, 1U));
-                          r.addAttributes("%u%u", Attr32Info("b", r, 1U).getArg(), Attr32Info("c", r, 1U).getArg());
-                       }),
-                "a simple entry has one value");
-   EXPECT_DEATH(misuse(modelFormat,
-                       [](RendererV2& r) {
-                          for (;;) {
-                             r._startJsonObject("a");
-                          }
-                       }),
-                "depth < maxDepth");
-   CapturedFile file;
-   cliprint::CliPrintBuffer buffer(file.fd());
-   RendererV2 third(3, buffer, true);
-   third.addFrills("nothing");
-   EXPECT_EQ(buffer.pending(), 0U);
-   EXPECT_DEATH(third.addAttributes("", cliprint::Attr64Info("a", third, 1U).getArg()), std::string(modelOnly));
-   EXPECT_DEATH(third.endDocument(), std::string(modelOnly));
+   OnRenderer on(third);
+   on.renderer.addFrills("nothing");
+   EXPECT_EQ(on.buffer.pending(), 0U);
 }
 
 }  // namespace
