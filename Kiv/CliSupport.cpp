@@ -39,6 +39,7 @@ void registerSorter(char const* name) {
    constexpr auto inputs = std::tuple_size_v<std::remove_cvref_t<decltype(inputAttributes<Sorter>)>>;
    registerInputs<Sorter>(builder, std::make_index_sequence<inputs>());
    builder.attribute("initialized", &Sorter::initialized)
+       .attribute("sortedRoute", &Sorter::sortedRoute)
        .attribute("sortedRoutes", &Sorter::sortedRoutes)
        .attribute("selectedRoutes", &Sorter::selectedRoutes)
        .attribute("hasV6Nexthop", &Sorter::hasV6Nexthop)
@@ -47,6 +48,11 @@ void registerSorter(char const* name) {
        .operation("printRoutes", &Sorter::printRoutes)
        .operation("protocolString", &Sorter::protocolString)
        .operation("longestPrefixMatch", &Sorter::longestPrefixMatch)
+       .operation("fec", &Sorter::fec)
+       .operation("fecIs", &Sorter::fecIs)
+       .operation("fecHas", &Sorter::fecHas)
+       .operation("fecDel", &Sorter::fecDel)
+       .operation("fecDelAll", &Sorter::fecDelAll)
        .operation("sortedRouteIs", &Sorter::sortedRouteIs)
        .operation("sortedRouteDel", &Sorter::sortedRouteDel)
        .operation("sortedRouteDelAll", &Sorter::sortedRouteDelAll)
@@ -54,18 +60,77 @@ void registerSorter(char const* name) {
        .operation("kernelUnprogrammedRouteCounterSmDel", &Sorter::kernelUnprogrammedRouteCounterSmDel);
 }
 
-}  // namespace
-
-void registerTypes() {
+void registerFecCache() {
    auto& registry = Zam::TypeRegistry::instance();
-   registry.value<CachedVia>();
-   registry.entity<RouteFilterColl>("Kiv::RouteFilterColl")
-       .constructor(&routeFilterCollFactory)
+   registry.value<CachedVia>()
+       .attribute("fecId", &CachedVia::fecId, &CachedVia::fecIdIs)
+       .attribute("tunnelId", &CachedVia::tunnelId, &CachedVia::tunnelIdIs)
+       .attribute("forwardingVrf", &CachedVia::forwardingVrf, &CachedVia::forwardingVrfIs)
+       .operation("isForwardingVrfAction", &CachedVia::isForwardingVrfAction);
+   registry.value<CachedNhgVia>();
+   registry.value<CachedFallbackVia>();
+   registry.entity<CachedFec>("Kiv::CachedFec")
+       .constructor(&cachedFecFactory)
+       .attribute("fecId", &CachedFec::fecId)
+       .attribute("via", &CachedFec::via)
+       .attribute("vias", &CachedFec::vias)
+       .operation("viaIs", &CachedFec::viaIs)
+       .operation("viaDel", &CachedFec::viaDel)
+       .operation("viaDelAll", &CachedFec::viaDelAll)
+       .attribute("primaryVias", &CachedFec::primaryVias)
+       .attribute("preparedVias", &CachedFec::preparedVias)
+       .attribute("hasBackup", &CachedFec::hasBackup)
+       .attribute("hierarchical", &CachedFec::hierarchical)
+       .attribute("weightSum", &CachedFec::weightSum)
+       .collection("viaTypeString", &CachedFec::viaTypeString)
+       .collection("nexthopAddr", &CachedFec::nexthopAddr)
+       .collection("interface", &CachedFec::interface)
+       .collection("vrfId", &CachedFec::vrfId)
+       .collection("vrfName", &CachedFec::vrfName)
+       .collection("interfaceDescription", &CachedFec::interfaceDescription)
+       .collection("label", &CachedFec::label)
+       .collection("viaForwardingAction", &CachedFec::viaForwardingAction)
+       .collection("viaEvpnEntry", &CachedFec::viaEvpnEntry)
+       .collection("viaLabelStack", &CachedFec::viaLabelStack)
+       .collection("hostToCpu", &CachedFec::hostToCpu)
+       .collection("nhgVia", &CachedFec::nhgVia)
+       .collection("nhgName", &CachedFec::nhgName)
+       .collection("fallbackVia", &CachedFec::fallbackVia)
+       .collection("viaWeight", &CachedFec::viaWeight);
+}
+
+template <class Filter>
+Zam::TypeBuilder<Filter> filterType(char const* name) {
+   return Zam::TypeRegistry::instance().entity<Filter>(name).operation("filter", &Filter::filter);
+}
+
+void registerFilters() {
+   filterType<RouteFilterBase>("Kiv::RouteFilterBase");
+   filterType<RouteFilterIp>("Kiv::RouteFilterIp")
+       .constructor(RouteFilterIpIs)
+       .attribute("filteringIp", &RouteFilterIp::filteringIp);
+   filterType<RouteFilterIntf>("Kiv::RouteFilterIntf")
+       .constructor(RouteFilterIntfIs)
+       .attribute("filteringIntfStatus", &RouteFilterIntf::filteringIntfStatus);
+   filterType<RouteFilterNextHopGroup>("Kiv::RouteFilterNextHopGroup")
+       .constructor(RouteFilterNextHopGroupIs)
+       .attribute("filteringNextHopGroupId", &RouteFilterNextHopGroup::filteringNextHopGroupId)
+       .attribute("filterAll", &RouteFilterNextHopGroup::filterAll);
+   filterType<RouteFilterColl>("Kiv::RouteFilterColl")
+       .constructor(RouteFilterCollIs)
        .attribute("discardNonMatchingVia", &RouteFilterColl::discardNonMatchingVia)
        .attribute("filterAll", &RouteFilterColl::filterAll, &RouteFilterColl::filterAllIs)
+       .attribute("filterColl", &RouteFilterColl::filterColl)
        .operation("filterCollIs", &RouteFilterColl::filterCollIs)
        .operation("filterCollDel", &RouteFilterColl::filterCollDel)
        .operation("filterCollDelAll", &RouteFilterColl::filterCollDelAll);
+}
+
+}  // namespace
+
+void registerTypes() {
+   registerFecCache();
+   registerFilters();
    registerSorter<RouteSorter>(Ipv4::sorterName);
    registerSorter<Route6Sorter>(Ipv6::sorterName);
 }

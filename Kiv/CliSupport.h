@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Kiv/routedisplay/FilteredRoutes.h"
+#include "Kiv/routedisplay/RouteFilter.h"
 #include "Kiv/routedisplay/RouteSorter.h"
 #include "Kiv/routedisplay/RouteTypeStrings.h"
 #include "Zam/Export.h"

@@ -1,6 +1,8 @@
 #include "Kiv/CliSupport.h"
 #include "Vault/ForwardingStatus.h"
 #include "Vault/RouteStatus.h"
+#include "Zam/HashMap.h"
+#include "Zam/WordSort.h"
 
 #include <benchmark/benchmark.h>
 
@@ -140,6 +142,36 @@ void selectRoutes(benchmark::State& state) {
 }
 BENCHMARK(selectRoutes)->Unit(benchmark::kMillisecond);
 
+// What no selection can do without: reading each slot, one probe of a cache of FECs, appending the route, its share of
+// a sort by prefix and its place in the result.
+void selectFloor(benchmark::State& state) {
+   auto const& table = *fullTable().routingStatus;
+   Zam::HashMap<FecId, U64> cache;
+   for (U32 i = 0; i < fecs; ++i) {
+      cache.insertOrReplace(FecId::of(ipv4FecType, i + 1), i);
+   }
+   for (auto _ : state) {
+      std::vector<Vault::Fib::Route> found;
+      std::vector<Zam::WordAndIndex> order;
+      U64 sum = 0;
+      table.walk([&](Vault::Fib::Route const& route) {
+         sum += *cache.find(route.fecId);
+         order.push_back({route.prefix.sortWord(), static_cast<U32>(found.size())});
+         found.push_back(route);
+      });
+      Zam::sortByWord(order);
+      std::vector<Vault::Fib::Route> sorted;
+      sorted.reserve(found.size());
+      for (auto const& item : order) {
+         sorted.push_back(found[item.index]);
+      }
+      benchmark::DoNotOptimize(sorted.data());
+      benchmark::DoNotOptimize(sum);
+   }
+   state.SetItemsProcessed(state.iterations() * static_cast<S64>(table.routes()));
+}
+BENCHMARK(selectFloor)->Unit(benchmark::kMillisecond);
+
 void longestMatch(benchmark::State& state) {
    auto inputs = fullTable();
    inputs.prefix = Lumen::Prefix::parse("203.0.113.7/32");
@@ -150,6 +182,19 @@ void longestMatch(benchmark::State& state) {
    }
 }
 BENCHMARK(longestMatch)->Unit(benchmark::kMicrosecond);
+
+// Everything inside a prefix that few routes are inside of, and one that a walk over the table must answer.
+void longerPrefixes(benchmark::State& state) {
+   auto inputs = fullTable();
+   inputs.prefix = Lumen::Prefix::masked(Lumen::IpAddr(0xcb007100U), static_cast<U8>(state.range(0)));
+   inputs.longerPrefixes = true;
+   for (auto _ : state) {
+      auto const sorter = Kiv::routeSorterFactory(inputs);
+      sorter->handleInitialized();
+      benchmark::DoNotOptimize(sorter->sortedRoutes());
+   }
+}
+BENCHMARK(longerPrefixes)->Arg(24)->Arg(20)->Arg(16)->Arg(8)->ArgName("length")->Unit(benchmark::kMicrosecond);
 
 // Into a file in memory first, which tells the size, then over and over into nothing.
 void printRoutes(benchmark::State& state) {

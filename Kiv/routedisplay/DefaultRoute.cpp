@@ -1,5 +1,6 @@
 #include "Kiv/routedisplay/DefaultRoute.h"
 
+#include "Kiv/routedisplay/MadeUpRoutes.h"
 #include "Kiv/routedisplay/RouteRendering.h"
 #include "Kiv/routedisplay/RouteTypeStrings.h"
 #include "Kiv/routedisplay/Selection.h"
@@ -64,7 +65,8 @@ bool requestedElsewhere(RouteSorterOf<Family> const& sorter) {
 }
 
 template <class Family>
-bool isSectionShown(RouteSorterOf<Family> const& sorter, std::optional<typename Family::Route> const& route) {
+bool isSectionShown(RouteSorterOf<Family> const& sorter, std::optional<typename Family::Route> const& route,
+                    bool inFib) {
    if (requestedElsewhere(sorter)) {
       return false;
    }
@@ -72,7 +74,7 @@ bool isSectionShown(RouteSorterOf<Family> const& sorter, std::optional<typename 
       return true;
    }
    return routeTypeStringsFind(route->routeType) != nullptr && protocolMatch(*route, sorter.inputs().protocol) &&
-          sorter.sortedRoute().contains(defaultPrefix<Family>());
+          (!inFib || sorter.sortedRoute().contains(defaultPrefix<Family>()));
 }
 
 template <class Family>
@@ -100,14 +102,18 @@ void printSection(RouteSorterOf<Family> const& sorter, cliprint::RendererV2& ren
 
 template <class Family>
 void printDefaultRoute(RouteSorterOf<Family>& sorter, cliprint::RendererV2& renderer) {
-   auto const route = fibRoute(sorter, defaultPrefix<Family>());
+   auto route = fibRoute(sorter, defaultPrefix<Family>());
+   bool const inFib = route.has_value();
+   if (!inFib) {
+      route = routeCacheRoute(sorter, defaultPrefix<Family>());
+   }
    auto const state = defaultRouteState(sorter, route);
    cliprint::StringAttrInfo const stateAttr("defaultRouteState", renderer, word(state));
    renderer.addAttributes("", stateAttr.getArg());
    if (renderer.isModel()) {
       renderer._startJsonObject("routes");
    }
-   if (isSectionShown(sorter, route)) {
+   if (isSectionShown(sorter, route, inFib)) {
       // The route as it was selected, whatever became of it since: its FEC is the one in the cache.
       printSection(sorter, renderer, state, sorter.sortedRoute().find(defaultPrefix<Family>()));
    }

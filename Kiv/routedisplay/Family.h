@@ -7,6 +7,7 @@
 #include "Lumen/Ip6AddrWithMask.h"
 #include "Lumen/Ip6Prefix.h"
 #include "Lumen/IpAddrWithMask.h"
+#include "Lumen/IpGenAddr.h"
 #include "Lumen/IpGenPrefix.h"
 #include "Lumen/Prefix.h"
 #include "Routing/Hardware/Status.h"
@@ -47,6 +48,9 @@ struct Ipv4 {
    static constexpr std::string_view hostLegend = Kiv::hostLegend;
 
    static constexpr Prefix prefixOf(Lumen::IpGenPrefix const& prefix) { return prefix.prefix(); }
+   static constexpr Addr addrOf(Lumen::IpGenAddr const& address) { return address.ip(); }
+   // The address with these bits, at most 32 of them, added at its low end.
+   static constexpr Addr withLowBits(Addr address, U64 bits) { return Addr(address.value() | static_cast<U32>(bits)); }
    // Host routes that the box takes itself, and those that stand for a link.
    static constexpr bool isToCpu(RouteType type) {
       return type >= RouteType::receive && type <= RouteType::receiveBroadcast;
@@ -84,6 +88,8 @@ struct Ipv6 {
    static constexpr std::string_view hostLegend = host6Legend;
 
    static constexpr Prefix prefixOf(Lumen::IpGenPrefix const& prefix) { return prefix.prefix6(); }
+   static constexpr Addr addrOf(Lumen::IpGenAddr const& address) { return address.ip6(); }
+   static constexpr Addr withLowBits(Addr address, U64 bits) { return {address.hi(), address.lo() | bits}; }
    static constexpr bool isToCpu(RouteType type) { return isReceive(type); }
    static constexpr bool isLinkRoute(RouteType type) { return type == RouteType::attached; }
    static constexpr bool isReceive(RouteType type) {

@@ -1,8 +1,8 @@
 #include "Kiv/routedisplay/FecCache.h"
 
 #include "Kiv/routedisplay/SafeLookup.h"
+#include "Tunnel/TunnelId.h"
 
-#include <algorithm>
 #include <string>
 
 namespace Kiv {
@@ -15,10 +15,7 @@ using Vault::Fib::ViaIndex;
 // What adjacency types mean to the display; every other valid one is an ordinary IPv4 FEC.
 constexpr U8 adjTypeIpv6 = 1;
 constexpr U8 adjTypeMarksViaIndex = 15;
-
-// The tunnel type is in the bits from 44 up; tunnels of this type print as the interface that they use.
-constexpr int tunnelTypeShift = 44;
-constexpr U64 tunnelTypeOfPlainInterface = 9;
+constexpr U8 adjTypeEvpn = 24;
 
 template <class Family>
 bool genericFib(RouteSorterOf<Family> const& sorter) {
@@ -48,7 +45,8 @@ Lumen::IntfId displayedIntfId(Vault::Fib::Via const& via, CachedVia const& cache
    if (cached.isForwardingVrfAction()) {
       return Lumen::IntfId::fromFecId(FecId::of(0, via.forwardingVrf).value());
    }
-   if (via.tunnelId != 0 && via.tunnelId >> tunnelTypeShift != tunnelTypeOfPlainInterface) {
+   // A VXLAN tunnel shows as the interface that it uses.
+   if (via.tunnelId != 0 && Tunnel::tunnelType(via.tunnelId) != Tunnel::TunnelType::evpnVxlan) {
       return Lumen::IntfId::fromTunnelId(via.tunnelId);
    }
    return via.intfId;
@@ -90,13 +88,40 @@ CachedVia cachedVia(RouteSorterOf<Family>& sorter, Vault::Fib::Via const& via, U
    return cached;
 }
 
-// The address, or the family's zero address for a via whose destination is on its own link.
+// The EVPN vias of a FEC that only the route cache has.
 template <class Family>
-Zam::String nexthopText(CachedVia const& via) {
-   if (!via.hop.isEmpty()) {
-      return via.hop.stringValue();
+void copyEvpnVias(RouteSorterOf<Family> const& sorter, CachedFec& fec) {
+   using Routing::Rib::RouteCache::Evpn::ViaIndex;
+   auto const& config = sorter.inputs().routeCacheEvpnViaConfig;
+   auto const vias =
+       config ? config->via(fec.fecId().value()) : std::span<Tunnel::TunnelTable::EvpnVxlanTunnelEntry const>();
+   for (std::size_t i = 0; i < vias.size(); ++i) {
+      fec.viaEvpnEntry.insertOrReplace(ViaIndex(i).value(), vias[i]);
    }
-   return via.intfId.isNamed() ? typename Family::Addr().stringValue() : std::string();
+   fec.preparedVias = fec.viaEvpnEntry.size();
+}
+
+template <class Family, class Fec>
+void copyVias(RouteSorterOf<Family>& sorter, CachedFec& fec, Fec const& record, std::vector<FecId>& pending) {
+   auto const vias = static_cast<U32>(record.vias.size());
+   fec.primaryVias = record.primaryVias;
+   fec.hasBackup = record.primaryVias != 0 && vias > record.primaryVias;
+   fec.weightSum = weightSum(record, fec.hasBackup ? record.primaryVias : vias);
+   bool const unequalCost = fec.weightSum > vias;
+   for (U32 i = 0; i < vias; ++i) {
+      U16 const index = ViaIndex(i).value();
+      auto const& via = record.vias[index];
+      auto cached = cachedVia(sorter, via, index, fec, unequalCost);
+      if (unequalCost) {
+         fec.viaWeight.insertOrReplace(index, cached.viaWeight);
+      }
+      fec.viaForwardingAction.insertOrReplace(index, cached.forwardingAction);
+      fec.hierarchical = fec.hierarchical || via.intfId.isFecId();
+      if (FecId const next(via.intfId.fecId()); next && !cached.isForwardingVrfAction() && !sorter.fecHas(next)) {
+         pending.push_back(next);
+      }
+      fec.viaIs(std::move(cached), true);
+   }
 }
 
 }  // namespace
@@ -104,87 +129,59 @@ Zam::String nexthopText(CachedVia const& via) {
 template <class Family, class Fec>
 void cachedFecIs(RouteSorterOf<Family>& sorter, FecId fecId, Fec const& record, std::vector<FecId>& pending) {
    auto const adjType = fecId.adjType();  // raises the range error for a type that there is not
-   auto const fec = Zam::makePtr<CachedFec>(fecId);
-   if (std::is_same_v<Family, Ipv4> && adjType == adjTypeIpv6 && !genericFib(sorter)) {
-      sorter.hasV6NexthopIs(true);
-   }
-   auto const vias = static_cast<U32>(record.vias.size());
-   fec->primaryVias = record.primaryVias;
-   fec->hasBackup = record.primaryVias != 0 && vias > record.primaryVias;
-   fec->weightSum = weightSum(record, fec->hasBackup ? record.primaryVias : vias);
-   bool const unequalCost = fec->weightSum > vias;
-   for (U32 i = 0; i < vias; ++i) {
-      U16 const index = ViaIndex(i).value();
-      auto const& via = record.vias[index];
-      auto cached = cachedVia(sorter, via, index, *fec, unequalCost);
-      if (unequalCost) {
-         fec->viaWeight.is(index, cached.viaWeight);
+   auto const fec = cachedFecFactory(fecId);
+   if (adjType == adjTypeEvpn) {
+      copyEvpnVias(sorter, *fec);
+   } else {
+      if (std::is_same_v<Family, Ipv4> && adjType == adjTypeIpv6 && !genericFib(sorter)) {
+         sorter.hasV6NexthopIs(true);
       }
-      fec->viaForwardingAction.is(index, cached.forwardingAction);
-      bool const followed = via.intfId.isFecId() && !cached.isForwardingVrfAction();
-      fec->hierarchical = fec->hierarchical || via.intfId.isFecId();
-      fec->viaIs(std::move(cached), true);
-      if (followed && !sorter.fecHas(FecId(via.intfId.fecId()))) {
-         pending.push_back(FecId(via.intfId.fecId()));
-      }
+      copyVias(sorter, *fec, record, pending);
    }
    sorter.fecIs(fec);
 }
 
+namespace {
+
+// Copies the FEC from the table that holds its kind.
 template <class Family>
-void copyAdjacency(RouteSorterOf<Family>& sorter, FecId fecId) {
-   if (!fecId || sorter.fecHas(fecId)) {
-      return;
-   }
+void copyFec(RouteSorterOf<Family>& sorter, FecId fecId, std::vector<FecId>& pending) {
    auto const& in = sorter.inputs();
+   if (fecId.adjType() == adjTypeEvpn) {
+      cachedFecIs(sorter, fecId, Vault::Fib::Fec(), pending);
+   } else if (genericFib(sorter)) {
+      cachedFecIs(sorter, fecId, lookedUp<Vault::FibGen::Fec>(in.forwardingGenStatus, fecId), pending);
+   } else if (fecId.adjType() == adjTypeIpv6) {
+      cachedFecIs(sorter, fecId, lookedUp<Vault::Fib6::Fec>(in.forwarding6Status, fecId), pending);
+   } else {
+      cachedFecIs(sorter, fecId, lookedUp<Vault::Fib::Fec>(in.forwardingStatus, fecId), pending);
+   }
+}
+
+}  // namespace
+
+template <class Family>
+CachedFec* copyAdjacency(RouteSorterOf<Family>& sorter, FecId fecId) {
+   if (!fecId) {
+      return nullptr;
+   }
+   if (auto const* const cached = sorter.fecs().find(fecId); cached != nullptr) {
+      return cached->get();
+   }
    std::vector<FecId> pending{fecId};
    while (!pending.empty()) {
       auto const next = pending.back();
       pending.pop_back();
-      if (!next || sorter.fecHas(next)) {
-         continue;
-      }
-      if (genericFib(sorter)) {
-         cachedFecIs(sorter, next, lookedUp<Vault::FibGen::Fec>(in.forwardingGenStatus, next), pending);
-      } else if (next.adjType() == adjTypeIpv6) {
-         cachedFecIs(sorter, next, lookedUp<Vault::Fib6::Fec>(in.forwarding6Status, next), pending);
-      } else {
-         cachedFecIs(sorter, next, lookedUp<Vault::Fib::Fec>(in.forwardingStatus, next), pending);
+      if (!sorter.fecHas(next)) {
+         copyFec(sorter, next, pending);
       }
    }
+   return sorter.fecs().find(fecId)->get();
 }
 
-Zam::String interfaceText(CachedVia const& via) {
-   return via.intfId.isNamed() ? Zam::String(via.intfId.name()) : Zam::String(via.intfId.stringValue());
-}
-
-template <class Family>
-void prepareViaTexts(RouteSorterOf<Family> const& sorter, CachedFec& fec) {
-   auto const& in = sorter.inputs();
-   fec.egressVrf.delAll();
-   fec.interfaceDescription.delAll();
-   fec.weightText.delAll();
-   U16 index = 0;
-   for (auto const& [via, present] : fec.via()) {
-      fec.nexthopAddr.is(index, nexthopText<Family>(via));
-      fec.interface.is(index, interfaceText(via));
-      if (via.vrfId != Vrf::VrfIdMap::noVrf && via.vrfId != in.vrfId) {
-         fec.egressVrf.is(index, via.vrfName.bytes());
-      }
-      if (in.allIntfConfig && !in.allIntfConfig->description(via.intfId).empty()) {
-         fec.interfaceDescription.is(index, in.allIntfConfig->description(via.intfId));
-      }
-      if (!via.viaWeight.empty()) {
-         fec.weightText.is(index, via.viaWeight.bytes() + "/" + std::to_string(fec.weightSum));
-      }
-      ++index;
-   }
-   fec.textsPrepared = true;
-}
-
-template void prepareViaTexts(RouteSorterOf<Ipv4> const&, CachedFec&);
-template void prepareViaTexts(RouteSorterOf<Ipv6> const&, CachedFec&);
-template void copyAdjacency(RouteSorterOf<Ipv4>&, FecId);
-template void copyAdjacency(RouteSorterOf<Ipv6>&, FecId);
+template CachedFec* copyAdjacency(RouteSorterOf<Ipv4>&, FecId);
+template CachedFec* copyAdjacency(RouteSorterOf<Ipv6>&, FecId);
+template void cachedFecIs(RouteSorterOf<Ipv4>&, FecId, Vault::Fib::Fec const&, std::vector<FecId>&);
+template void cachedFecIs(RouteSorterOf<Ipv6>&, FecId, Vault::Fib::Fec const&, std::vector<FecId>&);
 
 }  // namespace Kiv

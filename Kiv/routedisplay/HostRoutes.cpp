@@ -1,9 +1,9 @@
 #include "Kiv/KivCliPrint.h"
-#include "Kiv/routedisplay/FecCache.h"
 #include "Kiv/routedisplay/Legend.h"
 #include "Kiv/routedisplay/OutputParts.h"
 #include "Kiv/routedisplay/PrintDriver.h"
 #include "Kiv/routedisplay/ProgrammedState.h"
+#include "Kiv/routedisplay/ViaTexts.h"
 #include "Zam/Clock.h"
 #include "cliprint/AttrInfo.h"
 #include "cliprint/JsonScope.h"
@@ -27,12 +27,12 @@ void prepareHostVias(CachedFec& fec, typename Family::RouteType type) {
    U16 index = 0;
    for (auto const& [via, present] : fec.via()) {
       bool const hasIntf = via.intfId.isValid();
-      fec.nexthopAddr.is(index, hasIntf && !via.hop.isZero() ? via.hop.stringValue() : std::string());
-      fec.interface.is(index, hasIntf ? interfaceText(via) : Zam::String());
+      fec.nexthopAddr.insertOrReplace(index, hasIntf && !via.hop.isZero() ? via.hop.stringValue() : std::string());
+      fec.interface.insertOrReplace(index, hasIntf ? interfaceText(via) : Zam::String());
       if (!hasIntf || (via.hop.isZero() && !Family::isLinkRoute(type))) {
-         fec.hostToCpu.is(index, true);
+         fec.hostToCpu.insert(index);
       } else {
-         fec.hostToCpu.del(index);
+         fec.hostToCpu.erase(index);
       }
       ++index;
    }
@@ -116,7 +116,7 @@ class HostRouteRendering {
          StringAttrInfo const nexthopAddr("nexthopAddr", renderer_, text);
          renderer_.addAttributes(" via %s", nexthopAddr.getArg());
       }
-      bool const isToCpu = fec.hostToCpu.has(index);
+      bool const isToCpu = fec.hostToCpu.contains(index);
       BoolAttrInfo const toCpu("toCpu", renderer_, isToCpu);
       renderer_.addAttributes("", toCpu.getArg());
       if (isToCpu) {

@@ -24,12 +24,7 @@ template <class Family>
 U32 tableSize(RouteSorterOf<Family> const& sorter) {
    auto const& in = sorter.inputs();
    U64 size = in.routingStatus ? in.routingStatus->routes() : 0;
-   if (in.routeCacheConfig) {
-      for (auto const& [key, entry] : in.routeCacheConfig->route()) {
-         bool const ours = key.vrfId == in.vrfId && key.prefix.family() == Family::addressFamily;
-         size += ours && !fibRoute(sorter, Family::prefixOf(key.prefix)) ? 1 : 0;
-      }
-   }
+   walkRouteCache(sorter, [&size](auto const&, auto const&) { ++size; });
    return static_cast<U32>(size);
 }
 

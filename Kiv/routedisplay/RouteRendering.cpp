@@ -1,8 +1,8 @@
 #include "Kiv/routedisplay/RouteRendering.h"
 
 #include "Kiv/KivCliPrint.h"
-#include "Kiv/routedisplay/FecCache.h"
 #include "Kiv/routedisplay/OutputParts.h"
+#include "Kiv/routedisplay/ViaTexts.h"
 #include "cliprint/AttrInfo.h"
 #include "cliprint/JsonScope.h"
 
@@ -88,7 +88,7 @@ void RouteRendering<Family>::printRoute(Route const& route) {
    printedVias_ = 0;
    StringAttrInfo const prefix("prefix", renderer_, route.prefix);
    Line line{route, prefix.getArg().value, preparedFec(route.fecId), srcVrfName(route), {}, {}};
-   if (line.hasVias() && line.fec->vias() == 1) {
+   if (line.fec != nullptr && line.fec->vias() == 1) {
       line.nexthop = line.fec->nexthopAddr.find(0)->bytes();
       line.interface = line.fec->interface.find(0)->bytes();
    }
@@ -231,7 +231,26 @@ bool RouteRendering<Family>::printIpVias(CachedFec const& fec, Layout const& lay
       directlyConnected = printIpVia(fec, via, index, layout) || directlyConnected;
       ++index;
    }
+   for (U16 i = 0; i < fec.viaEvpnEntry.size(); ++i) {
+      auto const entry = JsonScope::listEntry(renderer_);
+      startViaLine(index++, layout);
+      printEvpnVia(*fec.viaEvpnEntry.find(i));
+   }
    return directlyConnected;
+}
+
+// Over VXLAN: the far tunnel end in place of a next hop.
+template <class Family>
+void RouteRendering<Family>::printEvpnVia(Tunnel::TunnelTable::EvpnVxlanTunnelEntry const& entry) {
+   StringAttrInfo const vtepAddr("vtepAddr", renderer_, entry.vtepAddr);
+   cliprint::Attr32Info const vni("vni", renderer_, entry.vni.value());
+   StringAttrInfo const routerMac("routerMac", renderer_, entry.routerMac);
+   renderer_.addFrills("via");
+   renderer_.addAttributes(" VTEP %s VNI %u router-mac %s", vtepAddr.getArg(), vni.getArg(), routerMac.getArg());
+   if (entry.localIntf.isValid() && sorter_.inputs().showLocalInterface) {
+      StringAttrInfo const localInterface("localInterface", renderer_, entry.localIntf);
+      renderer_.addAttributes(" local-interface %s", localInterface.getArg());
+   }
 }
 
 template <class Family>
@@ -297,7 +316,7 @@ void RouteRendering<Family>::printViaDetails(CachedFec const& fec, U16 index, ch
       StringAttrInfo const name("interface", renderer_, interface);
       renderer_.addAttributes("%s", name.getArg());
    }
-   if (auto const* const vrf = fec.egressVrf.find(index); vrf != nullptr) {
+   if (auto const* const vrf = fec.vrfName.find(index); vrf != nullptr) {
       StringAttrInfo const egressVrf("egressVrf", renderer_, *vrf);
       renderer_.addAttributes(" (egress VRF %s)", egressVrf.getArg());
    }

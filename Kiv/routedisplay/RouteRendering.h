@@ -34,7 +34,7 @@ class RouteRendering {
       std::string_view interface;  // of a single via
 
       bool leaked() const noexcept { return !srcVrf.empty(); }
-      bool hasVias() const noexcept { return fec != nullptr && fec->vias() != 0; }
+      bool hasVias() const noexcept { return fec != nullptr && (fec->vias() != 0 || fec->viaEvpnEntry.size() != 0); }
    };
    // Where a list of vias is printed: its first via on the current line or not, the others at this width.
    struct Layout {
@@ -52,6 +52,7 @@ class RouteRendering {
    void printWithoutNexthop(Line const& line);
    bool printIpVias(CachedFec const& fec, Layout const& layout);
    bool printIpVia(CachedFec const& fec, CachedVia const& via, U16 index, Layout const& layout);
+   void printEvpnVia(Tunnel::TunnelTable::EvpnVxlanTunnelEntry const& entry);
    void printNexthopGroup(Routing::NexthopGroup::NexthopGroupId id);
    void printViaDetails(CachedFec const& fec, U16 index, char const* interfaceSeparator);
    void startViaLine(U16 index, Layout const& layout);

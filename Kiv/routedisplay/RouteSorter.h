@@ -63,9 +63,10 @@ class RouteSorterOf : public Zam::PtrInterface {
    void selectedRoutesInc() noexcept { ++selectedRoutes_; }
 
    // The FEC cache; null for a FEC that is not in it.
-   Zam::Ptr<CachedFec> fec(Vault::Fib::FecId fecId) const {
+   Zam::Ptr<CachedFec> fec(Vault::Fib::FecId fecId) const { return Zam::Ptr<CachedFec>(findFec(fecId)); }
+   CachedFec* findFec(Vault::Fib::FecId fecId) const {
       auto const* const found = fec_.find(fecId);
-      return found != nullptr ? *found : nullptr;
+      return found != nullptr ? found->get() : nullptr;
    }
    Fecs const& fecs() const noexcept { return fec_; }
    bool fecHas(Vault::Fib::FecId fecId) const { return fec_.contains(fecId); }
@@ -117,8 +118,8 @@ class RouteSorterOf : public Zam::PtrInterface {
    std::optional<KernelUnprogrammedRouteCounterSm> kernelUnprogrammedRouteCounterSm_;
 };
 
-extern template class RouteSorterOf<Ipv4>;
-extern template class RouteSorterOf<Ipv6>;
+extern template class KIV_EXPORT RouteSorterOf<Ipv4>;
+extern template class KIV_EXPORT RouteSorterOf<Ipv6>;
 
 class KIV_EXPORT RouteSorter final : public RouteSorterOf<Ipv4> {
  public:

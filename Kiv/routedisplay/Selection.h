@@ -11,7 +11,7 @@ namespace Kiv {
 template <class Family>
 void filterPrefixes(RouteSorterOf<Family>& sorter);
 
-// Fills sortedRoute for the host route table: the VRF's routes of host length.
+// Fills sortedRoute for the host route table: the VRF's routes of host length, and the neighbours that have none.
 template <class Family>
 void filterHostPrefixes(RouteSorterOf<Family>& sorter, U8 hostLength);
 
@@ -27,5 +27,21 @@ bool isPrintable(RouteSorterOf<Family> const& sorter, typename Family::Route con
 template <class Family>
 std::optional<typename Family::Route> fibRoute(RouteSorterOf<Family> const& sorter,
                                                typename Family::Prefix const& prefix);
+
+// Calls `visit(prefix, entry)` for the VRF's route cache entries of this family that the FIB does not hold.
+template <class Family, class Visit>
+void walkRouteCache(RouteSorterOf<Family> const& sorter, Visit&& visit) {
+   auto const& in = sorter.inputs();
+   if (!in.routeCacheConfig) {
+      return;
+   }
+   for (auto const& [key, entry] : in.routeCacheConfig->route()) {
+      if (key.vrfId == in.vrfId && key.prefix.family() == Family::addressFamily) {
+         if (auto const prefix = Family::prefixOf(key.prefix); !fibRoute(sorter, prefix)) {
+            visit(prefix, entry);
+         }
+      }
+   }
+}
 
 }  // namespace Kiv

@@ -99,6 +99,14 @@ class KIV_EXPORT BasicPrefix {
          return Zam::combinedHash(address_.hashValue(), std::size_t{length_});
       }
    }
+   // A word that orders prefixes as they order, but for IPv6 prefixes that agree in their first 64 bits.
+   constexpr U64 sortWord() const noexcept {
+      if constexpr (Addr::width == 32) {
+         return orderWord();
+      } else {
+         return orderAddress().hi();
+      }
+   }
 
  private:
    constexpr bool covers(Addr address) const noexcept { return ((address_ ^ address) & Addr::mask(length_)).isZero(); }

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "Zam/Int.h"
+#include "Zam/Strep.h"
+
+#include <array>
 
 // The route types of the FIB and of the RIB. The numbers are the contract: they are what the shared tables hold, and
 // every table of codes and legends is keyed by them. A value outside the enumerators can be met in a damaged table;
@@ -115,5 +118,10 @@ enum class DecapActionType : U8 {
    none = 0,
    ipIp = 1,
 };
+
+constexpr auto zamEnumerators(DecapActionType) {
+   return std::to_array<Zam::Enumerator<DecapActionType>>(
+       {{DecapActionType::none, "none"}, {DecapActionType::ipIp, "ipIp"}});
+}
 
 }  // namespace Routing::Rib

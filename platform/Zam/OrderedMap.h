@@ -1,11 +1,14 @@
 #pragma once
 
 #include "Zam/Int.h"
+#include "Zam/WordSort.h"
 
 #include <algorithm>
+#include <concepts>
 #include <cstddef>
 #include <functional>
 #include <iterator>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -117,6 +120,9 @@ class OrderedMap {
       if (waiting_.empty() && (blocks_.empty() || Less{}(blocks_.back().back().key, key))) {
          append(Entry{std::move(key), std::move(value)});
       } else {
+         if (waiting_.size() == waiting_.capacity() && waiting_.size() >= waitingAtLeast / 2) {
+            waiting_.reserve(std::max(size_, waitingAtLeast));  // at once, what it may get
+         }
          waiting_.push_back(Entry{std::move(key), std::move(value)});
          if (waiting_.size() >= std::max(size_, waitingAtLeast)) {
             settle();
@@ -160,6 +166,12 @@ class OrderedMap {
    // The tail doubles the map at most, so replacing one element for ever does not fill the memory.
    static constexpr std::size_t waitingAtLeast = 1024;
 
+   // A key type may offer `U64 sortWord() const` such that a < b implies a.sortWord() <= b.sortWord().
+   static constexpr bool hasSortWord = std::is_same_v<Less, std::less<K>> && requires(K const& key) {
+      { key.sortWord() } -> std::same_as<U64>;
+   };
+   static constexpr std::size_t wordSortAtLeast = 1024;
+
    // The first block whose last key is not less than this one.
    std::size_t blockOf(K const& key) const {
       auto const at = std::partition_point(blocks_.begin(), blocks_.end(),
@@ -193,27 +205,85 @@ class OrderedMap {
          }
          return;
       }
-      // Stable: of equal keys the one inserted last comes last.
-      std::stable_sort(waiting.begin(), waiting.end(),
-                       [](Entry const& a, Entry const& b) { return Less{}(a.key, b.key); });
-      merge(waiting);
+      // Of equal keys the one inserted last comes last.
+      if constexpr (hasSortWord) {
+         if (waiting.size() >= wordSortAtLeast) {
+            return merge(InWordOrder(waiting));
+         }
+      }
+      std::stable_sort(waiting.begin(), waiting.end(), byKey);
+      merge(InOrder{waiting});
    }
 
-   void merge(std::vector<Entry>& sorted) const {
+   static constexpr bool byKey(Entry const& a, Entry const& b) { return Less{}(a.key, b.key); }
+
+   // Elements in key order, for merging them in.
+   struct InOrder {
+      std::size_t size() const noexcept { return entries.size(); }
+      Entry& operator[](std::size_t i) const noexcept { return entries[i]; }
+      bool isBefore(std::size_t i, Entry const& other) const { return byKey(entries[i], other); }
+
+      std::vector<Entry>& entries;
+   };
+   // The same for elements that stay where they are while what stands for them is sorted: by the words of their keys,
+   // and by the keys where those are equal. Which of two comes first shows in the words, so that merging seldom waits
+   // for an element that is anywhere in memory.
+   class InWordOrder {
+    public:
+      explicit InWordOrder(std::vector<Entry>& entries) : entries_(entries) {
+         order_.reserve(entries.size());
+         for (auto const& entry : entries) {
+            order_.push_back({entry.key.sortWord(), static_cast<U32>(order_.size())});
+         }
+         sortByWord(order_);
+         for (auto run = order_.begin(); run != order_.end();) {
+            auto const end =
+                std::find_if(run + 1, order_.end(), [run](auto const& next) { return next.word != run->word; });
+            if (end - run > 1) {
+               std::stable_sort(run, end, [&entries](auto const& a, auto const& b) {
+                  return byKey(entries[a.index], entries[b.index]);
+               });
+            }
+            run = end;
+         }
+      }
+
+      std::size_t size() const noexcept { return order_.size(); }
+      Entry& operator[](std::size_t i) const noexcept {
+         if (i + prefetched < order_.size()) {
+            __builtin_prefetch(&entries_[order_[i + prefetched].index]);
+         }
+         return entries_[order_[i].index];
+      }
+      bool isBefore(std::size_t i, Entry const& other) const {
+         U64 const word = order_[i].word;
+         U64 const otherWord = other.key.sortWord();
+         return word != otherWord ? word < otherWord : byKey(entries_[order_[i].index], other);
+      }
+
+    private:
+      static constexpr std::size_t prefetched = 16;
+
+      std::vector<Entry>& entries_;
+      std::vector<WordAndIndex> order_;
+   };
+
+   template <class Sorted>
+   void merge(Sorted const& sorted) const {
       auto old = std::exchange(blocks_, {});
       size_ = 0;
-      auto next = sorted.begin();
+      std::size_t next = 0;
       for (auto& block : old) {
          for (auto& entry : block) {
-            for (; next != sorted.end() && Less{}(next->key, entry.key); ++next) {
-               appendOrReplaceLast(std::move(*next));
+            for (; next != sorted.size() && sorted.isBefore(next, entry); ++next) {
+               appendOrReplaceLast(std::move(sorted[next]));
             }
             append(std::move(entry));
          }
          Block().swap(block);
       }
-      for (; next != sorted.end(); ++next) {
-         appendOrReplaceLast(std::move(*next));
+      for (; next != sorted.size(); ++next) {
+         appendOrReplaceLast(std::move(sorted[next]));
       }
    }
 

@@ -2,8 +2,6 @@
 
 #include "Zam/Clock.h"
 
-#include <gtest/gtest.h>
-
 namespace Kiv::Testing {
 
 namespace {
@@ -90,7 +88,7 @@ TEST(Output6Test, tableHeaderSaysWhatIsShown) {
    entryIs("10.0.0.0/8", box.vrfId);       // of the other family
    box.inputs.routeCacheConfig = cache;
    box.inputs.prefix = {};
-   EXPECT_EQ(box.text().rfind("Displaying 1 of 3 IPv6", 0), 0U);
+   EXPECT_EQ(box.text().rfind("Displaying 2 of 3 IPv6", 0), 0U);
 }
 
 TEST(Output4Test, isisSwitchReplacesTheWholeLegend) {
@@ -143,7 +141,7 @@ TYPED_TEST(OutputTest, gatewayOfLastResort) {
    EXPECT_EQ(box.textAfterLegend().find("Gateway"), std::string::npos) << "another prefix was asked for";
 }
 
-// Route lines, character by character.
+// Route lines, character by character: those that the demo does not show.
 TEST(Output4Test, routeLines) {
    using Via = Vault::Fib::Via;
    using T = V4::RouteType;
@@ -152,57 +150,36 @@ TEST(Output4Test, routeLines) {
       via.weight = weight;
       return via;
    };
-   Interface::IntfConfig described;
-   described.description = "to core";
-   box.intfConfig->intfConfigIs(Lumen::IntfId::named("Ethernet3"), described);
+   auto const here = box.via("192.0.2.1", "Ethernet1");
+   auto const inRed = box.via("192.0.2.1", "Ethernet4");
    box.interfaceIs("Ethernet4", "192.0.2.1/24", false, "red");
-   box.routeIs("10.0.0.0/8", T::ospfInterArea, box.fecIs(1, {box.via("192.0.2.1", "Ethernet1")}));
-   box.routeIs("10.1.0.0/16", T::connected, box.fecIs(2, {box.via("", "Ethernet3")}), 0, 0);
    box.routeIs("10.2.0.0/16", T::eBgp,
                box.fecIs(3, {box.via("192.0.2.9", "Ethernet10"), box.via("192.0.2.10", "Ethernet2"),
                              box.via("192.0.2.9", "Ethernet2")}),
                200, 0);
-   box.routeIs(
-       "10.3.0.0/16", T::staticConfig,
-       box.fecIs(4, {weighted(box.via("192.0.2.1", "Ethernet1"), 9), weighted(box.via("192.0.2.1", "Ethernet4"), 10)}),
-       1, 0);
-   box.routeIs("10.4.0.0/16", T::drop, box.fecIs(5, {}), 1, 0);
-   auto leaked =
-       box.routeIs("10.5.0.0/16", T::isisLevel2,
-                   box.fecIs(6, {box.via("192.0.2.1", "Ethernet1"), box.via("192.0.2.2", "Ethernet1")}), 115, 5);
-   box.leakedRouteIs(leaked, 8);
-   leaked = box.routeIs("10.6.0.0/16", T::connected, box.fecIs(7, {box.via("", "Ethernet1")}), 0, 0);
-   box.leakedRouteIs(leaked, 8);
+   box.routeIs("10.3.0.0/16", T::staticConfig, box.fecIs(4, {weighted(here, 9), weighted(inRed, 10)}), 1, 0);
+   auto const twoWays = box.fecIs(6, {here, box.via("192.0.2.2", "Ethernet1")});
+   box.leakedRouteIs(box.routeIs("10.5.0.0/16", T::isisLevel2, twoWays, 115, 5), 8);
+   box.leakedRouteIs(box.routeIs("10.6.0.0/16", T::connected, box.fecIs(7, {box.via("", "Ethernet1")}), 0, 0), 8);
    box.hardwareUnprogrammedIs("10.2.0.0/16");
    box.kernelUnprogrammedIs("10.2.0.0/16");
    box.kernelUnprogrammedIs("10.5.0.0/16");
    auto const text = box.text();
-   EXPECT_EQ(text.substr(text.find(" O IA     10")),
-             " O IA     10.0.0.0/8 [110/20] via 192.0.2.1, Ethernet1\n"
-             " C        10.1.0.0/16 is directly connected, Ethernet3 to core\n"
+   EXPECT_EQ(text.substr(text.find("*B E%")),
              "*B E%     10.2.0.0/16 [200/0] via 192.0.2.9, Ethernet2\n"
              "                              via 192.0.2.10, Ethernet2\n"
              "                              via 192.0.2.9, Ethernet10\n"
              " S        10.3.0.0/16 [1/0] via 192.0.2.1, Ethernet1, weight 9/19\n"
              "                            via 192.0.2.1, Ethernet4 (egress VRF red), weight 10/19\n"
-             " S        10.4.0.0/16 is directly connected, Null0\n"
              " I L2 L%  10.5.0.0/16 [115/5] (source VRF red) via 192.0.2.1, Ethernet1\n"
              "                                               via 192.0.2.2, Ethernet1\n"
              " C L      10.6.0.0/16 is directly connected (source VRF red), Ethernet1\n"
              "\n");
    auto const json = box.output(2);
    EXPECT_EQ(
-       json.substr(json.find("\"10.2")),
-       R"("10.2.0.0/16":{"hardwareProgrammed":false,"routeType":"eBGP","routeLeaked":false,"kernelProgrammed":false,)"
-       R"("routeAction":"forward","preference":200,"metric":0,"vias":[)"
-       R"({"nexthopAddr":"192.0.2.9","interface":"Ethernet2"},{"nexthopAddr":"192.0.2.10","interface":"Ethernet2"},)"
-       R"({"nexthopAddr":"192.0.2.9","interface":"Ethernet10"}],"directlyConnected":false},)"
-       R"("10.3.0.0/16":{"hardwareProgrammed":true,"routeType":"static","routeLeaked":false,"kernelProgrammed":true,)"
-       R"("routeAction":"forward","preference":1,"metric":0,"vias":[)"
-       R"({"nexthopAddr":"192.0.2.1","interface":"Ethernet1","viaWeight":"9/19"},)"
+       json.substr(json.find(R"("vias":[{"nexthopAddr":"192.0.2.1")")),
+       R"("vias":[{"nexthopAddr":"192.0.2.1","interface":"Ethernet1","viaWeight":"9/19"},)"
        R"({"nexthopAddr":"192.0.2.1","interface":"Ethernet4","egressVrf":"red","viaWeight":"10/19"}],"directlyConnected":false},)"
-       R"("10.4.0.0/16":{"hardwareProgrammed":true,"routeType":"dropRoute","routeLeaked":false,"kernelProgrammed":true,)"
-       R"("routeAction":"drop","directlyConnected":true,"vias":[]},)"
        R"("10.5.0.0/16":{"hardwareProgrammed":true,"routeType":"ISISLevel2","routeLeaked":true,"kernelProgrammed":false,)"
        R"("routeAction":"forward","preference":115,"metric":5,"srcVrf":"red","vias":[)"
        R"({"nexthopAddr":"192.0.2.1","interface":"Ethernet1"},{"nexthopAddr":"192.0.2.2","interface":"Ethernet1"}],"directlyConnected":false},)"
@@ -229,24 +206,11 @@ TYPED_TEST(OutputTest, nexthopGroupsByNameAndId) {
    EXPECT_NE(box.output(2).find(R"("vias":[{"nexthopGroup":{"groupName":"web","groupId":7}},)"), std::string::npos);
 }
 
-TEST(Output6Test, routeLines) {
-   using T = V6::RouteType;
+TEST(Output6Test, aLeakedDropRoute) {
    Box<V6> box;
-   box.routeIs("2001:db8:1::/48", T::ospf,
-               box.fecIs(1, {box.via("fe80::2", "Ethernet1"), box.via("fe80::1", "Ethernet1")}));
-   box.routeIs("2001:db8:2::/64", T::connected, box.fecIs(2, {box.via("", "Ethernet2")}), 0, 1);
-   auto const leaked = box.routeIs("2001:db8:3::/48", T::drop, box.fecIs(3, {}), 1, 0);
-   box.leakedRouteIs(leaked, 8);
-   auto const text = box.text();
-   EXPECT_EQ(text.substr(text.find(" O3       2001")),
-             " O3       2001:db8:1::/48 [110/20]\n"
-             "           via fe80::1, Ethernet1\n"
-             "           via fe80::2, Ethernet1\n"
-             " C        2001:db8:2::/64 [0/1]\n"
-             "           via Ethernet2, directly connected\n"
-             " S L      2001:db8:3::/48 [1/0] (source VRF red)\n"
-             "           Null0\n"
-             "\n");
+   box.leakedRouteIs(box.routeIs("2001:db8:3::/48", V6::RouteType::drop, box.fecIs(3, {}), 1, 0), 8);
+   EXPECT_NE(box.text().find("\n S L      2001:db8:3::/48 [1/0] (source VRF red)\n           Null0\n\n"),
+             std::string::npos);
 }
 
 // A via that resolves through another FEC prints what it resolves to beneath it; a loop ends.

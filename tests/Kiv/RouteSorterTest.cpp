@@ -2,11 +2,8 @@
 
 #include "Zam/TypeRegistry.h"
 
-#include <gtest/gtest.h>
-
 #include <fcntl.h>
 #include <unistd.h>
-#include <thread>
 
 namespace Kiv::Testing {
 

@@ -6,13 +6,6 @@
 #include "tests/cliprint/Capture.h"
 #include "tests/support/StrictJson.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <optional>
-#include <string>
-#include <vector>
-
 // A box of one VRF whose tables a test fills, and the sorter that shows them.
 namespace Kiv::Testing {
 

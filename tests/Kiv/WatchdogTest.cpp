@@ -1,11 +1,7 @@
 #include "Kiv/routedisplay/Watchdog.h"
 
 #include "Zam/ActivityLock.h"
-
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <thread>
+#include "support/Testing.h"
 
 namespace Kiv {
 

@@ -13,6 +13,9 @@ int main() {
 
    auto const& value = std::any_cast<Kiv::CachedVia const&>(object);
    std::cout << value.hop << ' ' << value.viaIndex << ' ' << Kiv::pcode(Routing::Fib::RouteType::connected) << '\n';
+   auto const sorter = Kiv::routeSorterFactory(Kiv::RouteSorter::Inputs());
+   sorter->handleInitialized();
+   std::cout << sorter->sortedRoutes() << (sorter->printRoutes(0xffffU, 1, false) ? " printed\n" : " not printed\n");
    try {
       Lumen::Prefix::parse("10.0.0.0/33");
    } catch (Zam::ParseError const&) {
