@@ -13,14 +13,26 @@
 // follow from the table in Commands.h, and nothing else knows how a command is spelled.
 namespace kiv {
 
-// A keyword, a keyword with a parameter, or a parameter alone, which is known by its form.
+// One of the words that a parameter can be, and the value that it stands for.
+struct Word {
+   std::string_view word;
+   std::string_view value;
+   std::string_view help;
+};
+
+// A keyword, a keyword with a parameter, or a parameter alone, which is one of some words or is known by its form.
 struct Clause {
    std::string_view keyword;
    std::string_view parameter;
    std::string_view help;
    bool required = false;
-   // For a parameter alone: whether a word can be one.
+   // For a parameter alone: the words that it can be, or whether a word can be one.
+   std::span<Word const> words{};
    bool (*accepts)(std::string_view word) = nullptr;
+   // Throws an exception whose text tells what is wrong with a parameter, whatever the state of the box.
+   void (*check)(std::string_view parameter) = nullptr;
+   // Names of clauses of which one has to be given, too.
+   std::span<std::string_view const> needs{};
 
    std::string_view name() const { return keyword.empty() ? parameter : keyword; }
 };
@@ -43,6 +55,7 @@ struct Request {
 
    // Empty when the clause was not given. The name is the clause's keyword, or its parameter when it has none.
    std::optional<std::string> const& value(std::string_view clause) const;
+   bool has(std::string_view clause) const { return value(clause).has_value(); }
 };
 
 }  // namespace kiv

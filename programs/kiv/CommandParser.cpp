@@ -1,6 +1,7 @@
 #include "programs/kiv/CommandParser.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace kiv {
 namespace {
@@ -56,21 +57,37 @@ class Walk {
       if (command == nullptr) {
          missing();
       }
-      values_.resize(command->clauses.size());
-      for (std::size_t i = 0; i < values_.size(); ++i) {
-         if (command->clauses[i].required && !values_[i]) {
+      given_.resize(command->clauses.size());
+      for (std::size_t i = 0; i < given_.size(); ++i) {
+         if (command->clauses[i].required && !given_[i].value) {
             missing();
+         }
+      }
+      for (std::size_t i = 0; i < given_.size(); ++i) {
+         if (given_[i].value) {
+            checkNeeds(command->clauses[i], given_[i].at);
          }
       }
       return *command;
    }
-   std::vector<std::optional<std::string>> takeValues() { return std::move(values_); }
+
+   std::vector<std::optional<std::string>> takeValues() {
+      std::vector<std::optional<std::string>> values;
+      values.reserve(given_.size());
+      for (Given& clause : given_) {
+         values.push_back(std::move(clause.value));
+      }
+      return values;
+   }
 
    std::vector<Candidate> next() const {
       std::vector<Candidate> found;
       for (Choice const& choice : choices()) {
-         found.push_back({choice.clause == nullptr ? std::string(choice.word) : placeholder(*choice.clause),
-                          std::string(choice.help)});
+         if (choice.clause == nullptr) {
+            found.push_back({std::string(choice.word), std::string(choice.help)});
+         } else if (!isGiven(choice.index)) {
+            addCandidates(*choice.clause, found);
+         }
       }
       return found;
    }
@@ -82,6 +99,11 @@ class Walk {
       std::string_view help{};
       Clause const* clause = nullptr;
       std::size_t index = 0;
+      Word const* one = nullptr;  // of the words that the clause's parameter can be
+   };
+   struct Given {
+      std::optional<std::string> value{};
+      std::size_t at = 0;  // the word that it began with
    };
 
    Command const* complete() const {
@@ -90,8 +112,9 @@ class Walk {
       return found != possible_.end() ? *found : nullptr;
    }
 
-   bool given(std::size_t clause) const { return clause < values_.size() && values_[clause]; }
+   bool isGiven(std::size_t clause) const { return clause < given_.size() && given_[clause].value; }
 
+   // All of them, those that were taken before too.
    std::vector<Choice> choices() const {
       std::vector<Choice> found;
       for (Command const* const command : possible_) {
@@ -104,71 +127,134 @@ class Walk {
       }
       if (Command const* const command = complete()) {
          for (std::size_t i = 0; i < command->clauses.size(); ++i) {
-            if (!given(i)) {
-               found.push_back({command->clauses[i].keyword, command->clauses[i].help, &command->clauses[i], i});
-            }
+            found.push_back({command->clauses[i].keyword, command->clauses[i].help, &command->clauses[i], i});
          }
       }
       return found;
    }
 
-   void step() {
-      std::string const& word = words_[at_];
-      std::vector<Choice> const all = choices();
-      std::vector<Choice> fitting;
+   static std::vector<Choice> parameterWords(std::vector<Choice> const& all) {
+      std::vector<Choice> words;
       for (Choice const& choice : all) {
-         if (!choice.word.empty() && choice.word.starts_with(word)) {
-            fitting.push_back(choice);
+         if (choice.clause != nullptr) {
+            for (Word const& word : choice.clause->words) {
+               words.push_back({word.word, word.help, choice.clause, choice.index, &word});
+            }
          }
       }
-      auto const exact = std::ranges::find(fitting, word, &Choice::word);
-      if (exact != fitting.end()) {
-         return take(*exact);
+      return words;
+   }
+
+   static Choice const* spelledOut(std::string_view word, std::vector<Choice> const& among) {
+      auto const found = std::ranges::find(among, word, &Choice::word);
+      return found != among.end() ? &*found : nullptr;
+   }
+
+   // Null when none begins like this; throws when several do.
+   Choice const* shortened(std::string_view word, std::vector<Choice> const& among) const {
+      std::vector<Choice> fitting;
+      Choice const* found = nullptr;
+      for (Choice const& choice : among) {
+         if (choice.word.starts_with(word)) {
+            fitting.push_back(choice);
+            found = &choice;
+         }
       }
       if (fitting.size() > 1) {
          wrong("ambiguous, could be ", fitting);
       }
-      if (fitting.size() == 1) {
-         return take(fitting.front());
-      }
-      for (Choice const& choice : all) {
-         if (choice.clause != nullptr && choice.word.empty() && choice.clause->accepts(word)) {
-            return take(choice);
+      return found;
+   }
+
+   static Choice const* byForm(std::string_view word, std::vector<Choice> const& among) {
+      auto const found = std::ranges::find_if(among, [word](Choice const& choice) {
+         return choice.clause != nullptr && choice.clause->accepts != nullptr && choice.clause->accepts(word);
+      });
+      return found != among.end() ? &*found : nullptr;
+   }
+
+   void step() {
+      std::string_view const word = words_[at_];
+      std::vector<Choice> const all = choices();
+      std::vector<Choice> const words = parameterWords(all);
+      for (Choice const* const choice : {spelledOut(word, all), spelledOut(word, words)}) {
+         if (choice != nullptr) {
+            return take(*choice);
          }
       }
-      repeated(word);
-      wrong("not known here, expected ", all);
+      if (Choice const* choice = shortened(word, all); choice != nullptr) {
+         return take(*choice);
+      }
+      if (Choice const* choice = shortened(word, words); choice != nullptr) {
+         return take(*choice);
+      }
+      if (Choice const* choice = byForm(word, all); choice != nullptr) {
+         return take(*choice);
+      }
+      std::vector<Choice> left;
+      std::ranges::copy_if(all, std::back_inserter(left),
+                           [&](Choice const& choice) { return choice.clause == nullptr || !isGiven(choice.index); });
+      wrong("not known here, expected ", left);
    }
 
    void take(Choice const& choice) {
-      if (choice.clause == nullptr) {
-         std::erase_if(possible_, [&](Command const* c) { return wordAt(c->words, depth_) != choice.word; });
-         ++depth_;
-         ++at_;
+      if (choice.clause != nullptr) {
+         takeClause(choice);
          return;
       }
-      clausesOnly_ = true;
-      at_ += choice.word.empty() ? 0 : 1;
-      std::string value;
-      if (!choice.clause->parameter.empty()) {
-         if (at_ == words_.size()) {
-            throw UsageError(quoted(choice.word) + ": end of " + line() + ": " + std::string(choice.clause->parameter) +
-                             " should follow");
-         }
-         value = words_[at_++];
-      }
-      values_.resize(complete()->clauses.size());
-      values_[choice.index] = std::move(value);
+      std::erase_if(possible_, [&](Command const* c) { return wordAt(c->words, depth_) != choice.word; });
+      ++depth_;
+      ++at_;
    }
 
-   // A clause that was given before is not unknown, but once too often.
-   void repeated(std::string const& word) const {
-      Command const* const command = complete();
-      for (std::size_t i = 0; command != nullptr && i < command->clauses.size(); ++i) {
-         std::string_view const keyword = command->clauses[i].keyword;
-         if (given(i) && !keyword.empty() && keyword.starts_with(word)) {
-            throw UsageError(quoted(word) + ": " + where() + ": given twice");
+   void takeClause(Choice const& choice) {
+      Clause const& clause = *choice.clause;
+      if (isGiven(choice.index)) {
+         wrong(std::string(clause.name()) + " given twice");
+      }
+      clausesOnly_ = true;
+      given_.resize(complete()->clauses.size());
+      given_[choice.index].at = at_;
+      at_ += clause.keyword.empty() ? 0 : 1;
+      given_[choice.index].value = clause.parameter.empty() ? "" : takeParameter(choice);
+   }
+
+   std::string takeParameter(Choice const& choice) {
+      Clause const& clause = *choice.clause;
+      if (at_ == words_.size()) {
+         throw UsageError(quoted(clause.keyword) + ": end of " + line() + ": " + std::string(clause.parameter) +
+                          " should follow");
+      }
+      std::string value(choice.one != nullptr ? choice.one->value : words_[at_]);
+      if (clause.check != nullptr) {
+         try {
+            clause.check(value);
+         } catch (std::exception const& error) {
+            wrong(error.what());
          }
+      }
+      ++at_;
+      return value;
+   }
+
+   void checkNeeds(Clause const& clause, std::size_t at) {
+      auto const& clauses = complete()->clauses;
+      auto const fulfils = [&](std::string_view name) {
+         auto const found = std::ranges::find(clauses, name, &Clause::name);
+         return isGiven(static_cast<std::size_t>(found - clauses.begin()));
+      };
+      if (!clause.needs.empty() && std::ranges::none_of(clause.needs, fulfils)) {
+         at_ = at;
+         wrong("only together with " + alternatives({clause.needs.begin(), clause.needs.end()}));
+      }
+   }
+
+   static void addCandidates(Clause const& clause, std::vector<Candidate>& found) {
+      if (clause.words.empty()) {
+         found.push_back({placeholder(clause), std::string(clause.help)});
+      }
+      for (Word const& word : clause.words) {
+         found.push_back({std::string(word.word), std::string(word.help)});
       }
    }
 
@@ -178,14 +264,19 @@ class Walk {
       for (Choice const& choice : choices) {
          names.emplace_back(choice.word.empty() ? choice.clause->parameter : choice.word);
       }
-      std::string const expected = names.empty() ? "too many words" : std::string(what) + alternatives(names);
-      throw UsageError(quoted(words_[at_]) + ": " + where() + ": " + expected);
+      wrong(names.empty() ? "too many words" : std::string(what) + alternatives(names));
+   }
+
+   // About the word that the walk is at.
+   [[noreturn]] void wrong(std::string_view what) const {
+      throw UsageError(quoted(words_[at_]) + ": word " + std::to_string(at_ + 1) + " of " + line() + ": " +
+                       std::string(what));
    }
 
    [[noreturn]] void missing() const {
       std::vector<std::string> names;
       for (Choice const& choice : choices()) {
-         if (choice.clause == nullptr || choice.clause->required) {
+         if (choice.clause == nullptr || (choice.clause->required && !isGiven(choice.index))) {
             names.push_back(choice.clause == nullptr ? std::string(choice.word) : placeholder(*choice.clause));
          }
       }
@@ -200,14 +291,13 @@ class Walk {
       }
       return text.empty() ? "command line" : quoted(text);
    }
-   std::string where() const { return "word " + std::to_string(at_ + 1) + " of " + line(); }
 
    std::vector<std::string> const& words_;
    std::size_t at_ = 0;
    std::vector<Command const*> possible_;
    std::size_t depth_ = 0;     // how many words of the command are known
    bool clausesOnly_ = false;  // some clause was given, so no more words of a command can follow
-   std::vector<std::optional<std::string>> values_;
+   std::vector<Given> given_;  // in the order of the command's clauses
 };
 
 }  // namespace

@@ -6,8 +6,9 @@
 #include <utility>
 #include <vector>
 
-// Words into a command. Command words and keywords may be shortened as long as only one fits; a word that is spelled
-// out fits itself only.
+// Words into a command. A word that is spelled out is itself only; any other may be the beginning of just one word of a
+// command or keyword, else of just one of the words that a parameter can be, else a parameter that is known by its
+// form. What was given before does not change what a word means.
 namespace kiv {
 
 // The clauses' values refer to nothing of the words. Throws UsageError.

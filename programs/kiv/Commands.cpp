@@ -2,6 +2,7 @@
 
 #include "programs/kiv/Help.h"
 #include "programs/kiv/Load.h"
+#include "programs/kiv/RouteClauses.h"
 #include "programs/kiv/ShowRoute.h"
 
 #include <array>
@@ -13,10 +14,6 @@ bool anyWord(std::string_view) {
    return true;
 }
 
-constexpr auto showRouteClauses = std::to_array<Clause>({
-    {.keyword = "vrf", .parameter = "NAME", .help = "of this VRF instead of the default one"},
-});
-
 constexpr auto loadClauses = std::to_array<Clause>({
     {.keyword = "",
      .parameter = "SNAPSHOT",
@@ -25,16 +22,15 @@ constexpr auto loadClauses = std::to_array<Clause>({
      .accepts = anyWord},
 });
 
-constexpr auto table = std::to_array<Command>({
-    {"show ip route", "the IPv4 route table", showRouteClauses, showIpRoute},
-    {"show ipv6 route", "the IPv6 route table", showRouteClauses, showIpv6Route},
-    {"load", "make the directory given with --state hold the state of a snapshot", loadClauses, loadSnapshot},
-    {"help", "the commands and options", {}, help},
-});
-
 }  // namespace
 
 std::span<Command const> commands() {
+   static auto const table = std::to_array<Command>({
+       {"show ip route", "the IPv4 route table", ipRouteClauses(), showIpRoute},
+       {"show ipv6 route", "the IPv6 route table", ipv6RouteClauses(), showIpv6Route},
+       {"load", "make the directory given with --state hold the state of a snapshot", loadClauses, loadSnapshot},
+       {"help", "the commands and options", {}, help},
+   });
    return table;
 }
 

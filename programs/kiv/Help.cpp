@@ -19,34 +19,69 @@ Options:
   --json             write JSON, as "| json" at the end of a command does
   --help             this text
 
-Words may be shortened while only one fits: kiv sh ip ro. A "?" at the end tells what may follow.
+Words may be shortened while only one fits: kiv sh ip ro; keywords come before the names of protocols. What follows a
+command may stand in any order. A "?" at the end tells what may follow.
 
-Exit status: 0 done; 1 refused, or bad input; 2 no such command or option; 3 damaged tables or an internal fault;
+Exit status: 0 done; 1 refused, or bad input; 2 wrong command or option; 3 damaged tables or an internal fault;
 4 output not written; 130 interrupted.
 )";
+
+constexpr std::size_t lineWidth = 120;
+
+struct Line {
+   std::string left;
+   std::string right;
+};
+
+std::string usageOf(Clause const& clause) {
+   std::string text(clause.keyword);
+   return text.append(text.empty() || clause.parameter.empty() ? "" : " ").append(clause.parameter);
+}
 
 std::string usageOf(Command const& command) {
    std::string text(command.words);
    for (Clause const& clause : command.clauses) {
-      std::string part(clause.keyword);
-      part.append(part.empty() || clause.parameter.empty() ? "" : " ").append(clause.parameter);
-      text += clause.required ? ' ' + part : " [" + part + ']';
+      text.append(clause.required ? " " + usageOf(clause) : "");
    }
    return text;
 }
 
-using Line = std::pair<std::string, std::string>;
+// The command, then what may follow it, indented below.
+void addCommand(Command const& command, std::vector<Line>& lines) {
+   lines.push_back({usageOf(command), std::string(command.help)});
+   for (Clause const& clause : command.clauses) {
+      std::string help(clause.help);
+      for (Word const& word : clause.words) {
+         help.append(" ").append(word.word);
+      }
+      lines.push_back({"  " + usageOf(clause), std::move(help)});
+   }
+}
+
+// Breaks a text at blanks, so that it fits between its column and the line width.
+void appendWrapped(std::string& out, std::string_view text, std::size_t column) {
+   while (column + text.size() > lineWidth) {
+      std::size_t const blank = text.rfind(' ', lineWidth - column);
+      if (blank == std::string_view::npos) {
+         break;
+      }
+      out.append(text.substr(0, blank)).append("\n").append(column, ' ');
+      text.remove_prefix(blank + 1);
+   }
+   out.append(text);
+}
 
 std::string columns(std::vector<Line> const& lines) {
    std::size_t width = 0;
-   for (auto const& [left, right] : lines) {
-      width = std::max(width, left.size());
+   for (Line const& line : lines) {
+      width = std::max(width, line.left.size());
    }
    std::string text;
-   for (auto const& [left, right] : lines) {
-      text.append("  ").append(left);
-      if (!right.empty()) {
-         text.append(width - left.size() + 2, ' ').append(right);
+   for (Line const& line : lines) {
+      text.append("  ").append(line.left);
+      if (!line.right.empty()) {
+         text.append(width - line.left.size() + 2, ' ');
+         appendWrapped(text, line.right, width + 4);
       }
       text += '\n';
    }
@@ -62,7 +97,7 @@ ExitStatus help(Request const&) {
 std::string helpText(std::span<Command const> commands) {
    std::vector<Line> lines;
    for (Command const& command : commands) {
-      lines.emplace_back(usageOf(command), command.help);
+      addCommand(command, lines);
    }
    return "usage: kiv [--state DIR | --snapshot FILE | --kernel] [--json] COMMAND\n\nCommands:\n" + columns(lines) +
           std::string(optionsText);
@@ -71,7 +106,7 @@ std::string helpText(std::span<Command const> commands) {
 std::string nextText(std::span<Command const> commands, std::vector<std::string> const& words) {
    std::vector<Line> lines;
    for (Candidate& candidate : candidates(commands, words)) {
-      lines.emplace_back(std::move(candidate.word), std::move(candidate.help));
+      lines.push_back({std::move(candidate.word), std::move(candidate.help)});
    }
    return lines.empty() ? "  nothing more\n" : columns(lines);
 }

@@ -1,41 +1,60 @@
 #include "programs/kiv/ShowRoute.h"
 
 #include "Kiv/CliSupport.h"
+#include "Zam/OrderedMap.h"
 #include "Zam/TypeRegistry.h"
 #include "cliprint/RendererV2.h"
 #include "programs/kiv/Output.h"
-#include "programs/kiv/SorterArguments.h"
+#include "programs/kiv/RouteRequest.h"
 #include "programs/kiv/Source.h"
 
 #include <unistd.h>
 
-#include <stdexcept>
+#include <utility>
 
 namespace kiv {
 namespace {
 
-// What differs between the families' commands.
-struct Family {
-   char const* sorterType;
-   std::vector<std::any> (*arguments)(state::Inputs&, state::Inputs::Vrf const&, RouteQuery const&);
+struct Ip4 {
+   using Prefix = Lumen::Prefix;
+   using Route = Vault::Fib::Route;
+   static constexpr char const* sorterType = "Kiv::RouteSorter";
 };
-constexpr Family ip4{"Kiv::RouteSorter", sorterArguments};
-constexpr Family ip6{"Kiv::Route6Sorter", sorter6Arguments};
 
-std::vector<state::Inputs::Vrf> requestedVrfs(state::Inputs const& inputs, Request const& request) {
-   std::string const name = request.value("vrf").value_or(std::string(L3::VrfName::defaultVrf));
-   state::Inputs::Vrf const* const vrf = inputs.vrf(name);
-   if (vrf == nullptr) {
-      throw std::runtime_error('"' + name + "\": " + std::string(request.command.words) + ": no such VRF");
+struct Ip6 {
+   using Prefix = Lumen::Ip6Prefix;
+   using Route = Vault::Fib6::Route;
+   static constexpr char const* sorterType = "Kiv::Route6Sorter";
+};
+
+// Takes the routes that the filters hide out of the sorter. A sorter that is asked for longer prefixes looks at its
+// filters before it has a route's FEC, so it would hide nearly every route; once it is done, it has all FECs.
+template <class Family>
+void hideFiltered(std::any& sorter, std::any filters) {
+   auto const& registry = Zam::TypeRegistry::instance();
+   auto const& sorterType = *registry.type(Family::sorterType);
+   auto const& filtersType = *registry.typeOf(filters);
+   using Routes = Zam::OrderedMap<typename Family::Prefix, typename Family::Route>;
+   auto const routes = std::any_cast<Routes>(sorterType.attribute(sorter, "sortedRoute"));
+   for (auto const& [prefix, route] : routes) {
+      std::vector<std::any> const fec{sorterType.call(sorter, "fec", std::vector<std::any>{route.fecId})};
+      if (std::any_cast<bool>(filtersType.call(filters, "filter", fec))) {
+         sorterType.call(sorter, "sortedRouteDel", std::vector<std::any>{prefix});
+      }
    }
-   return {*vrf};
 }
 
 // Selects and prints the routes of one VRF; the output of a command is complete when this is ok.
-ExitStatus printVrf(Family const& family, state::Inputs& inputs, state::Inputs::Vrf const& vrf,
+template <class Family>
+ExitStatus printVrf(state::Inputs& inputs, state::Inputs::Vrf const& vrf, RouteQuery<typename Family::Prefix> query,
                     cliprint::OutputFormat format) {
-   auto const* const type = Zam::TypeRegistry::instance().type(family.sorterType);
-   std::any sorter = type->construct(family.arguments(inputs, vrf, {}));
+   auto const* const type = Zam::TypeRegistry::instance().type(Family::sorterType);
+   bool const filtersLater = query.longerPrefixes && query.filters.has_value();
+   std::any const filters = filtersLater ? std::exchange(query.filters, {}) : std::any();
+   std::any sorter = type->construct(sorterArguments(inputs, vrf, query));
+   if (filtersLater) {
+      hideFiltered<Family>(sorter, filters);
+   }
    constexpr bool vrfHeader = true;
    std::any const complete =
        type->call(sorter, "printRoutes", std::vector<std::any>{U32{STDOUT_FILENO}, format, vrfHeader});
@@ -46,9 +65,10 @@ ExitStatus printVrf(Family const& family, state::Inputs& inputs, state::Inputs::
    return error == 0 ? ExitStatus::interrupted : outputFailed(error);
 }
 
-ExitStatus printText(Family const& family, state::Inputs& inputs, std::vector<state::Inputs::Vrf> const& vrfs) {
+template <class PrintVrf>
+ExitStatus printText(std::vector<state::Inputs::Vrf> const& vrfs, PrintVrf const& print) {
    for (auto const& vrf : vrfs) {
-      if (ExitStatus const status = printVrf(family, inputs, vrf, cliprint::textFormat); status != ExitStatus::ok) {
+      if (ExitStatus const status = print(vrf, cliprint::textFormat); status != ExitStatus::ok) {
          return status;
       }
    }
@@ -56,14 +76,15 @@ ExitStatus printText(Family const& family, state::Inputs& inputs, std::vector<st
 }
 
 // One document, with the document of each VRF under its name.
-ExitStatus printJson(Family const& family, state::Inputs& inputs, std::vector<state::Inputs::Vrf> const& vrfs) {
+template <class PrintVrf>
+ExitStatus printJson(std::vector<state::Inputs::Vrf> const& vrfs, PrintVrf const& print) {
    cliprint::CliPrintBuffer buffer(STDOUT_FILENO);
    constexpr bool ownsDocument = true;
    cliprint::RendererV2 document(cliprint::modelFormat, buffer, ownsDocument);
    document._startJsonObject("vrfs");
    for (auto const& vrf : vrfs) {
       document.startNestedDocument(std::string_view(vrf.name));
-      if (ExitStatus const status = printVrf(family, inputs, vrf, cliprint::modelFormat); status != ExitStatus::ok) {
+      if (ExitStatus const status = print(vrf, cliprint::modelFormat); status != ExitStatus::ok) {
          return status;
       }
    }
@@ -91,11 +112,16 @@ ExitStatus checkedTables(state::Inputs const& inputs, ExitStatus status) {
    return checked(inputs.kernelUnprogrammedRoute, status);
 }
 
-ExitStatus showRoute(Family const& family, Request const& request) {
+template <class Family>
+ExitStatus showRoute(Request const& request) {
    Kiv::registerTypes();
    state::Inputs inputs = inputsFrom(request.options.source);
    auto const vrfs = requestedVrfs(inputs, request);
-   ExitStatus status = request.options.json ? printJson(family, inputs, vrfs) : printText(family, inputs, vrfs);
+   auto const query = requestedRoutes<typename Family::Prefix>(inputs, request);
+   auto const print = [&](state::Inputs::Vrf const& vrf, cliprint::OutputFormat format) {
+      return printVrf<Family>(inputs, vrf, query, format);
+   };
+   ExitStatus status = request.options.json ? printJson(vrfs, print) : printText(vrfs, print);
    for (auto const& vrf : vrfs) {
       status = checked(inputs.routes(vrf.id), status);
       status = checked(inputs.routes6(vrf.id), status);
@@ -106,11 +132,11 @@ ExitStatus showRoute(Family const& family, Request const& request) {
 }  // namespace
 
 ExitStatus showIpRoute(Request const& request) {
-   return showRoute(ip4, request);
+   return showRoute<Ip4>(request);
 }
 
 ExitStatus showIpv6Route(Request const& request) {
-   return showRoute(ip6, request);
+   return showRoute<Ip6>(request);
 }
 
 }  // namespace kiv

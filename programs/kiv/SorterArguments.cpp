@@ -1,9 +1,5 @@
 #include "programs/kiv/SorterArguments.h"
 
-#include "Lumen/Ip6Prefix.h"
-#include "Lumen/Prefix.h"
-#include "Zam/TypeRegistry.h"
-
 namespace kiv {
 namespace {
 
@@ -14,14 +10,7 @@ struct OfFamily {
    std::any attachedRoutes;
    std::any ipStatus;
    std::any hardwareStatus;
-   std::any prefix;
 };
-
-std::any noFilters() {
-   auto const* const type = Zam::TypeRegistry::instance().type("Kiv::RouteFilterColl");
-   constexpr bool discardNonMatchingVia = false;
-   return type->construct(std::vector<std::any>{discardNonMatchingVia});
-}
 
 std::vector<std::any> tableArguments(state::Inputs const& inputs, OfFamily const& family) {
    return {family.vrf.routingConfig,
@@ -44,13 +33,13 @@ std::vector<std::any> tunnelTableArguments(state::Inputs const& inputs) {
    return std::apply([](auto const&... table) { return std::vector<std::any>{table...}; }, inputs.tunnelTables);
 }
 
-std::vector<std::any> requestArguments(state::Inputs::Vrf const& vrf, OfFamily const& family, RouteQuery const& query) {
+template <class Prefix>
+std::vector<std::any> requestArguments(state::Inputs::Vrf const& vrf, RouteQuery<Prefix> const& query) {
    constexpr bool hostRoutes = false;
    constexpr S32 reserved31 = 0;
    constexpr double noTimings = 0;
-   constexpr bool prefixHasMask = false;
-   return {family.prefix,
-           nullptr,  // interface of the request
+   return {query.requested.prefix,
+           query.intfStatus,
            Zam::String(query.protocol),
            query.showHidden,
            query.longerPrefixes,
@@ -59,10 +48,10 @@ std::vector<std::any> requestArguments(state::Inputs::Vrf const& vrf, OfFamily c
            hostRoutes,
            reserved31,
            noTimings,
-           prefixHasMask};
+           query.requested.hasMask};
 }
 
-std::vector<std::any> displayArguments(state::Inputs const& inputs) {
+std::vector<std::any> displayArguments(state::Inputs const& inputs, std::any const& filters) {
    constexpr bool nexthopGroupDisplay = true;
    constexpr bool showLocalInterface = true;
    constexpr bool reserved39 = false;
@@ -73,7 +62,7 @@ std::vector<std::any> displayArguments(state::Inputs const& inputs) {
            showLocalInterface,
            reserved39,
            inputs.unprogrammedRouteStatus,
-           noFilters(),
+           filters.has_value() ? filters : nullptr,
            inputs.l3Config,
            inputs.routeCacheConfig,
            inputs.routeCacheEvpnViaConfig,
@@ -91,28 +80,30 @@ std::vector<std::any> lastArguments(state::Inputs const& inputs) {
 
 }  // namespace
 
-std::vector<std::any> sorterArguments(state::Inputs& inputs, state::Inputs::Vrf const& vrf, RouteQuery const& query) {
-   OfFamily const family{vrf.ip,          inputs.routes(vrf.id),        inputs.attachedRouteStatus,
-                         inputs.ipStatus, inputs.routingHardwareStatus, Lumen::Prefix()};
+std::vector<std::any> sorterArguments(state::Inputs& inputs, state::Inputs::Vrf const& vrf,
+                                      RouteQuery<Lumen::Prefix> const& query) {
+   OfFamily const family{vrf.ip, inputs.routes(vrf.id), inputs.attachedRouteStatus, inputs.ipStatus,
+                         inputs.routingHardwareStatus};
    constexpr bool isisOnlyLegend = false;
    std::vector<std::any> arguments = tableArguments(inputs, family);
    append(arguments, tunnelTableArguments(inputs));
-   append(arguments, requestArguments(vrf, family, query));
-   append(arguments, displayArguments(inputs));
+   append(arguments, requestArguments(vrf, query));
+   append(arguments, displayArguments(inputs, query.filters));
    arguments.emplace_back(isisOnlyLegend);
    append(arguments, lastArguments(inputs));
    return arguments;
 }
 
-std::vector<std::any> sorter6Arguments(state::Inputs& inputs, state::Inputs::Vrf const& vrf, RouteQuery const& query) {
-   OfFamily const family{vrf.ip6,          inputs.routes6(vrf.id),        inputs.attachedRoute6Status,
-                         inputs.ip6Status, inputs.routing6HardwareStatus, Lumen::Ip6Prefix()};
-   constexpr bool intfFilter = false;
+std::vector<std::any> sorterArguments(state::Inputs& inputs, state::Inputs::Vrf const& vrf,
+                                      RouteQuery<Lumen::Ip6Prefix> const& query) {
+   OfFamily const family{vrf.ip6, inputs.routes6(vrf.id), inputs.attachedRoute6Status, inputs.ip6Status,
+                         inputs.routing6HardwareStatus};
+   bool const intfFilter = query.intfStatus != nullptr;
    std::vector<std::any> arguments = tableArguments(inputs, family);
    append(arguments, tunnelTableArguments(inputs));
-   append(arguments, requestArguments(vrf, family, query));
+   append(arguments, requestArguments(vrf, query));
    arguments.emplace_back(intfFilter);
-   append(arguments, displayArguments(inputs));
+   append(arguments, displayArguments(inputs, query.filters));
    append(arguments, lastArguments(inputs));
    return arguments;
 }

@@ -114,6 +114,11 @@ Inputs::Table<Vault::Fib6::RouteStatus> Inputs::routes6(VrfId vrfId) {
    return mounted(routes6_, vrfId, *manager_, "fib6/route/");
 }
 
+Inputs::Table<::Interface::IntfStatus> Inputs::intfStatus(std::string_view name) const {
+   auto const found = intfStatus_.find(name);
+   return found != intfStatus_.end() ? found->second : nullptr;
+}
+
 void Inputs::vrfsAre(State const& state) {
    auto const names = Zam::makePtr<::Vrf::VrfIdMap::Status>();
    auto const attached = Zam::makePtr<Routing::AttachedRouteStatus>();
@@ -142,6 +147,9 @@ void Inputs::interfacesAre(State const& state) {
       L3::VrfName const vrfName = known != nullptr ? *known : L3::VrfName();
       config->intfConfigIs(interface.intfId, {.description = Zam::String(interface.description)});
       layer3->intfVrfIs(interface.intfId, vrfName);
+      auto const status = Zam::makePtr<::Interface::IntfStatus>(interface.intfId);
+      status->vrfIdIs(interface.vrfId);
+      intfStatus_.emplace(interface.intfId.name(), status);
       addAddresses(*ip, interface, vrfName, interface.addresses);
       addAddresses(*ip6, interface, vrfName, interface.addresses6);
    }

@@ -27,8 +27,10 @@
 #include "Vrf/VrfIdMap/Status.h"
 #include "programs/state/State.h"
 
+#include <functional>
 #include <map>
 #include <optional>
+#include <string>
 #include <tuple>
 
 namespace state {
@@ -68,6 +70,8 @@ class Inputs {
    Vrf const* vrf(std::string_view name) const;
    Table<Vault::Fib::RouteStatus> routes(VrfId vrfId);
    Table<Vault::Fib6::RouteStatus> routes6(VrfId vrfId);
+   // Null when there is no interface of that name.
+   Table<::Interface::IntfStatus> intfStatus(std::string_view name) const;
 
    Table<Vault::Fib::ForwardingStatus> forwardingStatus{};
    Table<Vault::Fib6::ForwardingStatus> forwarding6Status{};
@@ -108,6 +112,7 @@ class Inputs {
    std::vector<Vrf> vrfs_;
    std::map<VrfId, Table<Vault::Fib::RouteStatus>> routes_;
    std::map<VrfId, Table<Vault::Fib6::RouteStatus>> routes6_;
+   std::map<std::string, Table<::Interface::IntfStatus>, std::less<>> intfStatus_;
 };
 
 // The inputs of a state directory, and those of a state that is nowhere but in this process.

@@ -1,12 +1,9 @@
 #pragma once
 
 #include "programs/kernel/RtnlBytes.h"
+#include "support/Testing.h"
 
 #include <linux/netlink.h>
-#include <cstddef>
-#include <cstring>
-#include <string>
-#include <vector>
 
 // Writes dumps as the kernel would, for what no recorded machine shows.
 namespace kernelTest {

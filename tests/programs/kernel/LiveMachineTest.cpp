@@ -1,33 +1,12 @@
 #include "programs/kernel/KernelState.h"
+#include "tests/Vault/VaultTesting.h"
 #include "tests/programs/kernel/RouteLines.h"
 
-#include <gtest/gtest.h>
 #include <sched.h>
-#include <array>
-#include <cstdio>
-#include <memory>
-#include <thread>
-#include <utility>
 
 namespace kernelTest {
 
 namespace {
-
-std::string outputOf(std::string const& command) {
-   auto const close = [](std::FILE* pipe) { pclose(pipe); };
-   std::unique_ptr<std::FILE, decltype(close)> const pipe(popen(("{ " + command + "\n} 2>&1").c_str(), "r"), close);
-   std::string output;
-   std::array<char, 4096> buffer;
-   while (std::size_t const count = pipe ? std::fread(buffer.data(), 1, buffer.size(), pipe.get()) : 0) {
-      output.append(buffer.data(), count);
-   }
-   return output;
-}
-
-IpJson jsonOfMachine() {
-   return {outputOf("ip -j -d addr"), outputOf("ip -j -d -4 route show table all"),
-           outputOf("ip -j -d -6 route show table all")};
-}
 
 // The commands need nothing but what every kernel with network namespaces has.
 constexpr char const* setUp = R"(set -e
@@ -58,20 +37,25 @@ std::string enterEmptyNamespace() {
    return outputOf("ip -V").find("iproute2") == std::string::npos ? "no ip command" : outputOf(setUp);
 }
 
+// What iproute2 shows, left in a directory, and as a whole.
+std::string shown(std::string const& dir) {
+   return outputOf("cd " + dir + R"( && ip -j -d addr >addr.json && ip -j -d -4 route show table all >routes4.json &&
+ip -j -d -6 route show table all >routes6.json && cat *.json)");
+}
+
 // Links settle in the background: compares what was read while iproute2 showed the same before and after.
 void compare() {
+   Vault::Testing::TempDir const dir;
    state::State state;
-   IpJson json = jsonOfMachine();
-   bool isSettled = false;
-   for (int attempt = 0; attempt < 50 && !isSettled; ++attempt) {
-      IpJson const before = std::exchange(json, {});
+   std::string before;
+   std::string after = shown(dir / "");
+   for (int attempt = 0; attempt < 50 && before != after; ++attempt) {
+      before = std::exchange(after, "");
       state = kernel::readMachine();
-      json = jsonOfMachine();
-      isSettled = json == before;
+      after = shown(dir / "");
    }
-   ASSERT_TRUE(isSettled);
-   EXPECT_EQ(difference(routeLines(state), routeLines(json)), "");
-   EXPECT_EQ(difference(interfaceLines(state), interfaceLines(json)), "");
+   ASSERT_EQ(before, after);
+   EXPECT_EQ(difference(allLines(state), shownLines(dir / "")), Lines());
    EXPECT_FALSE(state.vrfs.front().routing);
 }
 
@@ -83,7 +67,7 @@ void compareLinkStates() {
    // The kernel stops telling what next-hop objects stand for.
    Lines const before = routeLines(kernel::readMachine());
    EXPECT_EQ(outputOf("sysctl -qw net.ipv4.nexthop_compat_mode=0"), "");
-   EXPECT_EQ(difference(routeLines(kernel::readMachine()), before), "");
+   EXPECT_EQ(difference(routeLines(kernel::readMachine()), before), Lines());
 }
 
 }  // namespace

@@ -5,16 +5,12 @@
 #include "tests/programs/kernel/RouteLines.h"
 
 #include <arpa/inet.h>
-#include <gtest/gtest.h>
 #include <linux/if_addr.h>
 #include <linux/lwtunnel.h>
 #include <linux/mpls_iptunnel.h>
 #include <linux/nexthop.h>
 #include <linux/rtnetlink.h>
 #include <cerrno>
-#include <functional>
-#include <random>
-#include <set>
 
 namespace kernelTest {
 
@@ -39,15 +35,6 @@ Attributes tenSlashEight() {
 
 std::vector<kernel::KernelRoute> routesOf(Attributes const& attributes) {
    return kernel::parseRoutes(DumpBuilder().add(RTM_NEWROUTE, routeHeader(), attributes).done(), AddressFamily::ipv4);
-}
-
-std::string errorOf(std::function<void()> const& parse) {
-   try {
-      parse();
-   } catch (RtnlError const& error) {
-      return error.what();
-   }
-   return "";
 }
 
 // All the ways in which a State may rely on what it was made from.
@@ -90,8 +77,9 @@ void expectSound(state::State const& state) {
 
 TEST(RtnlRefusal, ofWhatTheKernelReports) {
    ByteVector const error = DumpBuilder().add(NLMSG_ERROR, nlmsgerr{-EPERM, {}}).bytes();
-   EXPECT_EQ(errorOf([&] { kernel::parseLinks(error); }), "rtnetlink: the kernel answers: Operation not permitted");
-   EXPECT_EQ(errorOf([&] { kernel::parseLinks(DumpBuilder().done(-ENOBUFS)); }),
+   EXPECT_EQ(testsupport::complaintOf<RtnlError>([&] { kernel::parseLinks(error); }),
+             "rtnetlink: the kernel answers: Operation not permitted");
+   EXPECT_EQ(testsupport::complaintOf<RtnlError>([&] { kernel::parseLinks(DumpBuilder().done(-ENOBUFS)); }),
              "rtnetlink: the kernel answers: No buffer space available");
    ByteVector const interrupted =
        DumpBuilder().add(RTM_NEWROUTE, routeHeader(), tenSlashEight(), NLM_F_DUMP_INTR).done();

@@ -78,26 +78,33 @@ TEST_F(KivProgram, SaysHowItWentByExitStatusAndOneLine) {
    }
 }
 
-TEST_F(KivProgram, PrintsTheDemoAsItDid) {
+TEST_F(KivProgram, PrintsTheExamplesAsItDid) {
    struct Case {
+      char const* snapshot;
       char const* command;
       char const* golden;
    };
+   constexpr char const* longer =
+       "show ip route 198.51.100.0/24 longer-prefixes bgp nexthop 192.0.2.5 matching-vias-only";
    constexpr auto cases = std::to_array<Case>({
-       {"show ip route", "demo.ip.txt"},
-       {"show ip route | json", "demo.ip.json"},
-       {"show ipv6 route", "demo.ipv6.txt"},
-       {"show ipv6 route | json", "demo.ipv6.json"},
-       {"show ip route vrf red", "demo.ip.red.txt"},
-       {"show ip route vrf red | json", "demo.ip.red.json"},
-       {"show ipv6 route vrf mgmt", "demo.ipv6.mgmt.txt"},
+       {"DEMO", "show ip route", "demo.ip.txt"},
+       {"DEMO", "show ip route | json", "demo.ip.json"},
+       {"DEMO", "show ipv6 route", "demo.ipv6.txt"},
+       {"DEMO", "show ipv6 route | json", "demo.ipv6.json"},
+       {"DEMO", "show ip route vrf red", "demo.ip.red.txt"},
+       {"DEMO", "show ip route vrf red | json", "demo.ip.red.json"},
+       {"DEMO", "show ipv6 route vrf mgmt", "demo.ipv6.mgmt.txt"},
+       {"ROUTES", "show ip route vrf all dhcp", "routes.ip.all.dhcp.txt"},
+       {"ROUTES", "show ip route vrf all dhcp | json", "routes.ip.all.dhcp.json"},
+       {"ROUTES", longer, "routes.ip.longer.txt"},
+       {"ROUTES", "show ipv6 route nexthop-group taps", "routes.ipv6.taps.txt"},
    });
-   ASSERT_EQ(run("$KIV load $DEMO --state $DIR/s").status, 0);
+   ASSERT_EQ(run("$KIV load $DEMO --state $DIR/DEMO; $KIV load $ROUTES --state $DIR/ROUTES").status, 0);
    for (Case const& c : cases) {
       std::string const golden = fileText(std::string(KIV_SOURCE_DIR "/tests/programs/golden/") + c.golden);
       std::string const command = std::string(" '") + c.command + "'";
-      EXPECT_EQ(run("$KIV --snapshot $DEMO" + command).out, golden);
-      EXPECT_EQ(run("$KIV --state $DIR/s" + command).out, golden);
+      EXPECT_EQ(run("$KIV --snapshot $" + std::string(c.snapshot) + command).out, golden);
+      EXPECT_EQ(run("$KIV --state $DIR/" + std::string(c.snapshot) + command).out, golden);
       if (golden.starts_with('{')) {
          EXPECT_TRUE(StrictJson::parse(golden)) << c.golden;
       }

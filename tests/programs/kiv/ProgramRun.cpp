@@ -19,6 +19,7 @@ ProgramRun::ProgramRun() : dir_((fs::temp_directory_path() / "kivTest.XXXXXX").s
    dir_ = name;
    ::setenv("KIV", KIV_PROGRAM, 1);
    ::setenv("DEMO", KIV_SOURCE_DIR "/examples/demo.json", 1);
+   ::setenv("ROUTES", KIV_SOURCE_DIR "/examples/routes.json", 1);
    ::setenv("DIR", name.c_str(), 1);
    ::unsetenv("KIV_STATE");
 }

@@ -5,8 +5,8 @@
 
 namespace testsupport {
 
-// What a shell command left: its exit status and outputs. "$KIV" is the program under test, "$DEMO" the example
-// snapshot, "$DIR" a directory of the caller's own.
+// What a shell command left: its exit status and outputs. "$KIV" is the program under test, "$DEMO" and
+// "$ROUTES" the example snapshots, "$DIR" a directory of the caller's own.
 struct Finished {
    int status = -1;
    std::string out{};
