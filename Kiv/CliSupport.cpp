@@ -53,6 +53,8 @@ void registerSorter(char const* name) {
        .operation("fecHas", &Sorter::fecHas)
        .operation("fecDel", &Sorter::fecDel)
        .operation("fecDelAll", &Sorter::fecDelAll)
+       .operation(
+           "getFilteredRoutesCount", +[](Sorter& sorter) { return getFilteredRoutesCount(&sorter); })
        .operation("sortedRouteIs", &Sorter::sortedRouteIs)
        .operation("sortedRouteDel", &Sorter::sortedRouteDel)
        .operation("sortedRouteDelAll", &Sorter::sortedRouteDelAll)

@@ -27,7 +27,8 @@ template <class Fec, class Table>
 Fec lookedUp(Zam::Ptr<Table const> const& table, FecId fecId) {
    return safeLookup(table.get(), [&](Table const& fecs) {
       Fec record;
-      return fecs.fec(fecId, record) ? record : Fec{};
+      fecs.fec(fecId, record);  // leaves it empty when there is none
+      return record;
    });
 }
 

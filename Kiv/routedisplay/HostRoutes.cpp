@@ -51,7 +51,7 @@ class HostRouteRendering {
 
    void printRoute(Route const& route) {
       auto const fec = sorter_.fec(route.fecId);
-      if (fec && fec->preparedVias == 0) {
+      if (fec && fec->preparedVias == fec->viaEvpnEntry.size()) {
          prepareHostVias<Family>(*fec, route.routeType);
       }
       StringAttrInfo const prefix("prefix", renderer_, route.prefix);

@@ -80,7 +80,7 @@ class RouteSorterOf : public Zam::PtrInterface {
       return name != nullptr ? std::string_view(*name) : std::string_view();
    }
 
-   // Some via of a selected route has an IPv6 next hop.
+   // Some FEC that was copied, for a hidden route too, is of IPv6 or has such a next hop.
    bool hasV6Nexthop() const noexcept { return hasV6Nexthop_; }
    void hasV6NexthopIs(bool has) noexcept { hasV6Nexthop_ = has; }
 

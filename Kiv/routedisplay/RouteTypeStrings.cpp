@@ -12,7 +12,7 @@ constexpr char const* source = "Kiv/CliSupport";
 
 // Indexed by type; a row without a code pointer is a type without an entry.
 constexpr RouteTypeStrings noEntry{nullptr, nullptr, nullptr, nullptr};
-constexpr RouteTypeStrings neverShown{"", "", "", ""};
+constexpr RouteTypeStrings withoutCode{"", "", "", ""};
 constexpr RouteTypeStrings internalConnected{"C", "connected", "C", "internal"};
 constexpr RouteTypeStrings attached{"", "", "", "attached"};
 constexpr RouteTypeStrings ospf3{"O3", "OSPFv3", "O3", "ospfv3Total"};
@@ -20,7 +20,7 @@ constexpr RouteTypeStrings iBgp{"B I", "iBGP", "B", "bgpInternal"};
 constexpr RouteTypeStrings eBgp{"B E", "eBGP", "B", "bgpExternal"};
 
 constexpr std::array<RouteTypeStrings, maxRouteType + 1> routeTypes{{
-    /*  0 */ neverShown,
+    /*  0 */ withoutCode,
     /*  1 */ internalConnected,
     /*  2 */ internalConnected,
     /*  3 */ internalConnected,
@@ -32,7 +32,7 @@ constexpr std::array<RouteTypeStrings, maxRouteType + 1> routeTypes{{
     /*  9 */ {"K", "kernel", "K", "internal"},
     /* 10 */ {"R", "RIP", "R", "rip"},
     /* 11 */ {"C", "connected", "C", "connected"},
-    /* 12 */ neverShown,
+    /* 12 */ withoutCode,
     /* 13 */ {"A B", "bgpAggregate", "A", "aggregate"},
     /* 14 */ {"A O", "ospfSummary", "A", "aggregate"},
     /* 15 */ {"O", "OSPF", "O", "ospfIntraArea"},
@@ -63,13 +63,13 @@ constexpr std::array<RouteTypeStrings, maxRouteType + 1> routeTypes{{
     /* 40 */ {"RC", "routeCacheConnected", "RC", "routeCacheConnected"},
     /* 41 */ {"RCF", "routeCacheForward", "RCF", "routeCacheForward"},
     /* 42 */ {"G", "gribi", "G", "gribi"},
-    /* 43 */ neverShown,
-    /* 44 */ neverShown,
+    /* 43 */ withoutCode,
+    /* 44 */ withoutCode,
 }};
 
 // The words differ from IPv4's where scripts came to know them differently; they stay as they are.
 constexpr std::array<RouteTypeStrings, maxRoute6Type + 1> route6Types{{
-    /*  0 */ neverShown,
+    /*  0 */ withoutCode,
     /*  1 */ internalConnected,
     /*  2 */ internalConnected,
     /*  3 */ attached,
@@ -77,7 +77,7 @@ constexpr std::array<RouteTypeStrings, maxRoute6Type + 1> route6Types{{
     /*  5 */ {"K", "kernel", "K", "internal"},
     /*  6 */ {"R", "RIP", "R", ""},
     /*  7 */ {"C", "connected", "C", "connected"},
-    /*  8 */ neverShown,
+    /*  8 */ withoutCode,
     /*  9 */ {"A B", "bgpAggregate", "A", "aggregate"},
     /* 10 */ {"A O", "ospfSummary", "A", "aggregate"},
     /* 11 */ {"O3", "ospf", "O3", "ospfTotal"},
@@ -99,8 +99,8 @@ constexpr std::array<RouteTypeStrings, maxRoute6Type + 1> route6Types{{
     /* 27 */ {"RC", "routeCacheConnected", "RC", "routeCacheConnected"},
     /* 28 */ {"RCF", "routeCacheForward", "RCF", "routeCacheForward"},
     /* 29 */ {"G", "gribi", "G", "gribi"},
-    /* 30 */ neverShown,
-    /* 31 */ neverShown,
+    /* 30 */ withoutCode,
+    /* 31 */ withoutCode,
 }};
 
 template <class RouteType, std::size_t Size>

@@ -13,7 +13,7 @@
 namespace Kiv {
 
 struct RouteTypeStrings {
-   char const* code;             // in the route table, one to four characters; empty for types that are never shown
+   char const* code;             // in the route table, one to four characters; empty for types that have none
    char const* modelWord;        // in the model
    char const* protocolCode;     // what a protocol filter is compared with
    char const* summaryCategory;  // the key under which the route summary counts

@@ -5,11 +5,11 @@
 #include "Kiv/routedisplay/RouteTypeStrings.h"
 #include "Kiv/routedisplay/SafeLookup.h"
 #include "Kiv/routedisplay/Trace.h"
-#include "Kiv/routedisplay/Watchdog.h"
 
 #include <array>
 #include <span>
 #include <utility>
+#include <vector>
 
 namespace Kiv {
 
@@ -28,9 +28,12 @@ bool isOwnPrefix(RouteSorterOf<Family> const& sorter, typename Family::Route con
           (route.srcVrfId == Vrf::VrfIdMap::noVrf && sorter.isLoopbackPrefix(sorter.inputs().vrfId, route.prefix));
 }
 
-template <class Prefix>
-bool isLinkLocal(Prefix const& prefix) {
-   return prefix.stringValue() == "fe80::/10";
+bool isLinkLocal(Lumen::Ip6Prefix const& prefix) {
+   static Lumen::Ip6Prefix const linkLocal = Lumen::Ip6Prefix::parse("fe80::/10");
+   return prefix == linkLocal;
+}
+bool isLinkLocal(Lumen::Prefix const& /* prefix */) {
+   return false;
 }
 
 // Whether a route that is not the box's own has something to print, given its FEC, if that is in the cache.
@@ -98,13 +101,11 @@ void walkFib(RouteSorterOf<Family> const& sorter, Visit&& visit) {
 
 template <class Family>
 void selectFromRouteCache(RouteSorterOf<Family>& sorter, typename Family::Prefix const& within) {
-   U32 count = 0;
    walkRouteCache(sorter, [&](auto const& prefix, auto const& entry) {
       if (within.contains(prefix)) {
          auto const route = createRouteCacheRoute(sorter, prefix, entry);
          selected(sorter, route, sorter.findFec(route.fecId));
       }
-      allowWatchdog(count);
    });
 }
 
@@ -217,14 +218,25 @@ void selectAttachedHosts(RouteSorterOf<Family>& sorter) {
    if (!in.attachedRouteStatus) {
       return;
    }
+   auto const isOurs = [&in](auto const& key, auto const& attached) {
+      return attached.active && attached.vrfId == in.vrfId && key.address.family() == Family::addressFamily;
+   };
+   auto const& neighbors = in.attachedRouteStatus->route();
+   std::vector<Routing::AttachedRouteKey> keys;
+   for (auto const& [key, attached] : neighbors) {
+      if (isOurs(key, attached)) {
+         keys.push_back(key);
+      }
+   }
+   // Others are let in between them: what is gone by then is no neighbor any more.
    U32 count = 0;
-   for (auto const& [key, attached] : in.attachedRouteStatus->route()) {
-      if (attached.active && attached.vrfId == in.vrfId && key.address.family() == Family::addressFamily) {
-         auto const address = Family::addrOf(key.address);
-         if (!fibRoute(sorter, typename Family::Prefix(address, Family::Prefix::maxLength))) {
-            auto const route = createAttachedRoute(sorter, address, key.intfId);
-            sorter.sortedRouteIs(route.prefix, route);
-         }
+   for (auto const& key : keys) {
+      auto const address = Family::addrOf(key.address);
+      auto const* const attached = neighbors.find(key);
+      if (attached != nullptr && isOurs(key, *attached) &&
+          !fibRoute(sorter, typename Family::Prefix(address, Family::Prefix::maxLength))) {
+         auto const route = createAttachedRoute(sorter, address, key.intfId);
+         sorter.sortedRouteIs(route.prefix, route);
       }
       allowWatchdog(count);
    }

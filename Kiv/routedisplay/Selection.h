@@ -1,8 +1,10 @@
 #pragma once
 
 #include "Kiv/routedisplay/RouteSorter.h"
+#include "Kiv/routedisplay/Watchdog.h"
 
 #include <optional>
+#include <vector>
 
 // Which routes a command shows. Every candidate passes filterRoute before it is stored in the sorter's sortedRoute.
 namespace Kiv {
@@ -28,19 +30,27 @@ template <class Family>
 std::optional<typename Family::Route> fibRoute(RouteSorterOf<Family> const& sorter,
                                                typename Family::Prefix const& prefix);
 
-// Calls `visit(prefix, entry)` for the VRF's route cache entries of this family that the FIB does not hold.
+// Calls `visit(prefix, entry)` for the VRF's route cache entries of this family that the FIB does not hold. Lets other
+// activities in between entries; those that are gone by then are left out.
 template <class Family, class Visit>
 void walkRouteCache(RouteSorterOf<Family> const& sorter, Visit&& visit) {
    auto const& in = sorter.inputs();
    if (!in.routeCacheConfig) {
       return;
    }
+   std::vector<Routing::Rib::RouteConfigKey> keys;
    for (auto const& [key, entry] : in.routeCacheConfig->route()) {
       if (key.vrfId == in.vrfId && key.prefix.family() == Family::addressFamily) {
-         if (auto const prefix = Family::prefixOf(key.prefix); !fibRoute(sorter, prefix)) {
-            visit(prefix, entry);
-         }
+         keys.push_back(key);
       }
+   }
+   U32 count = 0;
+   for (auto const& key : keys) {
+      auto const prefix = Family::prefixOf(key.prefix);
+      if (auto const* const entry = in.routeCacheConfig->route(key); entry != nullptr && !fibRoute(sorter, prefix)) {
+         visit(prefix, *entry);
+      }
+      allowWatchdog(count);
    }
 }
 

@@ -25,7 +25,8 @@ class Table {
    explicit Table(std::string path) : Table(TableFile::openReader(std::move(path), layout)) {}
 
    TableFile const& file() const noexcept { return file_; }
-   U32 live() const noexcept { return load(file_.header().live); }
+   // As the writer counts; never more than there is room for, whatever stands there.
+   U32 live() const noexcept { return std::min(load(file_.header().live), file_.shape().capacity); }
    bool empty() const noexcept { return live() == 0; }
 
    // Copies the record of `key`; false when there is none. `extra(record)` is called to copy what else belongs to the

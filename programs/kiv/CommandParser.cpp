@@ -247,6 +247,10 @@ class Walk {
          at_ = at;
          wrong("only together with " + alternatives({clause.needs.begin(), clause.needs.end()}));
       }
+      if (!clause.excludes.empty() && fulfils(clause.excludes)) {
+         at_ = at;
+         wrong("not together with " + std::string(clause.excludes));
+      }
    }
 
    static void addCandidates(Clause const& clause, std::vector<Candidate>& found) {

@@ -78,7 +78,10 @@ constexpr auto clausesOf(std::span<Word const> protocolWords) {
        {.keyword = routeClause::matchingViasOnly,
         .parameter = "",
         .help = "of each route, only the vias that match the next hop and interface",
-        .needs = matchingWhat},
+        .needs = matchingWhat,
+        // Vias that are taken out of a FEC for one route would be missing when the next that shares it is asked for a
+        // group.
+        .excludes = routeClause::nexthopGroup},
        {.keyword = routeClause::all, .parameter = "", .help = "also martian, link-local and unresolved routes"},
        {.keyword = routeClause::vrf, .parameter = "NAME|all", .help = "of this VRF, or of all, not of the default one"},
    });

@@ -10,8 +10,6 @@
 
 #include <unistd.h>
 
-#include <utility>
-
 namespace kiv {
 namespace {
 
@@ -26,6 +24,21 @@ struct Ip6 {
    using Route = Vault::Fib6::Route;
    static constexpr char const* sorterType = "Kiv::Route6Sorter";
 };
+
+// What the collection holds, which is taken out of it.
+Kiv::RouteFilterColl::Filters withdrawnFilters(std::any& collection) {
+   auto const& type = *Zam::TypeRegistry::instance().typeOf(collection);
+   auto const filters = std::any_cast<Kiv::RouteFilterColl::Filters>(type.attribute(collection, "filterColl"));
+   type.call(collection, "filterCollDelAll", {});
+   return filters;
+}
+
+void filtersAre(std::any& collection, Kiv::RouteFilterColl::Filters const& filters) {
+   auto const& type = *Zam::TypeRegistry::instance().typeOf(collection);
+   for (auto const& filter : filters) {
+      type.call(collection, "filterCollIs", std::vector<std::any>{filter});
+   }
+}
 
 // Takes the routes that the filters hide out of the sorter. A sorter that is asked for longer prefixes looks at its
 // filters before it has a route's FEC, so it would hide nearly every route; once it is done, it has all FECs.
@@ -50,10 +63,11 @@ ExitStatus printVrf(state::Inputs& inputs, state::Inputs::Vrf const& vrf, RouteQ
                     cliprint::OutputFormat format) {
    auto const* const type = Zam::TypeRegistry::instance().type(Family::sorterType);
    bool const filtersLater = query.longerPrefixes && query.filters.has_value();
-   std::any const filters = filtersLater ? std::exchange(query.filters, {}) : std::any();
+   auto const filters = filtersLater ? withdrawnFilters(query.filters) : Kiv::RouteFilterColl::Filters();
    std::any sorter = type->construct(sorterArguments(inputs, vrf, query));
    if (filtersLater) {
-      hideFiltered<Family>(sorter, filters);
+      filtersAre(query.filters, filters);
+      hideFiltered<Family>(sorter, query.filters);
    }
    constexpr bool vrfHeader = true;
    std::any const complete =

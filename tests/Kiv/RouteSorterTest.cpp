@@ -9,97 +9,13 @@ namespace Kiv::Testing {
 
 namespace {
 
+// A sorter's life and output as a whole; what it selects is judged by SelectionOracleTest.
 template <class Family>
 class RouteSorterTest : public ::testing::Test {
  public:
    Box<Family> box_;
-
-   using Prefixes = std::vector<std::string>;
-   void nestedRoutesAre() {
-      for (auto const* const prefix : {Family::elsewhere, Family::nested[2], Family::nested[0], Family::nested[1]}) {
-         box_.routeIs(prefix, Family::ospf);
-      }
-   }
 };
 TYPED_TEST_SUITE(RouteSorterTest, Families);
-
-TYPED_TEST(RouteSorterTest, wholeTableInPrefixOrder) {
-   this->nestedRoutesAre();
-   auto const& n = TypeParam::nested;
-   EXPECT_EQ(this->box_.selected(), (std::vector<std::string>{n[0], n[1], n[2], TypeParam::elsewhere}));
-   EXPECT_EQ(this->box_.sorter()->selectedRoutes(), 4U);
-}
-
-TYPED_TEST(RouteSorterTest, longerPrefixesIncludeThePrefixItself) {
-   this->nestedRoutesAre();
-   this->box_.inputs.prefix = this->box_.prefix(TypeParam::nested[1]);
-   this->box_.inputs.longerPrefixes = true;
-   EXPECT_EQ(this->box_.selected(), (std::vector<std::string>{TypeParam::nested[1], TypeParam::nested[2]}));
-}
-
-TYPED_TEST(RouteSorterTest, longestMatchPassesOverWhatTheFilterHides) {
-   this->nestedRoutesAre();
-   auto& box = this->box_;
-   box.inputs.prefix = box.prefix(TypeParam::inNested);
-   EXPECT_EQ(box.sorter()->longestPrefixMatch(), box.prefix(TypeParam::nested[2]));
-   box.routeIs(TypeParam::nested[2], TypeParam::RouteType::martian);
-   EXPECT_EQ(box.sorter()->longestPrefixMatch(), box.prefix(TypeParam::nested[1]));
-   box.inputs.showHidden = true;
-   EXPECT_EQ(box.sorter()->longestPrefixMatch(), box.prefix(TypeParam::nested[2]));
-   box.inputs.protocol = "S";
-   EXPECT_TRUE(box.sorter()->longestPrefixMatch().isNullPrefix());
-}
-
-TYPED_TEST(RouteSorterTest, hidesWhatHasNothingToShow) {
-   auto& box = this->box_;
-   auto const fec = box.fecIs(2, {box.via("", "Ethernet1")});
-   auto const invalid = box.fecIs(3, {box.via(TypeParam::hop, "")});
-   using RouteType = typename TypeParam::RouteType;
-   box.routeIs(TypeParam::nested[0], RouteType::unknown, fec);
-   box.routeIs(TypeParam::nested[1], RouteType::attached, fec);
-   box.routeIs(TypeParam::nested[2], RouteType::staticConfig, {});       // no FEC
-   box.routeIs(TypeParam::elsewhere, RouteType::staticConfig, invalid);  // no via with an interface
-   box.routeIs(TypeParam::inNested, static_cast<RouteType>(200), fec);   // a type that there is not
-   EXPECT_TRUE(box.selected().empty());
-   box.inputs.showHidden = true;
-   EXPECT_EQ(box.selected(), std::vector<std::string>{TypeParam::elsewhere});
-   box.routeIs(TypeParam::nested[1], RouteType::nexthopGroup, {});
-   box.routeIs(TypeParam::nested[2], RouteType::staticConfig, box.fecIdOf(99));  // a FEC that has vanished
-   EXPECT_EQ(box.selected(),
-             (std::vector<std::string>{TypeParam::nested[1], TypeParam::nested[2], TypeParam::elsewhere}));
-}
-
-// The box's own prefixes are shown when they are an interface's, in the sorter's VRF.
-TYPED_TEST(RouteSorterTest, receiveRoutesAreShownForInterfaceAddressesOnly) {
-   auto& box = this->box_;
-   auto const fec = box.fecIs(1, {box.via("", "Loopback0")});
-   box.routeIs(TypeParam::inNested, TypeParam::RouteType::receive, fec);
-   EXPECT_TRUE(box.selected().empty());
-   box.interfaceIs("Loopback0", TypeParam::inNested, false, "red");
-   EXPECT_TRUE(box.selected().empty());
-   box.interfaceIs("Loopback0", TypeParam::inNested);
-   EXPECT_EQ(box.selected(), std::vector<std::string>{TypeParam::inNested});
-}
-
-TEST(RouteSorter4Test, loopbackPrefixesAreShownWhateverTheirMask) {
-   Box<V4> box;
-   auto const fec = box.fecIs(1, {Box<V4>::via("", "Loopback0")});
-   auto const route = box.routeIs("10.1.1.0/24", V4::RouteType::receive, fec);
-   box.interfaceIs("Loopback0", "10.1.1.1/24");
-   EXPECT_TRUE(box.selected().empty());
-   box.interfaceIs("Loopback0", "10.1.1.1/24", true);
-   EXPECT_EQ(box.selected(), std::vector<std::string>{"10.1.1.0/24"});
-   box.leakedRouteIs(route, 8);
-   EXPECT_TRUE(box.selected().empty()) << "it is another VRF's";
-}
-
-TEST(RouteSorter6Test, linkLocalIsShownWithTheHidden) {
-   Box<V6> box;
-   box.routeIs("fe80::/10", V6::RouteType::receive);
-   EXPECT_TRUE(box.selected().empty());
-   box.inputs.showHidden = true;
-   EXPECT_EQ(box.selected(), std::vector<std::string>{"fe80::/10"});
-}
 
 TYPED_TEST(RouteSorterTest, protocolStringIsFiveColumns) {
    auto& box = this->box_;

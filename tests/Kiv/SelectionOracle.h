@@ -70,6 +70,12 @@ struct Restriction {
 };
 
 template <class Family>
+struct Request {
+   typename Family::Sorter::Inputs inputs;
+   std::vector<Restriction> restrictions;
+};
+
+template <class Family>
 struct World {
    using Route = typename Family::Route;
 
@@ -95,15 +101,14 @@ class SelectionOracle {
    using Route = typename Family::Route;
    using RouteType = typename Family::RouteType;
    using Prefix = typename Family::Prefix;
-   using Inputs = typename Family::Sorter::Inputs;
 
-   SelectionOracle(World<Family> const& world, Inputs const& request, std::vector<Restriction> const& restrictions)
+   SelectionOracle(World<Family> const& world, Request<Family> const& request)
        : world_(world),
-         request_(request),
-         restrictions_(restrictions) {
-      if (request.routeCacheConfig) {
-         for (auto const& [key, entry] : request.routeCacheConfig->route()) {
-            if (key.vrfId == request.vrfId && key.prefix.family() == Family::addressFamily) {
+         request_(request.inputs),
+         restrictions_(request.restrictions) {
+      if (request_.routeCacheConfig) {
+         for (auto const& [key, entry] : request_.routeCacheConfig->route()) {
+            if (key.vrfId == request_.vrfId && key.prefix.family() == Family::addressFamily) {
                cacheEntries_.emplace_back(bitsOf(Family::prefixOf(key.prefix)), entry);
             }
          }
@@ -119,7 +124,9 @@ class SelectionOracle {
       } else if (request_.longerPrefixes) {
          selectInside(bitsOf(request_.prefix));
       } else {
-         selectLongestMatch(bitsOf(request_.prefix));
+         for (auto bits = bitsOf(request_.prefix); !selectExactly(bits) && !bits.empty();) {
+            bits.pop_back();
+         }
       }
       std::vector<Shown<Family>> all;
       for (auto const& [bits, route] : selected_) {
@@ -129,6 +136,12 @@ class SelectionOracle {
          all.back().route.fecId = isMadeUp(route.fecId) ? FecId::of(4, 0) : route.fecId;
       }
       return all;
+   }
+   // Those of the tables that it took: the routes' own, and all that they lead to.
+   std::set<FecId> cachedFecs() const {
+      auto fromTables = cached_;
+      std::erase_if(fromTables, isMadeUp);
+      return fromTables;
    }
 
  private:
@@ -150,8 +163,9 @@ class SelectionOracle {
             selectIfShown(routeOf(bits, entry));
          }
       }
-      auto inside = world_.routes;
-      std::erase_if(inside, [&outer](auto const& each) { return !each.first.starts_with(outer); });
+      std::vector<std::pair<std::string, Route>> inside;
+      std::ranges::copy_if(world_.routes, std::back_inserter(inside),
+                           [&outer](auto const& each) { return each.first.starts_with(outer); });
       auto const hostBits = Prefix::maxLength - outer.size();
       if (hostBits < 20 && 10 * (2U << hostBits) < world_.routes.size()) {  // few to look up, many to walk
          std::ranges::sort(inside, {}, [](auto const& each) { return std::pair(each.first.size(), each.first); });
@@ -160,11 +174,6 @@ class SelectionOracle {
          if (selectIfShown(route)) {
             copyFec(route.fecId);
          }
-      }
-   }
-   void selectLongestMatch(std::string bits) {
-      while (!selectExactly(bits) && !bits.empty()) {
-         bits.pop_back();
       }
    }
    bool selectExactly(std::string const& wanted) {
@@ -325,7 +334,7 @@ class SelectionOracle {
    }
 
    World<Family> const& world_;
-   Inputs const& request_;
+   typename Family::Sorter::Inputs const& request_;
    std::vector<Restriction> const& restrictions_;
    std::vector<std::pair<std::string, Routing::Rib::RouteConfigEntry>> cacheEntries_;  // of this VRF and family
    std::set<FecId> cached_;

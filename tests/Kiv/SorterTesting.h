@@ -201,6 +201,8 @@ class Box {
    Zam::Ptr<Vault::KernelUnprogrammedRoute::UnprogrammedRouteWriter> kernel_;
 };
 
+extern template class Box<V4>;  // takes long to compile, and does so once
+extern template class Box<V6>;
 using Families = ::testing::Types<V4, V6>;
 
 }  // namespace Kiv::Testing

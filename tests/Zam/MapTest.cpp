@@ -94,6 +94,34 @@ TYPED_TEST(AnyMap, CopiesAreIndependentAndMovesLeaveAnEmptyMap) {
    EXPECT_EQ(map.find(3), nullptr);
 }
 
+// Keys that are sorted by a word first, which they share by fours.
+struct WordKey {
+   U32 value;
+   auto operator<=>(WordKey const&) const = default;
+   U64 sortWord() const noexcept { return U64{value / 4} << 20U; }
+};
+
+// Many insertions between two reads are sorted at once; the last of equal keys counts.
+TEST(OrderedMap, SortsWhatIsInsertedInOneGo) {
+   std::mt19937 random(12);
+   Zam::OrderedMap<WordKey, Text> byWord;
+   Ordered byKey;
+   std::map<U32, Text> reference;
+   for (int round = 0; round != 3; ++round) {
+      for (int i = 0; i != 4000; ++i) {
+         auto const key = static_cast<U32>(random() % 20000);
+         auto const value = std::to_string(round * 4000 + i);
+         byWord.insertOrReplace({key}, value);
+         byKey.insertOrReplace(key, value);
+         reference.insert_or_assign(key, value);
+      }
+      expectSame(byKey, reference);
+      ASSERT_TRUE(std::ranges::equal(byWord, reference, [](auto const& entry, auto const& expected) {
+         return entry.key.value == expected.first && entry.value == expected.second;
+      }));
+   }
+}
+
 TEST(OrderedMap, LowerBoundFindsThePlaceAcrossBlocks) {
    Ordered map;
    for (U32 key = 0; key != 4000; key += 2) {

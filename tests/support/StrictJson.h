@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-// JSON as strangers read it, to judge what writes ours: one document by the letter of its grammar, well-formed UTF-8, no
-// whole number beyond 64 bits, and no key twice.
+// JSON as strangers read it, to judge what writes ours: one document by the letter of its grammar, well-formed UTF-8,
+// no whole number beyond 64 bits, and no key twice.
 namespace testsupport {
 
 struct JsonMember;

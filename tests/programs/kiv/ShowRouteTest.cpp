@@ -265,6 +265,8 @@ TEST_F(ShowRoute, RefusesInOneLine) {
         "\"longer-prefixes\": word 4 of \"show ip route longer-prefixes\": only together with ADDRESS|PREFIX"},
        {"ip route match nexthop-group any", 2,
         "\"match\": word 4 of \"show ip route match nexthop-group any\": only together with nexthop or interface"},
+       {"ip route match nexthop-group any interface e1", 2,
+        "\"match\": word 4 of \"show ip route match nexthop-group any interface e1\": not together with nexthop-group"},
        {"ip route bgp ospf", 2, "\"ospf\": word 5 of \"show ip route bgp ospf\": PROTOCOL given twice"},
        {"ip route interface e1 i e2", 2, "\"i\": word 6 of \"show ip route interface e1 i e2\": interface given twice"},
        {"ipv6 route vcs", 2,
