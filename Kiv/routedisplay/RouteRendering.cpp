@@ -231,10 +231,10 @@ bool RouteRendering<Family>::printIpVias(CachedFec const& fec, Layout const& lay
       directlyConnected = printIpVia(fec, via, index, layout) || directlyConnected;
       ++index;
    }
-   for (U16 i = 0; i < fec.viaEvpnEntry.size(); ++i) {
+   for (U32 i = 0; i < fec.viaEvpnEntry.size(); ++i) {
       auto const entry = JsonScope::listEntry(renderer_);
       startViaLine(index++, layout);
-      printEvpnVia(*fec.viaEvpnEntry.find(i));
+      printEvpnVia(*fec.viaEvpnEntry.find(static_cast<U16>(i)));
    }
    return directlyConnected;
 }
