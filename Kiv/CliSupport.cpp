@@ -71,6 +71,11 @@ void registerFecCache() {
        .operation("isForwardingVrfAction", &CachedVia::isForwardingVrfAction);
    registry.value<CachedNhgVia>();
    registry.value<CachedFallbackVia>();
+   registry.value<PolicyInfo>();
+   registry.value<PolicyInfoSet>();
+   registry.value<ColoredTepInfo>();
+   registry.value<CbfInfo>();
+   registry.value<CbfInfoSet>();
    registry.entity<CachedFec>("Kiv::CachedFec")
        .constructor(&cachedFecFactory)
        .attribute("fecId", &CachedFec::fecId)
@@ -95,6 +100,10 @@ void registerFecCache() {
        .collection("viaEvpnEntry", &CachedFec::viaEvpnEntry)
        .collection("viaLabelStack", &CachedFec::viaLabelStack)
        .collection("hostToCpu", &CachedFec::hostToCpu)
+       .collection("tunVia", &CachedFec::tunVia)
+       .collection("tunViaBackupVia", &CachedFec::tunViaBackupVia)
+       .collection("tunViaPolicyInfoSet", &CachedFec::tunViaPolicyInfoSet)
+       .collection("ipEncapTunInfo", &CachedFec::ipEncapTunInfo)
        .collection("nhgVia", &CachedFec::nhgVia)
        .collection("nhgName", &CachedFec::nhgName)
        .collection("fallbackVia", &CachedFec::fallbackVia)

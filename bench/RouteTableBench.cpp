@@ -7,9 +7,12 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <atomic>
+#include <charconv>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <new>
 #include <random>
 #include <string>
 #include <vector>
@@ -23,6 +26,27 @@
 // A whole route command over a full IPv4 table: selecting the routes, and printing them in either format. The prefixes
 // come from the file that KIV_BENCH_PREFIXES names, one a line; without it they are made up, with the lengths of an
 // Internet table.
+namespace {
+
+std::atomic<U64> allocations{0};
+
+}  // namespace
+
+// Counted, for the whole process: printing is to allocate nothing per route.
+void* operator new(std::size_t size) {
+   allocations.fetch_add(1, std::memory_order_relaxed);
+   if (void* const memory = std::malloc(size); memory != nullptr) {
+      return memory;
+   }
+   throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept {
+   std::free(memory);
+}
+void operator delete(void* memory, std::size_t /* size */) noexcept {
+   std::free(memory);
+}
+
 namespace {
 
 using Kiv::RouteSorter;
@@ -104,6 +128,19 @@ RouteSorter::Inputs const& fullTable() {
       return made;
    }();
    return inputs;
+}
+
+// Of the process's own memory now, the tables that it shares with their writer left out.
+double ownBytes() {
+   std::ifstream in("/proc/self/status");
+   for (std::string word; in >> word;) {
+      if (word == "RssAnon:") {
+         double kilobytes = 0;
+         in >> kilobytes;
+         return kilobytes * 1024;
+      }
+   }
+   return 0;
 }
 
 double peakMegabytes() {
@@ -199,9 +236,13 @@ BENCHMARK(longerPrefixes)->Arg(24)->Arg(20)->Arg(16)->Arg(8)->ArgName("length")-
 // Into a file in memory first, which tells the size, then over and over into nothing.
 void printRoutes(benchmark::State& state) {
    auto const format = static_cast<U32>(state.range(0));
+   fullTable();
+   double const before = ownBytes();
    auto const sorter = initializedSorter();
    int const file = ::memfd_create("output", 0);
+   U64 const allocationsBefore = allocations;
    sorter->printRoutes(static_cast<U32>(file), format, false);
+   U64 const allocated = allocations - allocationsBefore;
    struct stat output {};
    ::fstat(file, &output);
    ::close(file);
@@ -210,10 +251,52 @@ void printRoutes(benchmark::State& state) {
       sorter->printRoutes(static_cast<U32>(null), format, false);
    }
    ::close(null);
+   auto const routes = static_cast<double>(sorter->sortedRoutes());
    state.SetItemsProcessed(state.iterations() * sorter->sortedRoutes());
    state.SetBytesProcessed(state.iterations() * output.st_size);
+   state.counters["allocationsPerFec"] = static_cast<double>(allocated) / fecs;
+   state.counters["ownBytesPerRoute"] = (ownBytes() - before) / routes;
    state.counters["peakMB"] = peakMegabytes();
 }
 BENCHMARK(printRoutes)->Arg(1)->Arg(2)->ArgName("format")->Unit(benchmark::kMillisecond);
+
+// What no output can do without: as many lines, written by hand from an array into a buffer of the same size.
+void printFloor(benchmark::State& state) {
+   struct Line {
+      Lumen::Prefix prefix;
+      U32 metric;
+      U32 fec;
+   };
+   std::vector<Line> lines;
+   fullTable().routingStatus->walk([&](Vault::Fib::Route const& route) {
+      lines.push_back({route.prefix, route.metric, static_cast<U32>(route.fecId.id() - 1)});
+   });
+   std::sort(lines.begin(), lines.end(), [](auto const& a, auto const& b) { return a.prefix < b.prefix; });
+   std::vector<std::string> vias;
+   for (U32 i = 0; i < fecs; ++i) {
+      auto const via = fecOf(i).vias.front();
+      vias.push_back("] via " + via.hop.stringValue() + ", " + via.intfId.stringValue() + "\n");
+   }
+   int const null = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+   std::vector<char> buffer(cliprint::globalBufsize);
+   for (auto _ : state) {
+      char* at = buffer.data();
+      for (auto const& line : lines) {
+         at += std::string_view(" B E      ").copy(at, 10);
+         at += line.prefix.formatTo(at);
+         at += std::string_view(" [200/").copy(at, 6);
+         at = std::to_chars(at, at + 10, line.metric).ptr;
+         at += vias[line.fec].copy(at, vias[line.fec].size());
+         if (static_cast<std::size_t>(at - buffer.data()) > buffer.size() * 2 / 3) {
+            benchmark::DoNotOptimize(::write(null, buffer.data(), static_cast<std::size_t>(at - buffer.data())));
+            at = buffer.data();
+         }
+      }
+      benchmark::DoNotOptimize(::write(null, buffer.data(), static_cast<std::size_t>(at - buffer.data())));
+   }
+   ::close(null);
+   state.SetItemsProcessed(state.iterations() * static_cast<S64>(lines.size()));
+}
+BENCHMARK(printFloor)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -1,5 +1,5 @@
 # The floors of the house: each folder of platform/ that has sources, and Kiv, is an object library of its own. They are
-# listed from the ground up. What is named neither in kiv_ground nor in kiv_upper is an entity folder between the two.
+# listed from the ground up; the display side of an entity folder, CliSupport, is one above the renderer. What is named neither in kiv_ground nor in kiv_upper is an entity folder between the two.
 set(kiv_ground Zam Lumen)
 set(kiv_upper Vault Hive cliprint)
 
@@ -17,6 +17,7 @@ function(kiv_add_floors)
    file(GLOB folders RELATIVE ${PROJECT_SOURCE_DIR}/platform CONFIGURE_DEPENDS platform/*)
    foreach(folder IN LISTS folders)
       file(GLOB_RECURSE sources CONFIGURE_DEPENDS platform/${folder}/*.cpp)
+      list(FILTER sources EXCLUDE REGEX "/platform/[^/]+/CliSupport/")
       if(NOT sources)
          continue()  # headers only
       endif()
@@ -26,6 +27,9 @@ function(kiv_add_floors)
          list(APPEND entities ${folder})
       endif()
    endforeach()
+   file(GLOB_RECURSE sources CONFIGURE_DEPENDS platform/*/CliSupport/*.cpp)
+   kiv_object_library(CliSupport ${sources})
+   list(APPEND floors CliSupport)
    file(GLOB_RECURSE sources CONFIGURE_DEPENDS Kiv/*.cpp)
    if(sources)
       kiv_object_library(Kiv ${sources})

@@ -2,17 +2,33 @@
 
 #include "Kiv/routedisplay/CachedVia.h"
 #include "Kiv/routedisplay/PerVia.h"
+#include "Kiv/routedisplay/PolicyInfo.h"
 #include "Lumen/MplsLabelOperation.h"
+#include "Tunnel/CliSupport/CachedTunVia.h"
 #include "Tunnel/TunnelTable/EvpnVxlanTunnelEntry.h"
 #include "Vault/Fib.h"
 #include "Zam/Export.h"
 #include "Zam/OrderedMap.h"
 #include "Zam/Ptr.h"
 #include "Zam/String.h"
+#include "cliprint/RendererV2.h"
 
 #include <set>
+#include <vector>
 
 namespace Kiv {
+
+// Traffic that a FEC of the policy table sends into a tunnel, or, without one, straight to a next hop.
+struct PolicyVia {
+   Tunnel::TunnelId tunnelId = 0;
+   Tunnel::CliSupport::SortedTunVia nexthop{};
+   Lumen::MplsLabel label{};
+   U16 weight = 1;
+};
+struct CbfClassVias {
+   std::vector<U8> dscp{};
+   std::vector<PolicyVia> vias{};
+};
 
 // A sorter's private copy of one FEC: its vias in display order, and the texts that print them. It is filled when the
 // FEC is first met and shared by every route that uses it; only a filter that prunes vias and a host that is reached
@@ -36,11 +52,18 @@ class KIV_EXPORT CachedFec final : public Zam::PtrInterface {
    // Some via leaves through an interface, or through what stands for one.
    bool hasValidIntf() const noexcept { return hasValidIntf_; }
 
+   // FECs of this adjacency type send their traffic into SR-TE policies.
+   static constexpr U8 adjTypeSrTePolicy = 20;
+   bool isSrTePolicy() const noexcept { return fecId_.value() >> 56U == adjTypeSrTePolicy; }
+   // Some via forwards into a nexthop group; known once the texts are prepared.
+   bool isNexthopGroup() const noexcept { return nhgVia.size() != 0; }
+
  private:
    // Vias have moved; what was prepared for their places is no longer theirs.
    void textsGone() noexcept {
       textsPrepared = false;
       preparedVias = viaEvpnEntry.size();
+      printed = {};
    }
 
    // First, on one cache line: every route that is selected asks for it.
@@ -72,12 +95,34 @@ class KIV_EXPORT CachedFec final : public Zam::PtrInterface {
    PerVia<CachedNhgVia> nhgVia;
    PerVia<Zam::String> nhgName;
    PerVia<CachedFallbackVia> fallbackVia;
+   PerVia<Zam::Ptr<Tunnel::CliSupport::CachedTunVia const>> tunVia;  // of vias that lead into a tunnel
+   PerVia<Zam::Ptr<Tunnel::CliSupport::CachedTunVia const>> tunViaBackupVia;
+   PerVia<PolicyInfoSet> tunViaPolicyInfoSet;                      // of those whose tunnel is a policy
+   PerVia<Tunnel::CliSupport::CachedIpTunnelInfo> ipEncapTunInfo;  // of vias out of a tunnel interface
+   PerVia<Tunnel::TunnelTable::EvpnVxlanTunnelEntry> vxlanEntry;   // of vias over VXLAN
    std::set<U16> hostToCpu;  // in the host route table: vias that lead to the box itself
 
    // Keyed by position in the FEC's own table.
    PerVia<Vault::Fib::ForwardingAction> viaForwardingAction;
    PerVia<Zam::String, U32> viaWeight;
    PerVia<Tunnel::TunnelTable::EvpnVxlanTunnelEntry> viaEvpnEntry;
+
+   // The VXLAN next hops of vias, which their tunnel tells.
+   Zam::OrderedMap<CachedVia, Tunnel::TunnelTable::EvpnVxlanTunnelEntry> vxlanOfVia;
+   // What carries the traffic besides the vias: as copied, and resolved once it is printed.
+   std::vector<PolicyVia> policyVias;
+   std::vector<CbfClassVias> cbfClasses;
+   PolicyInfoSet policyInfoSet;
+   CbfInfoSet cbfInfoSet;
+
+   // What every route with this FEC prints alike, once a second one does.
+   struct Printed {
+      enum class State : U8 { never, once, recorded, tooLarge };
+      State state = State::never;
+      cliprint::OutputFormat format{};  // that all this is about
+      cliprint::Recording recording{};
+   };
+   Printed printed{};
 };
 
 KIV_EXPORT Zam::Ptr<CachedFec> cachedFecFactory(Vault::Fib::FecId fecId);

@@ -53,6 +53,15 @@ Lumen::IntfId displayedIntfId(Vault::Fib::Via const& via, CachedVia const& cache
    return via.intfId;
 }
 
+// The VXLAN next hop of a via, which its tunnel tells.
+template <class Family>
+Tunnel::TunnelTable::EvpnVxlanTunnelEntry const* vxlanEntry(RouteSorterOf<Family> const& sorter,
+                                                            Vault::Fib::Via const& via) {
+   auto const& table = sorter.inputs().evpnVxlanTunnelTable;
+   bool const isVxlan = Tunnel::tunnelType(via.tunnelId) == Tunnel::TunnelType::evpnVxlan;
+   return isVxlan && table ? table->entry(via.tunnelId) : nullptr;
+}
+
 // The VRF that the via leaves through, from its interface.
 template <class Family>
 void takeVrf(RouteSorterOf<Family> const& sorter, Lumen::IntfId const& intfId, CachedVia& cached) {
@@ -121,7 +130,34 @@ void copyVias(RouteSorterOf<Family>& sorter, CachedFec& fec, Fec const& record, 
       if (FecId const next(via.intfId.fecId()); next && !cached.isForwardingVrfAction() && !sorter.fecHas(next)) {
          pending.push_back(next);
       }
+      if (auto const* const entry = vxlanEntry(sorter, via); entry != nullptr) {
+         fec.vxlanOfVia.insertOrReplace(cached, *entry);
+      }
       fec.viaIs(std::move(cached), true);
+   }
+}
+
+template <class Family>
+std::vector<PolicyVia> policyVias(RouteSorterOf<Family> const& sorter, FecId fecId) {
+   std::vector<PolicyVia> vias;
+   for (auto const& via : lookedUp<Vault::Fib::Fec>(sorter.inputs().policyForwardingStatus, fecId).vias) {
+      vias.push_back({via.tunnelId, {.intfId = via.intfId, .hop = via.hop}, via.label, U16{via.weight}});
+   }
+   return vias;
+}
+
+// Where policies take the traffic: of a policy FEC all of it, of others the classes that are overridden.
+template <class Family>
+void copyPolicies(RouteSorterOf<Family> const& sorter, CachedFec& fec) {
+   if (fec.isSrTePolicy()) {
+      fec.policyVias = policyVias(sorter, fec.fecId());
+   }
+   auto const& overrides = sorter.inputs().cbfFecOverrideMap;
+   auto const* const classes = overrides ? overrides->fecOverride(fec.fecId().value()) : nullptr;
+   if (classes != nullptr) {
+      for (auto const& each : *classes) {
+         fec.cbfClasses.push_back({each.dscp, policyVias(sorter, FecId(each.fecId))});
+      }
    }
 }
 
@@ -138,6 +174,7 @@ void cachedFecIs(RouteSorterOf<Family>& sorter, FecId fecId, Fec const& record, 
          sorter.hasV6NexthopIs(true);
       }
       copyVias(sorter, *fec, record, pending);
+      copyPolicies(sorter, *fec);
    }
    sorter.fecIs(fec);
 }

@@ -1,12 +1,11 @@
 #include "Kiv/routedisplay/RouteRendering.h"
 
 #include "Kiv/KivCliPrint.h"
-#include "Kiv/routedisplay/OutputParts.h"
+#include "Kiv/routedisplay/Trace.h"
 #include "Kiv/routedisplay/ViaTexts.h"
+#include "Lumen/IpGenPrefix.h"
 #include "cliprint/AttrInfo.h"
 #include "cliprint/JsonScope.h"
-
-#include <charconv>
 
 namespace Kiv {
 
@@ -17,23 +16,14 @@ using cliprint::StringAttrInfo;
 
 constexpr std::size_t prefixColumn = 10;
 constexpr std::size_t indent6 = 11;
-constexpr std::size_t indentPerDepth = 4;
-// Vias that resolve through further FECs are printed down to this depth, so that a loop among them ends.
-constexpr U32 maxDepth = 16;
-// Depth alone does not end what FECs with several vias to each other expand to; no real route has this many.
-constexpr U32 maxPrintedVias = 65'536;
-
-constexpr std::string_view unknownNexthopGroup = "NexthopGroupUnknown";
+// The largest piece that a FEC keeps to print it again; vias by the hundred are printed anew for each route.
+constexpr std::size_t maxRecordingSize = 4096;
 
 constexpr auto blankText = [] {
-   std::array<char, 256> blanks{};
+   std::array<char, prefixColumn> blanks{};
    blanks.fill(' ');
    return blanks;
 }();
-
-constexpr std::string_view blanks(std::size_t count) {
-   return {blankText.data(), std::min(count, blankText.size())};
-}
 
 constexpr std::size_t digits(U32 number) {
    std::size_t count = 1;
@@ -41,11 +31,6 @@ constexpr std::size_t digits(U32 number) {
       ++count;
    }
    return count;
-}
-
-// The next hop text of a via without a gateway: the destination itself is on the link.
-bool isDirectlyConnected(std::string_view nexthop) {
-   return nexthop == "0.0.0.0" || nexthop == "::";
 }
 
 }  // namespace
@@ -62,18 +47,6 @@ int printSrcVrfHeader(cliprint::RendererV2& renderer, std::string_view srcVrf) {
 }
 
 template <class Family>
-CachedFec const* RouteRendering<Family>::preparedFec(Vault::Fib::FecId fecId) const {
-   auto const* const fec = sorter_.fecs().find(fecId);
-   if (fec == nullptr) {
-      return nullptr;
-   }
-   if (!(*fec)->textsPrepared) {
-      prepareViaTexts(sorter_, **fec);
-   }
-   return fec->get();
-}
-
-template <class Family>
 std::string_view RouteRendering<Family>::srcVrfName(Route const& route) const {
    auto const& in = sorter_.inputs();
    if (route.srcVrfId == Vrf::VrfIdMap::noVrf || route.srcVrfId == in.vrfId) {
@@ -85,37 +58,90 @@ std::string_view RouteRendering<Family>::srcVrfName(Route const& route) const {
 
 template <class Family>
 void RouteRendering<Family>::printRoute(Route const& route) {
-   printedVias_ = 0;
-   StringAttrInfo const prefix("prefix", renderer_, route.prefix);
-   Line line{route, prefix.getArg().value, preparedFec(route.fecId), srcVrfName(route), {}, {}};
-   if (line.fec != nullptr && line.fec->vias() == 1) {
-      line.nexthop = line.fec->nexthopAddr.find(0)->bytes();
-      line.interface = line.fec->interface.find(0)->bytes();
+   vias_.reset();
+   Line line{.routeType = route.routeType,
+             .prefix = route.prefix,
+             .preference = route.preference,
+             .metric = route.metric,
+             .srcVrf = srcVrfName(route),
+             .fec = vias_.preparedFec(route.fecId)};
+   if (line.fec == nullptr) {
+      if (route.fecId) {
+         missingFec_ = "<FecId " + std::to_string(route.fecId.value()) + " not found>";
+         line.via.nexthop = missingFec_;
+         line.interfaceOptional = true;
+      }
+   } else if (line.fec->isNexthopGroup()) {
+      auto const* const group = line.fec->nhgVia.find(0);
+      if (group != nullptr && group->nhgId == 0) {
+         trace(8, "printRoute", "Skipping route for ", route.prefix, " because nhgId is 0");
+         return;
+      }
+   } else if (line.fec->vias() == 1) {
+      line.via = ViaRendering<Family>::viaLine(*line.fec, 0);
    }
+   printFormatRoute(line);
+}
+
+// A next hop that is not on the link and has no interface is one that the forwarding agent has not resolved yet.
+template <class Family>
+bool RouteRendering<Family>::isSuppressed(Line const& line) const {
+   auto const& via = line.via;
+   return !via.nexthop.empty() && via.interface.empty() && !line.interfaceOptional && via.evpnEntry == nullptr &&
+          !isDirectlyConnected(via.nexthop) && !line.hasFecVias() && !line.isNexthopGroup() && !line.isSrTePolicy();
+}
+
+template <class Family>
+bool RouteRendering<Family>::printFormatRoute(Line const& line) {
+   if (isSuppressed(line)) {
+      return false;
+   }
+   StringAttrInfo const prefix("prefix", renderer_, line.prefix);
    auto const entry = JsonScope::dictEntry(renderer_, prefix);
-   printColumns(line);
+   printColumns(line, prefix.getArg().value);
    if constexpr (Family::viasShareRouteLine) {
-      printFormatRoute4(line);
+      printFormatRoute4(line, prefix.getArg().value.size());
    } else {
       printFormatRoute6(line);
    }
+   return true;
 }
 
 // The flags and the code, then blanks up to the prefix, which starts in the same column whatever precedes it.
 template <class Family>
-void RouteRendering<Family>::printColumns(Line const& line) {
+void RouteRendering<Family>::printColumns(Line const& line, std::string_view prefix) {
+   bool const inHardware = programmed_.inHardware(line.prefix);
+   bool const inKernel = programmed_.inKernel(line.prefix);
+   auto const type = static_cast<std::size_t>(line.routeType);
+   if (inHardware && inKernel && !line.leaked() && type < columns_.size()) [[likely]] {
+      auto& columns = columns_[type];
+      if (columns.isRecorded) [[likely]] {
+         renderer_.replay(columns.recording, 0);
+      } else {
+         renderer_.startRecording(0);
+         printFlagsAndCode(line, true, true);
+         columns.isRecorded = renderer_.endRecording(columns.recording);
+      }
+   } else {
+      printFlagsAndCode(line, inHardware, inKernel);
+   }
+   renderer_.addFrills("%s", prefix);
+}
+
+template <class Family>
+void RouteRendering<Family>::printFlagsAndCode(Line const& line, bool inHardware, bool inKernel) {
    cliprint::HardwareProgrammedAttrInfo hardware("hardwareProgrammed", renderer_);
-   hardware.setValue(programmed_.inHardware(line.route.prefix));
+   hardware.setValue(inHardware);
    cliprint::RouteTypeAttrInfo type("routeType", renderer_);
-   type.setValue(line.route.routeType);
+   type.setValue(line.routeType);
    cliprint::RouteLeakedAttrInfo leaked("routeLeaked", renderer_);
    leaked.setValue(line.leaked());
    cliprint::KernelProgrammedAttrInfo kernel("kernelProgrammed", renderer_);
-   kernel.setValue(programmed_.inKernel(line.route.prefix));
+   kernel.setValue(inKernel);
    renderer_.addAttributes("%s%s%s%s", hardware.getArg(), type.getArg(), leaked.getArg(), kernel.getArg());
    std::size_t const flagColumns = line.leaked() ? 4 : 2;
-   std::size_t const codeColumns = std::string_view(pcode(line.route.routeType)).size();
-   renderer_.addFrills("%s%s", blanks(prefixColumn - flagColumns - codeColumns), line.prefix);
+   std::size_t const codeColumns = std::string_view(pcode(line.routeType)).size();
+   renderer_.addFrills("%s", std::string_view(blankText.data(), prefixColumn - flagColumns - codeColumns));
 }
 
 template <class Family>
@@ -132,71 +158,84 @@ void RouteRendering<Family>::printDirectlyConnectedFlag(bool directlyConnected) 
 
 template <class Family>
 void RouteRendering<Family>::printPreference(Line const& line) {
-   cliprint::S32AttrInfo const preference("preference", renderer_, S32{line.route.preference});
-   cliprint::Attr32Info const metric("metric", renderer_, line.route.metric);
+   cliprint::S32AttrInfo const preference("preference", renderer_, line.preference);
+   cliprint::Attr32Info const metric("metric", renderer_, line.metric);
    renderer_.addAttributes(" [%d/%u]", preference.getArg(), metric.getArg());
 }
 
 template <class Family>
-void RouteRendering<Family>::printFormatRoute4(Line const& line) {
-   if (isDirectlyConnected(line.nexthop)) {
+void RouteRendering<Family>::printSrcVrf(Line const& line) {
+   if (line.leaked()) {
+      StringAttrInfo const srcVrf("srcVrf", renderer_, line.srcVrf);
+      renderer_.addAttributes(" (source VRF %s)", srcVrf.getArg());
+   }
+}
+
+template <class Family>
+void RouteRendering<Family>::printCbf(Line const& line, std::size_t indent) {
+   if (line.fec != nullptr) {
+      vias_.tunnels().checkAndPrintCbfInfo(line.fec->cbfInfoSet, indent);
+   }
+}
+
+// Preference and metric stand before all cases but the two that say where the route leads in their first words.
+template <class Family>
+void RouteRendering<Family>::printFormatRoute4(Line const& line, std::size_t prefixSize) {
+   if (isDirectlyConnected(line.via.nexthop) && line.via.evpnEntry == nullptr && !line.via.isIpInIp() &&
+       !line.hasPolicies()) {
       printDirectlyConnected(line);
       return;
    }
-   if (!line.hasVias()) {
+   bool const hasVia = !line.via.nexthop.empty() || !line.via.interface.empty() || line.via.evpnEntry != nullptr;
+   if (!line.hasFecVias() && !hasVia && !line.hasPolicies()) {
       printWithoutNexthop(line);
       return;
    }
    printAction(true);
    printPreference(line);
-   renderer_.addFrills(" ");
-   std::size_t indent = prefixColumn + line.prefix.size() + digits(line.route.preference) + digits(line.route.metric) +
+   // What policies carry is told on the lines below.
+   renderer_.addFrills("%s", !line.isSrTePolicy() || line.hasFecVias() || line.leaked() ? " " : "");
+   std::size_t indent = prefixColumn + prefixSize + digits(static_cast<U32>(line.preference)) + digits(line.metric) +
                         std::string_view(" [/] ").size();
    if (line.leaked()) {
       indent += static_cast<std::size_t>(printSrcVrfHeader(renderer_, line.srcVrf));
    }
-   bool const directlyConnected = printIpVias(*line.fec, {indent, 0});
-   renderer_.addFrills("\n");
-   printDirectlyConnectedFlag(directlyConnected);
+   printFecVias(line, indent);
 }
 
 // The same in the layout of IPv6 prefixes: every via on a line of its own, at one fixed width.
 template <class Family>
 void RouteRendering<Family>::printFormatRoute6(Line const& line) {
-   bool const forward = line.hasVias() || line.route.routeType == Family::RouteType::routeCacheConnected;
+   bool const hasVia = line.hasFecVias() || line.hasPolicies() || !line.via.nexthop.empty() ||
+                       !line.via.interface.empty() || line.via.evpnEntry != nullptr;
+   bool const forward = hasVia || line.routeType == Family::RouteType::routeCacheConnected;
    printAction(forward);
    printPreference(line);
-   if (line.leaked()) {
-      StringAttrInfo const srcVrf("srcVrf", renderer_, line.srcVrf);
-      renderer_.addAttributes(" (source VRF %s)", srcVrf.getArg());
+   printSrcVrf(line);
+   if (hasVia) {
+      printFecVias(line, indent6);
+      return;
    }
-   bool directlyConnected = true;
-   if (line.hasVias()) {
-      directlyConnected = printIpVias(*line.fec, {indent6, 0});
-   } else {
-      renderer_.addFrills("\n%s%s", blanks(indent6), forward ? "Cpu" : "Null0");
-      auto const vias = JsonScope::list(renderer_, "vias");
-   }
-   renderer_.addFrills("\n");
-   printDirectlyConnectedFlag(directlyConnected);
+   renderer_.startLine(indent6);
+   renderer_.addFrills("%s\n", forward ? "Cpu" : "Null0");
+   printDirectlyConnectedFlag(true);
+   auto const vias = JsonScope::list(renderer_, "vias");
 }
 
 template <class Family>
 void RouteRendering<Family>::printDirectlyConnected(Line const& line) {
    printAction(true);
    renderer_.addFrills(" is directly connected");
-   if (line.leaked()) {
-      StringAttrInfo const srcVrf("srcVrf", renderer_, line.srcVrf);
-      renderer_.addAttributes(" (source VRF %s)", srcVrf.getArg());
-   }
+   printSrcVrf(line);
    renderer_.addFrills(", ");
    {
       auto const vias = JsonScope::list(renderer_, "vias");
-      if (line.interface.empty()) {
+      if (line.via.interface.empty()) {
          renderer_.addFrills("<Internal>");
       } else {
          auto const entry = JsonScope::listEntry(renderer_);
-         printViaDetails(*line.fec, 0, "");
+         vias_.printInterface(line.via, "");
+         vias_.printViaDetails(line.via);
       }
    }
    renderer_.addFrills("\n");
@@ -205,125 +244,82 @@ void RouteRendering<Family>::printDirectlyConnected(Line const& line) {
 
 template <class Family>
 void RouteRendering<Family>::printWithoutNexthop(Line const& line) {
-   bool const toCpu = line.route.routeType == Family::RouteType::routeCacheConnected;
+   bool const toCpu = line.routeType == Family::RouteType::routeCacheConnected;
    printAction(toCpu);
    renderer_.addFrills(" is directly connected");
    printDirectlyConnectedFlag(true);
-   if (line.leaked()) {
-      StringAttrInfo const srcVrf("srcVrf", renderer_, line.srcVrf);
-      renderer_.addAttributes(" (source VRF %s)", srcVrf.getArg());
-   }
+   printSrcVrf(line);
    renderer_.addFrills(", %s\n", toCpu ? "Cpu" : "Null0");
    auto const vias = JsonScope::list(renderer_, "vias");
 }
 
+// All that follows the metric, as it was printed for another route with the same FEC, or anew.
 template <class Family>
-bool RouteRendering<Family>::printIpVias(CachedFec const& fec, Layout const& layout) {
-   auto const* const listName = layout.depth == 0 ? "vias" : "resolvedVias";
-   auto const list = JsonScope::list(renderer_, listName);
-   bool directlyConnected = false;
-   U16 index = 0;
-   for (auto const& [via, present] : fec.via()) {
-      if (printedVias_ == maxPrintedVias || !streams(renderer_)) {
-         break;
+void RouteRendering<Family>::printFecVias(Line const& line, std::size_t indent) {
+   using State = CachedFec::Printed::State;
+   if (line.fec == nullptr) {
+      printFecViasAnew(line, indent);
+      return;
+   }
+   auto& printed = line.fec->printed;
+   if (printed.format != renderer_.outputFormat()) {
+      printed = {.format = renderer_.outputFormat()};
+   }
+   if (printed.state == State::recorded) [[likely]] {
+      renderer_.replay(printed.recording, indent);
+   } else if (printed.state == State::once) {
+      renderer_.startRecording(indent);
+      printFecViasAnew(line, indent);
+      if (renderer_.endRecording(printed.recording)) {
+         printed.state = State::recorded;
       }
-      ++printedVias_;
-      directlyConnected = printIpVia(fec, via, index, layout) || directlyConnected;
-      ++index;
-   }
-   for (U32 i = 0; i < fec.viaEvpnEntry.size(); ++i) {
-      auto const entry = JsonScope::listEntry(renderer_);
-      startViaLine(index++, layout);
-      printEvpnVia(*fec.viaEvpnEntry.find(static_cast<U16>(i)));
-   }
-   return directlyConnected;
-}
-
-// Over VXLAN: the far tunnel end in place of a next hop.
-template <class Family>
-void RouteRendering<Family>::printEvpnVia(Tunnel::TunnelTable::EvpnVxlanTunnelEntry const& entry) {
-   StringAttrInfo const vtepAddr("vtepAddr", renderer_, entry.vtepAddr);
-   cliprint::Attr32Info const vni("vni", renderer_, entry.vni.value());
-   StringAttrInfo const routerMac("routerMac", renderer_, entry.routerMac);
-   renderer_.addFrills("via");
-   renderer_.addAttributes(" VTEP %s VNI %u router-mac %s", vtepAddr.getArg(), vni.getArg(), routerMac.getArg());
-   if (entry.localIntf.isValid() && sorter_.inputs().showLocalInterface) {
-      StringAttrInfo const localInterface("localInterface", renderer_, entry.localIntf);
-      renderer_.addAttributes(" local-interface %s", localInterface.getArg());
-   }
-}
-
-template <class Family>
-void RouteRendering<Family>::startViaLine(U16 index, Layout const& layout) {
-   if (!Family::viasShareRouteLine || index != 0 || layout.depth != 0) {
-      renderer_.addFrills("\n%s", blanks(layout.indent + layout.depth * indentPerDepth));
-   }
-}
-
-template <class Family>
-bool RouteRendering<Family>::printIpVia(CachedFec const& fec, CachedVia const& via, U16 index, Layout const& layout) {
-   if (layout.depth == maxDepth) {
-      return false;
-   }
-   auto const entry = JsonScope::listEntry(renderer_);
-   startViaLine(index, layout);
-   std::string_view const nexthop = *fec.nexthopAddr.find(index);
-   if (via.intfId.isFecId() && !via.isForwardingVrfAction()) {
-      renderer_.addFrills("via");
-      auto const* const resolved = preparedFec(Vault::Fib::FecId(via.intfId.fecId()));
-      return resolved != nullptr && printIpVias(*resolved, {layout.indent, layout.depth + 1});
-   }
-   bool const directlyConnected = isDirectlyConnected(nexthop);
-   if (via.intfId.isNexthopGroup()) {
-      renderer_.addFrills("via");
-      printNexthopGroup(via.intfId.nexthopGroupId());
-   } else if (!directlyConnected) {
-      renderer_.addFrills("via");
-      if (!nexthop.empty()) {
-         StringAttrInfo const nexthopAddr("nexthopAddr", renderer_, nexthop);
-         renderer_.addAttributes(" %s", nexthopAddr.getArg());
+      if (printed.recording.size() > maxRecordingSize) {
+         printed = {.state = State::tooLarge, .format = printed.format};
       }
-      printViaDetails(fec, index, ", ");
-   } else if constexpr (Family::viasShareRouteLine) {
-      renderer_.addFrills("is directly connected");
-      printViaDetails(fec, index, ", ");
    } else {
-      renderer_.addFrills("via");
-      printViaDetails(fec, index, " ");
-      renderer_.addFrills(", directly connected");
+      printFecViasAnew(line, indent);
+      printed.state = printed.state == State::never ? State::once : printed.state;
    }
-   if (auto const* const weight = fec.weightText.find(index); weight != nullptr) {
-      StringAttrInfo const viaWeight("viaWeight", renderer_, *weight);
-      renderer_.addAttributes(", weight %s", viaWeight.getArg());
-   }
-   return directlyConnected;
 }
 
 template <class Family>
-void RouteRendering<Family>::printNexthopGroup(Routing::NexthopGroup::NexthopGroupId id) {
-   auto const name = sorter_.nexthopGroupName(id);
-   auto const object = JsonScope::object(renderer_, "nexthopGroup");
-   StringAttrInfo const groupName("groupName", renderer_, name.empty() ? unknownNexthopGroup : name);
-   cliprint::Attr32Info const groupId("groupId", renderer_, id);
-   renderer_.addAttributes(" %s, Nexthop Group ID %d", groupName.getArg(), groupId.getArg());
+void RouteRendering<Family>::printFecViasAnew(Line const& line, std::size_t indent) {
+   bool directlyConnected = false;
+   auto const* const group = line.isNexthopGroup() && line.fec != nullptr ? line.fec->nhgVia.find(0) : nullptr;
+   if (group != nullptr && sorter_.inputs().nexthopGroupDisplay) {
+      if constexpr (Family::viasShareRouteLine) {
+         renderer_.addFrills(" via");  // two blanks in a row, as users know it
+      } else {
+         renderer_.startLine(indent);
+         renderer_.addFrills("via");
+      }
+      vias_.printNexthopGroup(*group);
+      auto const vias = JsonScope::list(renderer_, "vias");
+   } else if (line.hasFecVias()) {
+      directlyConnected = vias_.printIpVias(*line.fec, indent);
+   } else if (line.isSrTePolicy()) {
+      vias_.tunnels().printSrTePolicySetModel(line.fec->policyInfoSet, indent - 1, indent + 3);
+      auto const vias = JsonScope::list(renderer_, "vias");
+   } else {
+      printSingleVia(line, indent);
+   }
+   printCbf(line, indent);
+   renderer_.addFrills("\n");
+   printDirectlyConnectedFlag(directlyConnected);
 }
 
-// The interface, the VRF behind it and its description.
+// A via that no FEC tells of.
 template <class Family>
-void RouteRendering<Family>::printViaDetails(CachedFec const& fec, U16 index, char const* interfaceSeparator) {
-   if (std::string_view const interface = *fec.interface.find(index); !interface.empty()) {
-      renderer_.addFrills("%s", interfaceSeparator);
-      StringAttrInfo const name("interface", renderer_, interface);
-      renderer_.addAttributes("%s", name.getArg());
+void RouteRendering<Family>::printSingleVia(Line const& line, std::size_t indent) {
+   Zam::assertThat(!line.via.interface.empty() || line.interfaceOptional || line.via.evpnEntry != nullptr, "false",
+                   traceSource);
+   auto const vias = JsonScope::list(renderer_, "vias");
+   auto const entry = JsonScope::listEntry(renderer_);
+   if constexpr (!Family::viasShareRouteLine) {
+      renderer_.startLine(indent);
    }
-   if (auto const* const vrf = fec.vrfName.find(index); vrf != nullptr) {
-      StringAttrInfo const egressVrf("egressVrf", renderer_, *vrf);
-      renderer_.addAttributes(" (egress VRF %s)", egressVrf.getArg());
-   }
-   if (auto const* const text = fec.interfaceDescription.find(index); text != nullptr) {
-      StringAttrInfo const description("interfaceDescription", renderer_, *text);
-      renderer_.addAttributes(" %s", description.getArg());
-   }
+   renderer_.addFrills("via");
+   vias_.printViaLine(line.via);
 }
 
 template class RouteRendering<Ipv4>;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Lumen/IntfId.h"
+#include "Tunnel/IpTunnelEncap.h"
 #include "Zam/Export.h"
 #include "Zam/HashMap.h"
 #include "Zam/Ptr.h"
@@ -9,7 +10,8 @@
 namespace Interface {
 
 struct IntfConfig {
-   Zam::String description;
+   Zam::String description{};
+   Tunnel::IpTunnelEncap tunnel{};  // of a tunnel interface
 };
 
 // The configuration of every interface of the box. Written by the configuration.

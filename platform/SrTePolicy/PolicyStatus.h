@@ -30,11 +30,25 @@ class KIV_EXPORT PolicyStatus final : public Zam::PtrInterface {
    Policies const& policy() const noexcept { return policy_; }
    // Null when there is no such policy.
    Tunnel::TunnelId const* policy(PolicyKey const& key) const { return policy_.find(key); }
-   void policyIs(PolicyKey const& key, Tunnel::TunnelId tunnelId) { policy_.insertOrReplace(key, tunnelId); }
-   void policyDel(PolicyKey const& key) { policy_.erase(key); }
+   // The policy that the tunnel belongs to; null when it belongs to none.
+   PolicyKey const* policyOfTunnel(Tunnel::TunnelId tunnelId) const { return byTunnel_.find(tunnelId); }
+   void policyIs(PolicyKey const& key, Tunnel::TunnelId tunnelId) {
+      policyDel(key);
+      policy_.insertOrReplace(key, tunnelId);
+      byTunnel_.insertOrReplace(tunnelId, key);
+   }
+   void policyDel(PolicyKey const& key) {
+      if (auto const* const tunnelId = policy(key); tunnelId != nullptr) {
+         if (auto const* const owner = policyOfTunnel(*tunnelId); owner != nullptr && *owner == key) {
+            byTunnel_.erase(*tunnelId);
+         }
+         policy_.erase(key);
+      }
+   }
 
  private:
    Policies policy_;
+   Zam::HashMap<Tunnel::TunnelId, PolicyKey> byTunnel_;
 };
 
 }  // namespace SrTePolicy

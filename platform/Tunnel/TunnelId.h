@@ -14,6 +14,7 @@ enum class TunnelType : U32 {
    isisSr = 4,
    isisFlexAlgo = 5,
    rsvpLer = 6,
+   srTePolicy = 7,
    evpnVxlan = 9,
    nexthopGroup = 11,
 };

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 // Output on its way to a file descriptor, which stays the caller's. Text gathers in one block of memory and is written
@@ -76,6 +77,14 @@ class KIV_EXPORT CliPrintBuffer {
    std::size_t capacity() const noexcept { return static_cast<std::size_t>(limit_ - begin_.get()); }
    // Bytes taken so far, flushed, discarded or pending.
    U64 position() const noexcept { return flushed_ + pending(); }
+   // What was taken from this position on, as long as all of it is pending.
+   std::optional<std::string_view> since(U64 position) const noexcept {
+      if (position < flushed_) {
+         return std::nullopt;
+      }
+      char const* const from = begin_.get() + (position - flushed_);
+      return std::string_view(from, static_cast<std::size_t>(end_ - from));
+   }
    // The errno of the first write that failed; 0 when none did.
    int error() const noexcept { return error_; }
 

@@ -81,6 +81,49 @@ void RendererV2::entryKey(std::string_view key) {
    buffer_.append(':');
 }
 
+void RendererV2::startLine(std::size_t indent) {
+   checkInterrupt();
+   if (isText()) {
+      if (isRecording_) {
+         recordedLines_.push_back({static_cast<U32>(buffer_.position() - recordedFrom_),
+                                   static_cast<S32>(indent) - static_cast<S32>(recordedIndent_)});
+      }
+      buffer_.append('\n');
+      buffer_.fill(' ', indent);
+   }
+}
+
+// Where a line begins, the blanks that were written there stand for those that a replay writes.
+bool RendererV2::endRecording(Recording& recording) {
+   isRecording_ = false;
+   auto const written = buffer_.since(recordedFrom_);
+   if (!written) {
+      return false;
+   }
+   recording.bytes_.clear();
+   recording.lines_.clear();
+   std::size_t from = 0;
+   for (auto const& line : recordedLines_) {
+      recording.bytes_.append(written->substr(from, line.at - from));
+      recording.lines_.push_back({static_cast<U32>(recording.bytes_.size()), line.indent});
+      from = line.at + 1 + static_cast<std::size_t>(static_cast<S64>(recordedIndent_) + line.indent);
+   }
+   recording.bytes_.append(written->substr(from));
+   return true;
+}
+
+void RendererV2::replayLines(Recording const& recording, std::size_t indent) {
+   std::string_view const bytes = recording.bytes_;
+   std::size_t from = 0;
+   for (auto const& line : recording.lines_) {
+      buffer_.append(bytes.substr(from, line.at - from));
+      buffer_.append('\n');
+      buffer_.fill(' ', static_cast<std::size_t>(std::max<S64>(static_cast<S64>(indent) + line.indent, 0)));
+      from = line.at;
+   }
+   buffer_.append(bytes.substr(from));
+}
+
 void RendererV2::add(std::string_view textPrefix, std::string_view key, std::string_view value) {
    checkInterrupt();
    if (isText()) {

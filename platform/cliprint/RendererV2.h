@@ -15,8 +15,10 @@
 #include <bitset>
 #include <concepts>
 #include <limits>
+#include <string>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 // One walk over the data, two outputs: text for a terminal, or a model, which is compact JSON. At each point the walk
 // calls for decoration (text only), an attribute (both) or structure (model only), and the renderer does what its
@@ -46,6 +48,25 @@ concept DictKeyArg = std::same_as<T, TextArg> ||(AttributeArg<T>&& requires(T co
 template <class T>
 concept DictKey = DictKeyArg<T> || requires(T const& attribute) {
    { attribute.getArg() } -> DictKeyArg;
+};
+
+// What a walk wrote once, to be written again as often as it is needed: text whose lines move with the indentation, or
+// members of the model.
+class Recording {
+ public:
+   // Bytes it holds.
+   std::size_t size() const noexcept { return bytes_.size() + lines_.size() * sizeof(Line); }
+
+ private:
+   friend class RendererV2;
+   // Where a line begins, and how much further than the first it is indented, or less.
+   struct Line {
+      U32 at;
+      S32 indent;
+   };
+
+   std::string bytes_;
+   std::vector<Line> lines_;
 };
 
 class KIV_EXPORT RendererV2 final : public Renderer {
@@ -87,6 +108,43 @@ class KIV_EXPORT RendererV2 final : public Renderer {
       U64 const before = buffer_.position();
       addFrills<Args...>(format, args...);
       return writtenSince(before);
+   }
+
+   // Begins a line of text, so many blanks in; nothing in the model.
+   void startLine(std::size_t indent);
+
+   // A number among others: in text format through `format`, in model format as the next element of a list.
+   template <std::unsigned_integral Number>
+   void addElement(Format<std::type_identity_t<Number>> const& format, Number number) {
+      checkInterrupt();
+      if (isText()) {
+         print(buffer_, format, number);
+      } else {
+         assertModel("addElement");
+         separateElement();
+         jsonAppend(buffer_, number);
+      }
+   }
+
+   // Records what is written until endRecording(), which is false when output left the buffer meanwhile: then there is
+   // no recording. `indent` is that of the first line. Recordings do not nest.
+   void startRecording(std::size_t indent) noexcept {
+      recordedLines_.clear();
+      recordedFrom_ = buffer_.position();
+      recordedIndent_ = indent;
+      isRecording_ = true;
+   }
+   bool endRecording(Recording& recording);
+   // Writes a recording again, its lines as far in as `indent` says. In model format it has to come where the recorded
+   // members came: behind another member of its object.
+   void replay(Recording const& recording, std::size_t indent) {
+      checkInterrupt();
+      next_ = isText() ? next_ : Next::member;
+      if (recording.lines_.empty()) [[likely]] {
+         buffer_.append(recording.bytes_);
+      } else {
+         replayLines(recording, indent);
+      }
    }
 
    // In text format the prefix and the value, verbatim. In model format the value under the key, or, with an empty key,
@@ -209,8 +267,13 @@ class KIV_EXPORT RendererV2 final : public Renderer {
    void simpleContent();
    void open(char bracket);
    void close(char bracket);
+   void replayLines(Recording const& recording, std::size_t indent);
 
    CliPrintBuffer& buffer_;
+   std::vector<Recording::Line> recordedLines_;
+   U64 recordedFrom_ = 0;
+   std::size_t recordedIndent_ = 0;
+   bool isRecording_ = false;
    std::bitset<maxDepth> isList_;  // by depth; at depth 0, what the caller composes
    U32 depth_ = 0;
    Next next_ = Next::firstMember;

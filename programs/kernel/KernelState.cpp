@@ -4,6 +4,7 @@
 #include "programs/kernel/RouteKind.h"
 #include "programs/kernel/Rtnl.h"
 #include "programs/kernel/Topology.h"
+#include "programs/kernel/Tunnels.h"
 
 #include <algorithm>
 #include <fstream>
@@ -56,10 +57,11 @@ class RouteMapper {
  public:
    using RouteType = typename Family::RouteType;
 
-   RouteMapper(state::State& state, Topology const& topology, NextHops const& nextHops)
+   RouteMapper(state::State& state, Topology const& topology, NextHops const& nextHops, Tunnels& tunnels)
        : state_(state),
          topology_(topology),
-         nextHops_(nextHops) {}
+         nextHops_(nextHops),
+         tunnels_(tunnels) {}
 
    void map(std::vector<KernelRoute> const& routes) {
       std::vector<Candidate> candidates;
@@ -187,13 +189,19 @@ class RouteMapper {
       return entry->second;
    }
 
-   Vault::Fib::Via viaOf(Hop const& hop) const {
-      return {.intfId = topology_.interface(hop.link), .hop = hop.gateway, .label = hop.label, .weight = hop.weight};
+   // Without a gateway, it is to the far end of a tunnel over IP that packets go.
+   Vault::Fib::Via viaOf(Hop const& hop) {
+      return {.intfId = topology_.interface(hop.link),
+              .hop = hop.gateway.isEmpty() && hop.encap ? hop.encap->ip.destination : hop.gateway,
+              .label = hop.label,
+              .weight = hop.weight,
+              .tunnelId = tunnels_.tunnelOf(hop)};
    }
 
    state::State& state_;
    Topology const& topology_;
    NextHops const& nextHops_;
+   Tunnels& tunnels_;
    std::map<std::vector<Hop>, Vault::Fib::FecId> fecIds_;
 };
 
@@ -213,8 +221,9 @@ state::State stateFrom(Dumps const& dumps) {
    state::State state;
    state.interfaces = topology.interfaces();
    state.vrfs = topology.vrfs();
-   RouteMapper<Ip4>(state, topology, nextHops).map(parseRoutes(dumps.routes4, Ip4::family));
-   RouteMapper<Ip6>(state, topology, nextHops).map(parseRoutes(dumps.routes6, Ip6::family));
+   Tunnels tunnels(state, topology);
+   RouteMapper<Ip4>(state, topology, nextHops, tunnels).map(parseRoutes(dumps.routes4, Ip4::family));
+   RouteMapper<Ip6>(state, topology, nextHops, tunnels).map(parseRoutes(dumps.routes6, Ip6::family));
    return state;
 }
 

@@ -7,11 +7,11 @@
 #include <linux/if_addr.h>
 #include <linux/if_link.h>
 #include <linux/lwtunnel.h>
-#include <linux/mpls_iptunnel.h>
 #include <linux/nexthop.h>
 #include <linux/rtnetlink.h>
 #include <net/if.h>
 #include <array>
+#include <tuple>
 
 namespace kernel {
 
@@ -63,15 +63,14 @@ Lumen::IpGenPrefix prefixOf(Lumen::IpGenAddr const& address, U8 length, AddressF
 struct HopParts {
    Hop hop;
    U16 encapType = LWTUNNEL_ENCAP_NONE;
-   Bytes encap;
+   Bytes encapBytes;
 
    Hop whole() {
-      if (encapType == LWTUNNEL_ENCAP_MPLS) {
-         forEachAttribute(encap, [this](Attribute const& attribute) {
-            if (attribute.type == MPLS_IPTUNNEL_DST) {
-               hop.label = Lumen::MplsLabel(ntohl(ByteReader(attribute.payload).peek<U32>()) >> 12);
-            }
-         });
+      Encap const encap = hopEncap(encapType, encapBytes);
+      if (encap.labels.stackSize() == 1) {
+         hop.label = encap.labels.labels().front();
+      } else if (encap != Encap()) {
+         hop.encap = std::make_shared<Encap const>(encap);
       }
       return hop;
    }
@@ -98,7 +97,7 @@ void takeHopAttribute(HopParts& parts, Attribute const& attribute, AddressFamily
          parts.encapType = attribute.as<U16>();
          break;
       case RTA_ENCAP:
-         parts.encap = attribute.payload;
+         parts.encapBytes = attribute.payload;
          break;
       default:
          break;
@@ -205,7 +204,7 @@ NextHop parseNextHop(Bytes payload) {
             parts.encapType = attribute.as<U16>();
             break;
          case NHA_ENCAP:
-            parts.encap = attribute.payload;
+            parts.encapBytes = attribute.payload;
             break;
          default:
             break;
@@ -225,6 +224,7 @@ void parseLinkInfo(Link& link, Bytes linkInfo) {
       }
    });
    if (link.kind != "vrf") {
+      link.tunnel = deviceEncap(link.kind, data);
       return;
    }
    forEachAttribute(data, [&](Attribute const& attribute) {
@@ -291,6 +291,15 @@ Address parseAddress(ifaddrmsg const& header, Bytes attributes, AddressFamily fa
 }
 
 }  // namespace
+
+std::strong_ordering operator<=>(Hop const& one, Hop const& other) {
+   auto const plain = [](Hop const& h) { return std::tie(h.link, h.gateway, h.label, h.weight, h.dead); };
+   auto const order = plain(one) <=> plain(other);
+   if (order != 0 || !one.encap || !other.encap) {
+      return order != 0 ? order : (one.encap != nullptr) <=> (other.encap != nullptr);
+   }
+   return *one.encap <=> *other.encap;
+}
 
 std::vector<Link> parseLinks(Bytes dump) {
    std::vector<Link> links;

@@ -5,7 +5,9 @@
 #include "Lumen/MplsLabel.h"
 #include "Zam/Int.h"
 #include "programs/kernel/RtnlBytes.h"
+#include "programs/kernel/RtnlEncap.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -19,12 +21,13 @@ namespace kernel {
 
 struct Link {
    U32 index = 0;
-   std::string name;   // 1 to 15 bytes
-   U32 flags = 0;      // IFF_*
-   U32 master = 0;     // index of the device this one belongs to, 0 for none
-   std::string alias;  // what somebody wrote about it
-   std::string kind;   // "vrf", "vlan", ...; empty for a plain device
-   U32 vrfTable = 0;   // table of a device of kind "vrf"
+   std::string name;              // 1 to 15 bytes
+   U32 flags = 0;                 // IFF_*
+   U32 master = 0;                // index of the device this one belongs to, 0 for none
+   std::string alias;             // what somebody wrote about it
+   std::string kind;              // "vrf", "vlan", ...; empty for a plain device
+   U32 vrfTable = 0;              // table of a device of kind "vrf"
+   Tunnel::IpTunnelEncap tunnel;  // of a tunnel device; without destination when its routes have theirs
 };
 
 struct Address {
@@ -37,11 +40,13 @@ struct Address {
 struct Hop {
    U32 link = 0;
    Lumen::IpGenAddr gateway;  // empty for an on-link next hop; may be of the other family than the route's
-   Lumen::MplsLabel label;    // top of the stack that is pushed; no label by default
+   Lumen::MplsLabel label;    // a single one that is pushed; no label by default
    U16 weight = 1;
-   bool dead = false;  // the kernel does not send packets this way
+   bool dead = false;                   // the kernel does not send packets this way
+   std::shared_ptr<Encap const> encap;  // what a label does not say; null for none, as most have
 
-   friend auto operator<=>(Hop const&, Hop const&) = default;
+   // By value, encapsulation included.
+   friend std::strong_ordering operator<=>(Hop const& one, Hop const& other);
 };
 
 struct GroupMember {

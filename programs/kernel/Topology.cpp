@@ -81,7 +81,11 @@ void Topology::addInterface(Link const& link, state::VrfId vrfId) {
                           .description = link.alias,
                           .vrfId = vrfId,
                           .loopback = (link.flags & IFF_LOOPBACK) != 0 || isVrf(link),
-                          .linkUp = (link.flags & IFF_RUNNING) != 0});
+                          .linkUp = (link.flags & IFF_RUNNING) != 0,
+                          .tunnel = link.tunnel.destination.isEmpty() ? Tunnel::IpTunnelEncap{} : link.tunnel});
+   if (link.tunnel) {
+      tunnelTypes_.emplace(link.index, link.tunnel.type);
+   }
 }
 
 // The kernel lists an interface's primary address first. Addresses of host scope (127.0.0.1, ::1) are nothing that a
@@ -104,6 +108,11 @@ void Topology::addAddress(Address const& address) {
 std::optional<std::size_t> Topology::vrfOfTable(U32 table) const {
    auto const found = vrfByTable_.find(table);
    return found != vrfByTable_.end() ? std::optional(found->second) : std::nullopt;
+}
+
+Tunnel::IpEncapType Topology::tunnelType(U32 link) const {
+   auto const found = tunnelTypes_.find(link);
+   return found != tunnelTypes_.end() ? found->second : Tunnel::IpEncapType::none;
 }
 
 Lumen::IntfId Topology::interface(U32 link) const {

@@ -24,6 +24,8 @@ class Topology {
    std::optional<std::size_t> vrfOfTable(U32 table) const;
    // The link's interface; an invalid one when there is no such link.
    Lumen::IntfId interface(U32 link) const;
+   // The kind of outer header that the link adds.
+   Tunnel::IpEncapType tunnelType(U32 link) const;
    // Whether the prefix is the subnet of one of the link's own addresses.
    bool isSubnet(U32 link, Lumen::IpGenPrefix const& prefix) const { return subnets_.contains({link, prefix}); }
 
@@ -39,6 +41,7 @@ class Topology {
    std::vector<state::VrfState> vrfs_;
    std::unordered_map<U32, std::size_t> interfaceByIndex_;
    std::unordered_map<U32, std::size_t> vrfByTable_;
+   std::unordered_map<U32, Tunnel::IpEncapType> tunnelTypes_;  // by link
    std::set<std::pair<U32, Lumen::IpGenPrefix>> subnets_;
 };
 

@@ -33,8 +33,8 @@ struct Clause {
    void (*check)(std::string_view parameter) = nullptr;
    // Names of clauses of which one has to be given, too.
    std::span<std::string_view const> needs{};
-   // The name of a clause that must not be given, too.
-   std::string_view excludes{};
+   // Names of clauses of which none may be given, too.
+   std::span<std::string_view const> excludes{};
 
    std::string_view name() const { return keyword.empty() ? parameter : keyword; }
 };

@@ -247,9 +247,9 @@ class Walk {
          at_ = at;
          wrong("only together with " + alternatives({clause.needs.begin(), clause.needs.end()}));
       }
-      if (!clause.excludes.empty() && fulfils(clause.excludes)) {
+      if (auto const excluded = std::ranges::find_if(clause.excludes, fulfils); excluded != clause.excludes.end()) {
          at_ = at;
-         wrong("not together with " + std::string(clause.excludes));
+         wrong("not together with " + std::string(*excluded));
       }
    }
 

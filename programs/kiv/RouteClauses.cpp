@@ -41,6 +41,12 @@ constexpr auto protocols6 = [] {
 // Longer prefixes of what, and the vias that match what.
 constexpr std::array longerThan{routeClause::prefix};
 constexpr std::array matchingWhat{routeClause::nexthop, routeClause::interface};
+// Vias that are taken out of a FEC for one route would be missing when the next that shares it is asked for a group.
+constexpr std::array notMatchedByVia{routeClause::nexthopGroup};
+// Host routes are shown all together.
+constexpr std::array notOfHosts{
+    routeClause::prefix,    routeClause::longerPrefixes, routeClause::protocol,         routeClause::nexthop,
+    routeClause::interface, routeClause::nexthopGroup,   routeClause::matchingViasOnly, routeClause::all};
 
 template <class Prefix>
 void checkPrefix(std::string_view word) {
@@ -79,10 +85,12 @@ constexpr auto clausesOf(std::span<Word const> protocolWords) {
         .parameter = "",
         .help = "of each route, only the vias that match the next hop and interface",
         .needs = matchingWhat,
-        // Vias that are taken out of a FEC for one route would be missing when the next that shares it is asked for a
-        // group.
-        .excludes = routeClause::nexthopGroup},
+        .excludes = notMatchedByVia},
        {.keyword = routeClause::all, .parameter = "", .help = "also martian, link-local and unresolved routes"},
+       {.keyword = routeClause::host,
+        .parameter = "",
+        .help = "instead, the addresses that the box receives on or reaches directly",
+        .excludes = notOfHosts},
        {.keyword = routeClause::vrf, .parameter = "NAME|all", .help = "of this VRF, or of all, not of the default one"},
    });
 }

@@ -15,6 +15,7 @@ inline constexpr std::string_view interface = "interface";
 inline constexpr std::string_view nexthopGroup = "nexthop-group";
 inline constexpr std::string_view matchingViasOnly = "matching-vias-only";
 inline constexpr std::string_view all = "all";
+inline constexpr std::string_view host = "host";
 inline constexpr std::string_view vrf = "vrf";
 }  // namespace routeClause
 

@@ -87,6 +87,7 @@ RouteQuery<Prefix> requestedRoutes(state::Inputs const& inputs, Request const& r
    }
    query.protocol = request.value(routeClause::protocol).value_or("");
    query.showHidden = request.has(routeClause::all);
+   query.hostRoutes = request.has(routeClause::host);
    query.longerPrefixes = request.has(routeClause::longerPrefixes);
    query.intfStatus = requestedInterface(inputs, request);
    query.filters = requestedFilters(inputs, request, query.intfStatus);

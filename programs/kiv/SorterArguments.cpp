@@ -35,7 +35,6 @@ std::vector<std::any> tunnelTableArguments(state::Inputs const& inputs) {
 
 template <class Prefix>
 std::vector<std::any> requestArguments(state::Inputs::Vrf const& vrf, RouteQuery<Prefix> const& query) {
-   constexpr bool hostRoutes = false;
    constexpr S32 reserved31 = 0;
    constexpr double noTimings = 0;
    return {query.requested.prefix,
@@ -45,7 +44,7 @@ std::vector<std::any> requestArguments(state::Inputs::Vrf const& vrf, RouteQuery
            query.longerPrefixes,
            vrf.name,
            vrf.id,
-           hostRoutes,
+           query.hostRoutes,
            reserved31,
            noTimings,
            query.requested.hasMask};

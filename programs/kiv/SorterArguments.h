@@ -15,6 +15,7 @@ struct RouteQuery {
    RequestedPrefix<Prefix> requested{};  // the null prefix for all routes
    std::string protocol{};               // protocol code, empty for all
    bool showHidden = false;
+   bool hostRoutes = false;  // the host route table instead
    bool longerPrefixes = false;
    Zam::Ptr<Interface::IntfStatus const> intfStatus{};
    std::any filters{};  // a "Kiv::RouteFilterColl", or empty

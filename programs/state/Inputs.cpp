@@ -145,7 +145,8 @@ void Inputs::interfacesAre(State const& state) {
    for (Interface const& interface : state.interfaces) {
       auto const* const known = vrfIdMap->vrfName(interface.vrfId);
       L3::VrfName const vrfName = known != nullptr ? *known : L3::VrfName();
-      config->intfConfigIs(interface.intfId, {.description = Zam::String(interface.description)});
+      config->intfConfigIs(interface.intfId,
+                           {.description = Zam::String(interface.description), .tunnel = interface.tunnel});
       layer3->intfVrfIs(interface.intfId, vrfName);
       auto const status = Zam::makePtr<::Interface::IntfStatus>(interface.intfId);
       status->vrfIdIs(interface.vrfId);
@@ -205,7 +206,7 @@ void Inputs::policiesAre(State const& state) {
    policyStatus = policies;
    auto const overrides = Zam::makePtr<SrTePolicy::CbfFecOverrideMap>();
    for (FecOverride const& fec : state.fecOverrides) {
-      overrides->fecOverrideIs(fec.fecId.value(), fec.overrideFecId.value());
+      overrides->fecOverrideIs(fec.fecId.value(), fec.classes);
    }
    cbfFecOverrideMap = overrides;
    auto const algorithms = Zam::makePtr<FlexAlgo::Config>();

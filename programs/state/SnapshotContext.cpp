@@ -15,8 +15,10 @@ typename std::decay_t<decltype(*std::declval<Map const&>().find({}))> known(Node
    return *found;
 }
 
+constexpr U8 srTeAdjType = 20;
+
 constexpr auto adjTypeNames = std::to_array<std::pair<std::string_view, U8>>(
-    {{"ipv4", 0}, {"ipv6", 1}, {"attached", 4}, {"indexed", 15}, {"evpn", 24}});
+    {{"ipv4", 0}, {"ipv6", 1}, {"attached", 4}, {"indexed", 15}, {"srTe", srTeAdjType}, {"evpn", 24}});
 
 template <class T>
 bool wholeNumber(std::string_view text, T& value) {
@@ -57,6 +59,20 @@ FecId Context::fec(Node const& node) const {
       node.fail("no such FEC");
    }
    return fecId;
+}
+
+FecId Context::policyFec(Node const& node) const {
+   FecId const fecId = fecIdOf(node, node.text());
+   if (!fecsElsewhere && !policyFecs.contains(fecId)) {
+      node.fail("no such policy FEC");
+   }
+   return fecId;
+}
+
+FecId Context::routeFec(Node const& node) const {
+   FecId const fecId = fecIdOf(node, node.text());
+   bool const isOfPolicy = fecId.value() >> FecId::idBits == srTeAdjType && policyFecs.contains(fecId);
+   return isOfPolicy ? fecId : fec(node);
 }
 
 // Types beyond the largest are let through: what reads the tables has to cope with them.

@@ -33,6 +33,7 @@ struct Context {
    Zam::HashMap<std::string_view, Lumen::IntfId> interfaces{};
    Zam::HashMap<std::string_view, U32> nexthopGroups{};
    Zam::HashMap<FecId, bool> fecs{};
+   Zam::HashMap<FecId, bool> policyFecs{};
    std::array<Zam::HashMap<ViaList, FecId, ViaListHash>, 2> inlineFecs{};  // by adjacency type, IPv4 and IPv6
    U64 lastFecId = 0;  // the highest id of the FECs that are named, below their adjacency types
    bool fecsElsewhere = false;
@@ -42,6 +43,9 @@ struct Context {
    Lumen::IntfId interface(Node const& node) const;
    U32 nexthopGroup(Node const& node) const;
    FecId fec(Node const& node) const;
+   FecId policyFec(Node const& node) const;
+   // One of either kind: a policy's FEC needs no vias of its own to be a route's.
+   FecId routeFec(Node const& node) const;
 };
 
 // "ipv4:17": an adjacency type, by name or number, and an id within it.
@@ -57,6 +61,8 @@ Lumen::IpGenAddr genAddrOf(Node const& node);
 
 // {"type": "isisSr", "index": 5}: the type of a tunnel, by name or number, and its index within it.
 Tunnel::TunnelId tunnelIdOf(Node const& node);
+// {"type": "gre", "destination": "10.0.0.1"}: an outer header.
+Tunnel::IpTunnelEncap ipEncapOf(Node const& node);
 // Where a via leaves through, which it says but once.
 void exitIs(Node const& node, Lumen::IntfId& exit, Lumen::IntfId const& intfId);
 
@@ -74,12 +80,18 @@ void readUnique(Node const& list, std::vector<Item>& items, Read&& read, KeyOf&&
    });
 }
 
-// One of a list of names, or the number behind it.
-template <class Enum, std::size_t Size>
-Enum namedOf(Node const& node, std::array<std::pair<std::string_view, Enum>, Size> const& names) {
-   if (!node.isText()) {
-      return static_cast<Enum>(node.number<std::underlying_type_t<Enum>>());
+template <class T>
+T numberFrom(Node const& node, T min) {
+   auto const value = node.number<T>();
+   if (value < min) {
+      node.fail("not from " + std::to_string(min) + " to " + std::to_string(std::numeric_limits<T>::max()));
    }
+   return value;
+}
+
+// One of a list of names.
+template <class Enum, std::size_t Size>
+Enum oneOf(Node const& node, std::array<std::pair<std::string_view, Enum>, Size> const& names) {
    std::string expected = "not one of";
    for (auto const& [name, value] : names) {
       if (name == node.text()) {
@@ -88,6 +100,12 @@ Enum namedOf(Node const& node, std::array<std::pair<std::string_view, Enum>, Siz
       expected.append(" ").append(name);
    }
    node.fail(expected);
+}
+
+// One of a list of names, or the number behind it.
+template <class Enum, std::size_t Size>
+Enum namedOf(Node const& node, std::array<std::pair<std::string_view, Enum>, Size> const& names) {
+   return node.isText() ? oneOf(node, names) : static_cast<Enum>(node.number<std::underlying_type_t<Enum>>());
 }
 
 // The sections.

@@ -118,13 +118,12 @@ void readFecs(Node const& node, Context& context) {
 }
 
 void readPolicyFecs(Node const& node, Context& context) {
-   Zam::HashMap<FecId, bool> seen;
    node.forEachMember([&](Node const& fec) {
       FecId const fecId = fecIdOf(fec, fec.key());
-      if (seen.contains(fecId)) {
+      if (context.policyFecs.contains(fecId)) {
          fec.fail("another name of the same FEC is given too");
       }
-      seen.insertOrReplace(fecId, true);
+      context.policyFecs.insertOrReplace(fecId, true);
       context.state.policyFecs.push_back(fecOf<Vault::Fib::Fec>(fecId, readVias(fec, context)));
    });
 }

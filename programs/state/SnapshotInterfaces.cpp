@@ -32,6 +32,7 @@ constexpr auto interfaceMembers = std::to_array<Member<InterfaceTarget>>({
                 InterfaceTarget& t) { readAddresses(n, t.interface.addresses, "an IPv4 address with its length"); }},
     {"ipv6", [](Node const& n,
                 InterfaceTarget& t) { readAddresses(n, t.interface.addresses6, "an IPv6 address with its length"); }},
+    {"tunnel", [](Node const& n, InterfaceTarget& t) { t.interface.tunnel = ipEncapOf(n); }},
 });
 
 Lumen::IntfId namedIntfId(Node const& node) {
@@ -73,10 +74,7 @@ void readInterfaces(Node const& node, Context& context) {
 void readNexthopGroups(Node const& node, Context& context) {
    Zam::HashMap<U32, bool> seen;
    node.forEachMember([&](Node const& member) {
-      auto const id = member.number<U32>();
-      if (id == 0) {
-         member.fail("not from 1 to 4294967295");
-      }
+      auto const id = numberFrom<U32>(member, 1);
       if (seen.contains(id)) {
          member.fail("another nexthop group has this id");
       }

@@ -13,7 +13,7 @@ using Tunnel::TunnelTable::TunnelEntry;
 constexpr U64 maxTunnelType = ~U64{0} >> Tunnel::tunnelIndexBits;
 constexpr U64 maxTunnelIndex = (U64{1} << Tunnel::tunnelIndexBits) - 1;
 
-// Of the types in tunnel ids, and of the tables with the tunnels of each type.
+// Of the types in tunnel ids, and of the tables with the tunnels of each type; policies have no such table.
 constexpr auto tunnelTypeNames =
     std::to_array<std::pair<std::string_view, TunnelType>>({{"static", TunnelType::staticTunnel},
                                                             {"ldp", TunnelType::ldp},
@@ -21,6 +21,7 @@ constexpr auto tunnelTypeNames =
                                                             {"isisSr", TunnelType::isisSr},
                                                             {"isisFlexAlgo", TunnelType::isisFlexAlgo},
                                                             {"rsvpLer", TunnelType::rsvpLer},
+                                                            {"srTePolicy", TunnelType::srTePolicy},
                                                             {"evpnVxlan", TunnelType::evpnVxlan},
                                                             {"nexthopGroup", TunnelType::nexthopGroup}});
 
@@ -69,6 +70,7 @@ constexpr auto tunnelViaMembers = std::to_array<Member<Target<TunnelVia>>>({
     {"tunnel", [](Node const& n,
                   Target<TunnelVia>& t) { exitIs(n, t.item.intfId, Lumen::IntfId::fromTunnelId(ownTunnelIdOf(n))); }},
     {"labelStack", [](Node const& n, Target<TunnelVia>& t) { t.item.encapId = n.number<U64>(); }},
+    {"weight", [](Node const& n, Target<TunnelVia>& t) { t.item.weight = numberFrom<U16>(n, 1); }},
 });
 
 void readTunnelVias(Node const& list, Context const& context, std::vector<TunnelVia>& vias) {
@@ -85,6 +87,7 @@ constexpr auto tunnelMembers = std::to_array<Member<Target<TunnelWays>>>({
     {"tunnel", [](Node const& n, Target<TunnelWays>& t) { t.item.tunnelId = ownTunnelIdOf(n); }, true},
     {"vias", [](Node const& n, Target<TunnelWays>& t) { readTunnelVias(n, t.context, t.item.value.vias); }},
     {"backupVias", [](Node const& n, Target<TunnelWays>& t) { readTunnelVias(n, t.context, t.item.value.backupVias); }},
+    {"encap", [](Node const& n, Target<TunnelWays>& t) { t.item.value.ipEncap = ipEncapOf(n); }},
 });
 
 constexpr auto labelStackMembers = std::to_array<Member<Target<LabelStack>>>({
@@ -116,9 +119,48 @@ constexpr auto policyMembers = std::to_array<Member<Target<Policy>>>({
     {"tunnel", [](Node const& n, Target<Policy>& t) { t.item.tunnelId = ownTunnelIdOf(n); }, true},
 });
 
+struct ClassTarget {
+   Context const& context;
+   U64& taken;  // the code points of the override so far
+   SrTePolicy::CbfClass item{};
+};
+
+void failIfEmpty(Node const& list) {
+   if (list.list().size() == 0) {
+      list.fail("empty");
+   }
+}
+
+void readCodePoints(Node const& list, ClassTarget& target) {
+   failIfEmpty(list);
+   list.forEachElement([&](Node const& node) {
+      auto const dscp = static_cast<U8>(node.number(63));
+      if ((target.taken >> dscp & 1) != 0) {
+         node.fail("given twice");
+      }
+      target.taken |= U64{1} << dscp;
+      target.item.dscp.push_back(dscp);
+   });
+}
+
+constexpr auto classMembers = std::to_array<Member<ClassTarget>>({
+    {"dscp", readCodePoints, true},
+    {"fec", [](Node const& n, ClassTarget& t) { t.item.fecId = t.context.policyFec(n).value(); }, true},
+});
+
+void readClasses(Node const& list, Target<FecOverride>& target) {
+   failIfEmpty(list);
+   U64 taken = 0;
+   list.forEachElement([&](Node const& node) {
+      ClassTarget read{target.context, taken};
+      readObject(node, classMembers, read);
+      target.item.classes.push_back(std::move(read.item));
+   });
+}
+
 constexpr auto fecOverrideMembers = std::to_array<Member<Target<FecOverride>>>({
-    {"fec", [](Node const& n, Target<FecOverride>& t) { t.item.fecId = t.context.fec(n); }, true},
-    {"override", [](Node const& n, Target<FecOverride>& t) { t.item.overrideFecId = t.context.fec(n); }, true},
+    {"fec", [](Node const& n, Target<FecOverride>& t) { t.item.fecId = t.context.routeFec(n); }, true},
+    {"classes", readClasses, true},
 });
 
 // What the entries of a tunnel table hold: an endpoint, or a whole VXLAN next hop.
@@ -138,10 +180,21 @@ constexpr auto tableMembers = std::to_array<Member<Target<OfTunnel<Entry>>>>(
     {{"index", [](Node const& n, Target<OfTunnel<Entry>>& t) { t.item.tunnelId = n.number(maxTunnelIndex); }, true},
      tableEntryMember<Entry>});
 
-template <class Entry>
-void readTunnelTable(Node const& list, Context const& context, TunnelType type, std::vector<OfTunnel<Entry>>& all) {
+U8 flexAlgorithmOf(Node const& node) {
+   return numberFrom<U8>(node, FlexAlgorithm::minId);
+}
+
+constexpr auto flexAlgoTableMembers = std::to_array<Member<Target<OfTunnel<TunnelEntry>>>>(
+    {tableMembers<TunnelEntry>[0], tableMembers<TunnelEntry>[1], {
+        "algorithm",
+            [](Node const& n, Target<OfTunnel<TunnelEntry>>& t) { t.item.value.algorithm = flexAlgorithmOf(n); }
+     }});
+
+template <class Entry, std::size_t Size>
+void readTunnelTable(Node const& list, Context const& context, TunnelType type, std::vector<OfTunnel<Entry>>& all,
+                     std::array<Member<Target<OfTunnel<Entry>>>, Size> const& members) {
    std::vector<OfTunnel<Entry>> entries;
-   readUniqueObjects(list, context, tableMembers<Entry>, entries, &OfTunnel<Entry>::tunnelId);
+   readUniqueObjects(list, context, members, entries, &OfTunnel<Entry>::tunnelId);
    for (OfTunnel<Entry> const& entry : entries) {
       all.push_back({Tunnel::tunnelIdOf(type, entry.tunnelId), entry.value});
    }
@@ -173,13 +226,18 @@ void readLabelStacks(Node const& node, Context& context) {
 void readTunnelTables(Node const& node, Context& context) {
    node.forEachMember([&](Node const& table) {
       auto const type = std::ranges::find(tunnelTypeNames, table.key(), [](auto const& named) { return named.first; });
-      if (type == tunnelTypeNames.end()) {
+      if (type == tunnelTypeNames.end() || type->second == TunnelType::srTePolicy) {
          table.fail("no such tunnel table");
       }
+      auto const read = [&](auto& entries, auto const& members) {
+         readTunnelTable(table, context, type->second, entries, members);
+      };
       if (type->second == TunnelType::evpnVxlan) {
-         readTunnelTable(table, context, type->second, context.state.evpnTunnels);
+         read(context.state.evpnTunnels, tableMembers<EvpnVxlanTunnelEntry>);
+      } else if (type->second == TunnelType::isisFlexAlgo) {
+         read(context.state.tunnelEntries, flexAlgoTableMembers);
       } else {
-         readTunnelTable(table, context, type->second, context.state.tunnelEntries);
+         read(context.state.tunnelEntries, tableMembers<TunnelEntry>);
       }
    });
 }
@@ -199,10 +257,7 @@ void readFecOverrides(Node const& node, Context& context) {
 void readFlexAlgorithms(Node const& node, Context& context) {
    Zam::HashMap<U8, bool> seen;
    node.forEachMember([&](Node const& member) {
-      auto const id = member.number<U8>();
-      if (id < FlexAlgorithm::minId) {
-         member.fail("not from 128 to 255");
-      }
+      U8 const id = flexAlgorithmOf(member);
       if (seen.contains(id)) {
          member.fail("another flexible algorithm has this number");
       }

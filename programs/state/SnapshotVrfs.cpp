@@ -56,7 +56,7 @@ constexpr auto routeMembers = [] {
        {"preference", [](Node const& n, Target& t) { t.route.preference = n.number<U8>(); }},
        {"metric", [](Node const& n, Target& t) { t.route.metric = n.number<U32>(); }},
        {"sourceVrf", [](Node const& n, Target& t) { t.route.srcVrfId = t.context.vrf(n); }},
-       {"fec", [](Node const& n, Target& t) { t.fecIdIs(n, t.context.fec(n)); }},
+       {"fec", [](Node const& n, Target& t) { t.fecIdIs(n, t.context.routeFec(n)); }},
        {"vias",
         [](Node const& n, Target& t) { t.fecIdIs(n, inlineFec(t.context, Family::adjType, readVias(n, t.context))); }},
    });

@@ -9,7 +9,9 @@
 #include "Lumen/MplsLabelOperation.h"
 #include "Routing/NexthopGroup/NexthopGroupId.h"
 #include "Routing/Rib/RouteConfig.h"
+#include "SrTePolicy/CbfFecOverrideMap.h"
 #include "SrTePolicy/PolicyStatus.h"
+#include "Tunnel/IpTunnelEncap.h"
 #include "Tunnel/TunnelFib/TunnelFib.h"
 #include "Tunnel/TunnelTable/TunnelTables.h"
 #include "Vault/Fib.h"
@@ -33,6 +35,7 @@ struct Interface {
    bool linkUp = true;
    std::vector<Lumen::IpAddrWithMask> addresses{};  // the primary, then the secondary ones
    std::vector<Lumen::Ip6AddrWithMask> addresses6{};
+   Tunnel::IpTunnelEncap tunnel{};  // of a tunnel interface
 };
 
 struct UnprogrammedRoute {
@@ -97,7 +100,7 @@ struct Policy {
 
 struct FecOverride {
    Vault::Fib::FecId fecId{};
-   Vault::Fib::FecId overrideFecId{};
+   std::vector<SrTePolicy::CbfClass> classes{};  // of different code points
 };
 
 struct FlexAlgorithm {

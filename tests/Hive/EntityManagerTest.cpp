@@ -16,7 +16,6 @@ class EntityManagerTest : public ::testing::Test {
    std::string complaint() const {
       return testsupport::complaintOf<StateError>([this] { EntityManager{dir_.string()}; });
    }
-   void stampIs(std::string_view text) const { std::ofstream(dir_ / "hive.json") << text; }
 
    testsupport::TempDir root_;
    fs::path dir_ = fs::path(root_ / "state") / "box";
@@ -25,24 +24,26 @@ class EntityManagerTest : public ::testing::Test {
 }  // namespace
 
 TEST_F(EntityManagerTest, needsADirectoryOfItsOwnVersion) {
-   EXPECT_EQ(complaint(), dir_.string() + ": no such state directory");
+   auto const expect = [this](std::string const& said) {
+      EXPECT_EQ(complaint(), said.empty() ? "" : dir_.string() + ": " + said);
+   };
+   expect("no such state directory");
    fs::create_directories(dir_);
-   EXPECT_EQ(complaint(), dir_.string() + ": is not a state directory, it has no hive.json");
-   stampIs("");
-   EXPECT_EQ(complaint(), dir_.string() + ": is not a state directory, it has no hive.json");
-   stampIs("{\"stateVersion\": 2}\n");
-   EXPECT_EQ(complaint(), dir_.string() + ": state version 2, this program needs 1");
-   stampIs("something else");
-   EXPECT_EQ(complaint(), dir_.string() + ": state version 0, this program needs 1");
+   expect("is not a state directory, it has no hive.json");
+   for (auto const& [stamp, said] : {std::pair("", "is not a state directory, it has no hive.json"),
+                                     {"something else", "state version 0, this program needs 1"},
+                                     {"{\"stateVersion\": 2}\n", "state version 2, this program needs 1"}}) {
+      std::ofstream(dir_ / "hive.json") << stamp;
+      expect(said);
+   }
+   EntityManager::stateDirIs(dir_.string());
+   expect("state version 2, this program needs 1");  // a stamp that is there is left alone
    fs::remove(dir_ / "hive.json");
    EntityManager::stateDirIs(dir_.string());
-   EXPECT_EQ(complaint(), "");
-   stampIs("{\"stateVersion\": 2}\n");
-   EntityManager::stateDirIs(dir_.string());
-   EXPECT_NE(complaint(), "") << "a stamp that is there is left alone";
+   expect("");
    fs::remove_all(dir_);
    std::ofstream(dir_.string()) << "a file";
-   EXPECT_EQ(complaint(), dir_.string() + ": is not a directory");
+   expect("is not a directory");
    EXPECT_THROW(EntityManager::stateDirIs(dir_.string()), StateError);
 }
 
@@ -62,22 +63,20 @@ TEST_F(EntityManagerTest, createsAndMountsTablesByPathAndName) {
    EXPECT_EQ(manager->open<Vault::Fib::RouteStatusWriter>("fib/route/0")->routes(), 1U);
    EXPECT_THROW(manager->open<Vault::Fib::RouteStatusWriter>("fib/route/1"), Vault::MountError);
 
-   manager->create<Vault::Fib6::RouteStatusWriter>("t/0", 1);
-   manager->create<Vault::Fib::ForwardingStatusWriter>("t/1", 1);
-   manager->create<Vault::Fib6::ForwardingStatusWriter>("t/2", 1);
-   manager->create<Vault::FibGen::ForwardingStatusWriter>("t/3", 1);
-   manager->create<Vault::Fib::UnprogrammedRouteStatusWriter>("t/4", 1);
-   manager->create<Vault::KernelUnprogrammedRoute::UnprogrammedRouteWriter>("t/5", 1);
-   std::string path = "t/0";
-   for (char const* const type :
-        {"Vault::Fib6::RouteStatus", "Vault::Fib::ForwardingStatus", "Vault::Fib6::ForwardingStatus",
-         "Vault::FibGen::ForwardingStatus", "Vault::Fib::UnprogrammedRouteStatus",
-         "Vault::KernelUnprogrammedRoute::UnprogrammedRoute"}) {
-      auto const entity = manager->mountEntity(path, type);
+   auto const expectMounted = [&]<class Writer>(std::type_identity<Writer>, std::string_view type) {
+      manager->create<Writer>("t/0", 1);
+      auto const entity = manager->mountEntity("t/0", type);
       ASSERT_NE(entity, nullptr) << type;
       EXPECT_EQ(entity->fwkType(), type);
-      ++path.back();
-   }
+   };
+   using std::type_identity;
+   expectMounted(type_identity<Vault::Fib6::RouteStatusWriter>(), "Vault::Fib6::RouteStatus");
+   expectMounted(type_identity<Vault::Fib::ForwardingStatusWriter>(), "Vault::Fib::ForwardingStatus");
+   expectMounted(type_identity<Vault::Fib6::ForwardingStatusWriter>(), "Vault::Fib6::ForwardingStatus");
+   expectMounted(type_identity<Vault::FibGen::ForwardingStatusWriter>(), "Vault::FibGen::ForwardingStatus");
+   expectMounted(type_identity<Vault::Fib::UnprogrammedRouteStatusWriter>(), "Vault::Fib::UnprogrammedRouteStatus");
+   expectMounted(type_identity<Vault::KernelUnprogrammedRoute::UnprogrammedRouteWriter>(),
+                 "Vault::KernelUnprogrammedRoute::UnprogrammedRoute");
    EXPECT_THROW(manager->mountEntity("t/0", "Vault::Fib::Nothing"), StateError);
 }
 

@@ -70,18 +70,13 @@ class SelectionConcurrencyTest : public ::testing::Test {
       auto const routes = state().template open<typename Family::RouteWriter>("routes");
       auto const fecs = state().template open<typename Family::FecWriter>(fecsOf(Family::fecType));
       for (Random random(3);;) {
-         U32 const i = random.below(2 * staying);
-         if (i < staying || random.below(2) == 0) {
-            routes->routeIs(route(Pattern::distinctPrefix(i), random.number()));
-         } else {
-            routes->routeDel(Pattern::distinctPrefix(i));
-         }
-         U32 const id = 1 + random.below(stayingFecs + 10);
-         if (id <= stayingFecs || random.below(2) == 0) {
-            fecs->fecIs(fec(id, random.number() % 0xfffff));
-         } else {
-            fecs->fecDel(Box<Family>::fecIdOf(id));
-         }
+         Vault::Testing::changeOne(
+             random, staying, 2 * staying,
+             [&](U32 i) { routes->routeIs(route(Pattern::distinctPrefix(i), random.number())); },
+             [&](U32 i) { routes->routeDel(Pattern::distinctPrefix(i)); });
+         Vault::Testing::changeOne(
+             random, stayingFecs, stayingFecs + 10, [&](U32 i) { fecs->fecIs(fec(1 + i, random.number() % 0xfffff)); },
+             [&](U32 i) { fecs->fecDel(Box<Family>::fecIdOf(1 + i)); });
       }
    }
    typename Family::Sorter::Inputs inputs() const {
@@ -90,11 +85,6 @@ class SelectionConcurrencyTest : public ::testing::Test {
       made.forwardingStatus = state().template mount<Vault::Fib::ForwardingStatus>(fecsOf(V4::fecType));
       made.forwarding6Status = state().template mount<Vault::Fib6::ForwardingStatus>(fecsOf(V6::fecType));
       return made;
-   }
-   // Everything, everything inside a prefix that holds all, or the longest match of an address in one.
-   static Prefix requested(U32 shape, U32 one) {
-      Prefix const host(Pattern::distinctPrefix(one).address(), Prefix::maxLength);
-      return std::array{Prefix(), Prefix::parse(Family::nested[0]), host}[shape];
    }
 
  private:
@@ -113,8 +103,11 @@ TYPED_TEST(SelectionConcurrencyTest, whatStaysIsShownOnceAndWhole) {
    while (Vault::Testing::within(start, std::chrono::milliseconds(500))) {
       U32 const shape = random.below(3);
       U32 const one = random.below(this->staying);
+      // Everything, everything inside a prefix that holds all, or the longest match of an address in one.
+      using P = typename TypeParam::Prefix;
+      P const host(TestFixture::Pattern::distinctPrefix(one).address(), P::maxLength);
       inputs.longerPrefixes = shape == 1;
-      inputs.prefix = this->requested(shape, one);
+      inputs.prefix = std::array{P(), P::parse(TypeParam::nested[0]), host}[shape];
       auto const sorter = TypeParam::sorter(inputs);
       sorter->handleInitialized();
       std::map<typename TypeParam::Prefix, U32> seen;
@@ -152,13 +145,9 @@ TYPED_TEST(SelectionConcurrencyTest, depthOfAHierarchyCostsNoStack) {
    auto const fecs6 = this->state().template create<Vault::Fib6::ForwardingStatusWriter>(this->fecsOf(1), depth);
    for (U32 level = 1; level <= depth; ++level) {
       std::vector const vias{through(level % depth + 1), through(level / 2 + 1), through(level)};
-      if (level % 2 == 0) {
-         fecs6->fecIs({idOf(level), 0, vias});
-      } else {
-         fecs->fecIs({idOf(level), 0, vias});
-      }
+      level % 2 == 0 ? fecs6->fecIs({idOf(level), 0, vias}) : fecs->fecIs({idOf(level), 0, vias});
    }
-   auto route = this->route(this->requested(1, 0), 0);
+   auto route = this->route(TestFixture::Prefix::parse(TypeParam::nested[0]), 0);
    route.fecId = idOf(1);
    this->state().template create<typename TypeParam::RouteWriter>("routes", 1)->routeIs(route);
    auto const sorter = TypeParam::sorter(this->inputs());
@@ -168,11 +157,9 @@ TYPED_TEST(SelectionConcurrencyTest, depthOfAHierarchyCostsNoStack) {
    };
    pthread_attr_t small;
    pthread_t thread;
-   ASSERT_EQ(::pthread_attr_init(&small), 0);
-   ASSERT_EQ(::pthread_attr_setstacksize(&small, stackSize), 0);
+   ASSERT_EQ(::pthread_attr_init(&small) + ::pthread_attr_setstacksize(&small, stackSize), 0);
    ASSERT_EQ(::pthread_create(&thread, &small, initialize, sorter.get()), 0);
-   ASSERT_EQ(::pthread_join(thread, nullptr), 0);
-   ::pthread_attr_destroy(&small);
+   ASSERT_EQ(::pthread_join(thread, nullptr) + ::pthread_attr_destroy(&small), 0);
    EXPECT_EQ(sorter->fecs().size(), depth);
    for (auto const& [fecId, fec] : sorter->fecs()) {
       ASSERT_TRUE(fec->hierarchical && fec->vias() >= 2) << fecId.id();

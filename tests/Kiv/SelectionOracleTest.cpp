@@ -295,15 +295,6 @@ TYPED_TEST(SelectionOracleTest, agreesOnWhatFiltersLeave) {
    });
 }
 
-TYPED_TEST(SelectionOracleTest, longestMatchIsAskedOfItsRequestsOnly) {
-   RandomWorld<TypeParam> world(1, 10, true);
-   world.inputs.prefix = world.somePrefix();
-   world.inputs.longerPrefixes = true;
-   auto const sorter = TypeParam::sorter(world.inputs);
-   sorter->handleInitialized();
-   EXPECT_DEATH(sorter->longestPrefixMatch(), "!longerPrefixes\\(\\) && sortedRoutes\\(\\) <= 1");
-}
-
 }  // namespace
 
 }  // namespace Kiv::Testing

@@ -11,36 +11,32 @@ namespace Kiv::Testing {
 
 // The names and values that a test typed over the families needs of each.
 struct V4 : Ipv4 {
+   using Base = Ipv4;
    using Sorter = RouteSorter;
    using RouteWriter = Vault::Fib::RouteStatusWriter;
    using FecWriter = Vault::Fib::ForwardingStatusWriter;
    using Fec = Vault::Fib::Fec;
    static constexpr U8 fecType = 2;
    static constexpr std::array<char const*, 3> nested{"10.0.0.0/8", "10.1.0.0/16", "10.1.1.0/24"};
-   static constexpr char const* elsewhere = "11.0.0.0/8";
    static constexpr char const* everything = "0.0.0.0/0";
    static constexpr char const* inNested = "10.1.1.1/32";
    static constexpr char const* hop = "192.0.2.1";
-   static constexpr auto connected = RouteType::connected;
    static constexpr auto ospf = RouteType::ospfIntraArea;
-   static constexpr char const* ospfCode = "O";
    static Zam::Ptr<Sorter> sorter(Sorter::Inputs inputs) { return routeSorterFactory(std::move(inputs)); }
 };
 
 struct V6 : Ipv6 {
+   using Base = Ipv6;
    using Sorter = Route6Sorter;
    using RouteWriter = Vault::Fib6::RouteStatusWriter;
    using FecWriter = Vault::Fib6::ForwardingStatusWriter;
    using Fec = Vault::Fib6::Fec;
    static constexpr U8 fecType = 1;
    static constexpr std::array<char const*, 3> nested{"2001:db8::/32", "2001:db8:1::/48", "2001:db8:1:1::/64"};
-   static constexpr char const* elsewhere = "2001:db9::/32";
    static constexpr char const* everything = "::/0";
    static constexpr char const* inNested = "2001:db8:1:1::1/128";
    static constexpr char const* hop = "fe80::1";
-   static constexpr auto connected = RouteType::connected;
    static constexpr auto ospf = RouteType::ospf;
-   static constexpr char const* ospfCode = "O3";
    static Zam::Ptr<Sorter> sorter(Sorter::Inputs inputs) { return route6SorterFactory(std::move(inputs)); }
 };
 
@@ -70,9 +66,8 @@ class Box {
       inputs.routeList = Zam::makePtr<Routing::RouteList>();
       inputs.ipStatus = ipStatus;
       inputs.vrfIdMap = vrfs;
-      inputs.allIntfConfig = intfConfig;
+      inputs.allIntfConfig = Zam::makePtr<Interface::AllIntfConfigDir>();
       vrfs->vrfNameIs(vrfId, "default");
-      vrfs->vrfNameIs(8, "red");
       inputs.routingStatus = manager_->template mount<typename Family::RouteStatus>("routes");
       inputs.unprogrammedRouteStatus = manager_->template mount<Vault::Fib::UnprogrammedRouteStatus>("hardware");
       inputs.kernelUnprogrammedRoute =
@@ -101,12 +96,14 @@ class Box {
    }
 
    static Prefix prefix(char const* text) { return Prefix::parse(text); }
-   Route routeIs(char const* prefix, RouteType type, FecId fecId, U8 preference = 110, U32 metric = 20) {
+   Route routeIs(char const* prefix, RouteType type, FecId fecId, U8 preference = 110, U32 metric = 20,
+                 U32 srcVrfId = Vrf::VrfIdMap::noVrf) {
       Route route;
       route.prefix = Prefix::parse(prefix);
       route.routeType = type;
       route.preference = preference;
       route.metric = metric;
+      route.srcVrfId = srcVrfId;
       route.fecId = fecId;
       routes_->routeIs(route);
       return route;
@@ -123,10 +120,6 @@ class Box {
          routeIs(text.c_str(), Family::ospf);
       }
    }
-   void leakedRouteIs(Route route, U32 srcVrfId) {
-      route.srcVrfId = srcVrfId;
-      routes_->routeIs(route);
-   }
    void hardwareUnprogrammedIs(char const* prefix) {
       hardware_->unprogrammedIs(vrfId, Lumen::IpGenPrefix(Prefix::parse(prefix)));
    }
@@ -134,26 +127,17 @@ class Box {
       kernel_->errorIs(vrfId, Lumen::IpGenPrefix(Prefix::parse(prefix)), {12});
    }
 
-   void interfaceIs(char const* name, char const* address, bool loopback = false, char const* vrf = "default") {
-      typename IpStatus::IntfStatus status;
-      status.vrfId = *vrfs->vrfId(vrf);
-      status.vrfName = vrf;
-      status.loopback = loopback;
-      status.primaryAddr = Family::AddrWithMask::parse(address);
-      ipStatus->intfStatusIs(Lumen::IntfId::named(name), status);
-   }
-
    Zam::Ptr<Sorter> sorter() const {
       auto const made = Family::sorter(inputs);
       made->handleInitialized();
       return made;
    }
-   std::string output(U32 format, bool printVrf = false) const {
+   std::string output(U32 format) const {
       testing_cliprint::CapturedFile file;
-      EXPECT_TRUE(sorter()->printRoutes(static_cast<U32>(file.fd()), format, printVrf));
+      EXPECT_TRUE(sorter()->printRoutes(static_cast<U32>(file.fd()), format, false));
       return file.text();
    }
-   std::string text(bool printVrf = false) const { return output(1, printVrf); }
+   std::string text() const { return output(1); }
    // The text from the blank line behind the legend on.
    std::string textAfterLegend() const {
       auto const all = text();
@@ -168,28 +152,15 @@ class Box {
    // Fills a table's index with what no index holds.
    void damage(char const* table) const {
       auto const path = dir_ / ("state/" + std::string(table));
+      std::string const junk(std::filesystem::file_size(path) - 4096, '\xee');
       std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
-      file.seekg(0, std::ios::end);
-      auto const size = static_cast<std::size_t>(file.tellg());
-      std::string const junk(size - 4096, '\xee');
       file.seekp(4096);
-      file.write(junk.data(), static_cast<std::streamsize>(junk.size()));
+      file << junk;
    }
-   // The selected prefixes, in order.
-   std::vector<std::string> selected() const {
-      std::vector<std::string> prefixes;
-      auto const made = sorter();
-      for (auto const& [prefix, route] : made->sortedRoute()) {
-         prefixes.push_back(prefix.stringValue());
-      }
-      return prefixes;
-   }
-
    typename Sorter::Inputs inputs;
    Zam::Ptr<Routing::ConfigGen> const config = Zam::makePtr<Routing::ConfigGen>();
    Zam::Ptr<IpStatus> const ipStatus = Zam::makePtr<IpStatus>();
    Zam::Ptr<Vrf::VrfIdMap::Status> const vrfs = Zam::makePtr<Vrf::VrfIdMap::Status>();
-   Zam::Ptr<Interface::AllIntfConfigDir> const intfConfig = Zam::makePtr<Interface::AllIntfConfigDir>();
 
  private:
    Vault::Testing::TempDir dir_;  // first: the tables go before it

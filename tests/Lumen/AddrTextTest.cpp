@@ -53,20 +53,9 @@ std::string damaged(std::string text, Random& random) {
    constexpr std::string_view characters = "0123456789abcdefABCDEF::..xg/ +-%";
    for (U64 left = 1 + random.below(2); left != 0; --left) {
       auto const at = random.below(text.size() + 1);
-      char const c = characters[random.below(characters.size())];
-      switch (random.below(4)) {
-         case 0:
-            text.insert(at, 1, c);
-            break;
-         case 1:
-            text.erase(at, 1);
-            break;
-         case 2:
-            text.replace(at, 1, 1, c);
-            break;
-         default:
-            text.insert(at, text.substr(random.below(text.size() + 1), random.below(4)));
-      }
+      auto const piece = random.chance(3) ? text.substr(random.below(text.size() + 1), random.below(4))
+                                          : std::string(random.below(2), characters[random.below(characters.size())]);
+      text.replace(at, random.below(2), piece);
    }
    return text;
 }
@@ -131,66 +120,17 @@ TYPED_TEST(AddrTextTest, ReadsWhatTheSystemReadsAndNothingElse) {
    EXPECT_GT(refused, 20000);
 }
 
-TEST(IpAddrTest, RefusesWhatIsNotStrictDottedDecimal) {
-   for (std::string_view const text :
-        {"", "1.2.3.4.5", "256.0.0.0", "0x1.2.3.4", "1.2.3.4/32", "99999999999999999999.1.1.1", "4294967297.0.0.0",
-         "18446744073709551617.0.0.0", "1,2,3,4", "::1.2.3.4"}) {
-      EXPECT_EQ(parsed<IpAddr>(text), std::nullopt) << text;
-   }
-   EXPECT_EQ(parsed<IpAddr>(std::string_view("1.2.3.4\0", 8)), std::nullopt);
-   EXPECT_EQ(parsed<IpAddr>(std::string_view("1.2.3.\0", 7)), std::nullopt);
-   EXPECT_EQ(IpAddr::parse("192.0.2.1").value(), 0xc0000201U);
-   EXPECT_EQ(IpAddr::parse("0.0.0.0"), IpAddr());
-   EXPECT_EQ(IpAddr::parse("255.255.255.255").value(), 0xffffffffU);
-}
-
-TEST(Ip6AddrTest, ReadsEveryFormAndPrintsOne) {
-   struct Case {
-      std::string_view text;
-      std::string_view printed;
-   };
-   for (auto const& [text, printed] : std::to_array<Case>({
-            {"::", "::"},
-            {"2001:db8::1:1:1:1:1", "2001:db8:0:1:1:1:1:1"},  // "::" may stand for one group when read
-            {"::2:3:4:5:6:7:8", "0:2:3:4:5:6:7:8"},
-            {"::ffff:192.0.2.1", "::ffff:192.0.2.1"},
-            {"::fffe:192.0.2.1", "::fffe:c000:201"},  // not IPv4-mapped
-            {"::ffff:0:192.0.2.1", "::ffff:0:c000:201"},
-            {"::192.0.2.1", "::c000:201"},
-            {"64:ff9b::192.0.2.33", "64:ff9b::c000:221"},
-            {"1:2:3:4:5::192.0.2.1", "1:2:3:4:5:0:c000:201"},
-        })) {
-      ASSERT_TRUE(parsed<Ip6Addr>(text)) << text;
-      EXPECT_EQ(Ip6Addr::parse(text).stringValue(), printed) << text;
-   }
-}
-
-TEST(Ip6AddrTest, RefusesWhatNoFormCovers) {
-   for (std::string_view const text : {"", "1::2::3", "1:2:3:4:5:6:7:8:9", "::1:2:3:4:5:6:7:8", "1:2:3:4::5:6:7:8",
-                                       "12345::", "::00001", "::1%eth0", "::1/128", "1.2.3.4", "1:2:3:4:5:6:7:1.2.3.4",
-                                       "1:2:3:4:5:6::1.2.3.4", "1:2:3:4:5:1.2.3.4", "[::1]", "0x1::"}) {
-      EXPECT_EQ(parsed<Ip6Addr>(text), std::nullopt) << text;
-   }
-   EXPECT_EQ(parsed<Ip6Addr>(std::string_view("::1\0", 4)), std::nullopt);
-}
-
 TEST(IpGenAddrTest, KeepsTheFamilyApart) {
    auto const ip = IpGenAddr::parse("1.2.3.4");
    auto const ip6 = IpGenAddr::parse("102:304::");  // the same leading bytes
    EXPECT_NE(ip, ip6);
-   EXPECT_EQ(ip.family(), AddressFamily::ipv4);
-   EXPECT_EQ(ip.ip(), IpAddr(0x01020304));
-   EXPECT_EQ(ip.ip6(), Ip6Addr());
-   EXPECT_EQ(ip6.family(), AddressFamily::ipv6);
-   EXPECT_EQ(ip6.ip(), IpAddr());
+   EXPECT_TRUE(ip.family() == AddressFamily::ipv4 && ip.ip() == IpAddr(0x01020304) && ip.ip6() == Ip6Addr());
+   EXPECT_TRUE(ip6.family() == AddressFamily::ipv6 && ip6.ip() == IpAddr());
    EXPECT_EQ(ip6.ip6(), Ip6Addr(0x0102030400000000, 0));
-
-   EXPECT_EQ(IpGenAddr::parse(""), IpGenAddr());
    EXPECT_NE(IpGenAddr(IpAddr()), IpGenAddr());
    EXPECT_NE(IpGenAddr(IpAddr()), IpGenAddr(Ip6Addr()));
    EXPECT_TRUE(IpGenAddr(IpAddr()).isZero() && IpGenAddr(Ip6Addr()).isZero() && IpGenAddr().isZero());
    EXPECT_TRUE(!IpGenAddr(IpAddr()).isEmpty() && IpGenAddr().isEmpty());
-   EXPECT_THROW(IpGenAddr::parse("none"), Zam::ParseError);
    EXPECT_LT(IpGenAddr(IpAddr(0xffffffff)), IpGenAddr(Ip6Addr()));
 }
 

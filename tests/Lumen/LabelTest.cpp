@@ -16,48 +16,21 @@ void expectRangeError(F&& act, char const* message) {
    EXPECT_EQ(testsupport::complaintOf<Zam::RangeError>(act), message);
 }
 
-template <class T>
-void expectNumberTexts(char const* rangeMessage, U32 max) {
-   auto const largest = std::to_string(max);
-   EXPECT_EQ(T::parse(largest), T(max));
-   EXPECT_EQ(Zam::valueToStrep(T(max)), largest);
-   for (std::string const& tooLarge :
-        {std::to_string(max + 1), std::string("4294967295"), std::string("4294967296"), std::string("4294967297")}) {
-      expectRangeError([&] { T::parse(tooLarge); }, rangeMessage);
-      expectRangeError([&] { Zam::strepToValue<T>(tooLarge); }, rangeMessage);
-   }
-   expectRangeError([&] { T::parse("99999999999999999999999"); }, rangeMessage);
-   expectRangeError([&] { (void)T(max + 1); }, rangeMessage);
-   for (std::string const bad : {"", " 1", "1 ", "+1", "-1", "01", "0x1", "1a", "'1'"}) {
-      EXPECT_THROW(T::parse(bad), Zam::ParseError) << bad;
-      EXPECT_THROW(Zam::strepToValue<T>(bad), Zam::ParseError) << bad;
-   }
-}
-
 TEST(MplsLabelTest, ReachesUpToTheWithdrawMarker) {
    EXPECT_EQ(MplsLabel().value(), 0x100000U);
-   EXPECT_FALSE(MplsLabel().isLabel());
-   EXPECT_TRUE(MplsLabel(0xfffff).isLabel());
-   expectNumberTexts<MplsLabel>(labelRange, 0x800000);
-}
-
-TEST(VniTest, HasTwentyFourBits) {
-   expectNumberTexts<Vni>("Lumen::Vni::value > Lumen::Vni::max not allowed", 0xffffff);
+   EXPECT_TRUE(MplsLabel(0xfffff).isLabel() && !MplsLabel().isLabel());
+   EXPECT_EQ(MplsLabel(0x800000).stringValue(), "8388608");
+   expectRangeError([] { MplsLabel(0x800001); }, labelRange);
+   expectRangeError([] { Zam::strepToValue<MplsLabel>("4294967296"); }, labelRange);
+   expectRangeError([] { Vni(0x1000000); }, "Lumen::Vni::value > Lumen::Vni::max not allowed");
+   EXPECT_THROW(Zam::strepToValue<MplsLabel>("'1'"), Zam::ParseError);
 }
 
 TEST(MplsLabelOperationTest, TextNamesTheOperationAndTheStack) {
    using enum MplsLabelOperation::Operation;
-   EXPECT_EQ(MplsLabelOperation().stringValue(), "none");
-   EXPECT_EQ(MplsLabelOperation(pop, {}).stringValue(), "pop");
-   MplsLabelOperation pushed(push, {MplsLabel(100), MplsLabel(3)});
-   EXPECT_EQ(pushed.stringValue(), "push 100 3");
+   EXPECT_EQ(MplsLabelOperation(push, {MplsLabel(100), MplsLabel(3)}).stringValue(), "push 100 3");
    EXPECT_EQ(MplsLabelOperation::parse("swap 1048576"), MplsLabelOperation(swap, {MplsLabel()}));
    EXPECT_NE(MplsLabelOperation(push, {MplsLabel()}), MplsLabelOperation(push, {}));
-   for (std::string const bad :
-        {"", " ", "Push 1", "push  1", "push 1 ", "push 1,2", "push x", "push-1", "drop", "1"}) {
-      EXPECT_THROW(MplsLabelOperation::parse(bad), Zam::ParseError) << bad;
-   }
-   expectRangeError([] { MplsLabelOperation::parse("push 1 8388609"); }, labelRange);
 }
 
 TEST(MplsLabelOperationTest, HoldsSixteenLabels) {
@@ -70,16 +43,9 @@ TEST(MplsLabelOperationTest, HoldsSixteenLabels) {
    expectRangeError([&] { MplsLabelOperation::parse(full.stringValue() + " 1"); }, message);
 }
 
-TEST(EthAddrTest, ReadsSixPairsOfHexDigits) {
-   EXPECT_EQ(EthAddr::parse("00:1C:73:aB:cD:0f"), EthAddr({0x00, 0x1c, 0x73, 0xab, 0xcd, 0x0f}));
-   EXPECT_EQ(EthAddr::parse("00:1C:73:aB:cD:0f").stringValue(), "00:1c:73:ab:cd:0f");
-   EXPECT_EQ(EthAddr().stringValue(), "00:00:00:00:00:00");
+TEST(EthAddrTest, HoldsItsBytesInOrder) {
+   EXPECT_EQ(EthAddr::parse("00:1c:73:ab:cd:0f"), EthAddr({0x00, 0x1c, 0x73, 0xab, 0xcd, 0x0f}));
    EXPECT_TRUE(EthAddr().isZero() && !EthAddr::parse("00:00:00:00:00:01").isZero());
-   for (std::string const bad : {"", "00:1c:73:ab:cd", "00:1c:73:ab:cd:0f:00", "0:1c:73:ab:cd:0f", "000:1c:73:ab:cd:0f",
-                                 "00:1c:73:ab:cd:0", "00-1c-73-ab-cd-0f", "001c.73ab.cd0f", "00:1c:73:ab:cd:0g",
-                                 " 00:1c:73:ab:cd:0f", "00:1c:73:ab:cd:0f ", "00::73:ab:cd:0f", ":00:1c:73:ab:cd:0f"}) {
-      EXPECT_THROW(EthAddr::parse(bad), Zam::ParseError) << bad;
-   }
 }
 
 }  // namespace

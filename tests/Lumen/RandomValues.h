@@ -33,11 +33,6 @@ class Random {
 
    template <class T>
    T value();
-
-   template <class Addr>
-   BasicPrefix<Addr> prefix() {
-      return chance(20) ? BasicPrefix<Addr>() : BasicPrefix<Addr>::masked(value<Addr>(), length<Addr>());
-   }
    template <class Addr>
    U8 length() {
       return static_cast<U8>(below(Addr::width + 1));
@@ -47,63 +42,7 @@ class Random {
    std::mt19937_64 engine_;
 };
 
-template <>
-inline IpAddr Random::value() {
-   return IpAddr(static_cast<U32>(chance(2) ? bits() : sparse()));
-}
-template <>
-inline Ip6Addr Random::value() {
-   if (chance(8)) {
-      return Ip6Addr(0, below(3) << 48 | (chance(2) ? 0xffff00000000U : 0) | (sparse() & 0xffffffffU));
-   }
-   return Ip6Addr(sparse(), sparse());
-}
-template <>
-inline IpGenAddr Random::value() {
-   return chance(9) ? IpGenAddr() : chance(2) ? IpGenAddr(value<IpAddr>()) : IpGenAddr(value<Ip6Addr>());
-}
-template <>
-inline Prefix Random::value() {
-   return prefix<IpAddr>();
-}
-template <>
-inline Ip6Prefix Random::value() {
-   return prefix<Ip6Addr>();
-}
-template <>
-inline IpGenPrefix Random::value() {
-   return chance(2) ? IpGenPrefix(value<Prefix>()) : IpGenPrefix(value<Ip6Prefix>());
-}
-template <>
-inline IpAddrWithMask Random::value() {
-   return {value<IpAddr>(), length<IpAddr>()};
-}
-template <>
-inline Ip6AddrWithMask Random::value() {
-   return {value<Ip6Addr>(), length<Ip6Addr>()};
-}
-template <>
-inline EthAddr Random::value() {
-   U64 const word = sparse();
-   auto const byte = [word](int i) { return static_cast<U8>(word >> (8 * i)); };
-   return EthAddr({byte(0), byte(1), byte(2), byte(3), byte(4), byte(5)});
-}
-template <>
-inline MplsLabel Random::value() {
-   return MplsLabel(static_cast<U32>(chance(4) ? MplsLabel::luWithdraw - below(2) : below(0x100001)));
-}
-template <>
-inline MplsLabelOperation Random::value() {
-   MplsLabelOperation operation(static_cast<MplsLabelOperation::Operation>(below(4)), {});
-   for (U64 left = chance(2) ? below(3) : below(MplsLabelOperation::maxLabels + 1); left != 0; --left) {
-      operation.labelAppend(value<MplsLabel>());
-   }
-   return operation;
-}
-template <>
-inline Vni Random::value() {
-   return Vni(static_cast<U32>(below(Vni::max + 1)));
-}
+// Names put together from few pieces: digit runs with zeros in front, and what other kinds are written with.
 template <>
 inline IntfId Random::value() {
    switch (below(6)) {
@@ -118,7 +57,6 @@ inline IntfId Random::value() {
       default:
          break;
    }
-   // Names put together from few pieces: digit runs with zeros in front, and what other kinds are written with.
    constexpr std::string_view pieces[] = {"0",        "00",       "1",     "9",   "10", "/",  ".",
                                           "Ethernet", "FecId(",   "Name(", "0x1", ")",  "))", "eth",
                                           "E",        "\xc3\xa9", "'",     "\\",  "a",  "0x", "NexthopGroup("};
@@ -127,6 +65,40 @@ inline IntfId Random::value() {
       name += pieces[below(std::size(pieces))];
    } while (!chance(4));
    return IntfId::named(std::string_view(name).substr(0, IntfId::maxNameLength));
+}
+
+template <class T>
+T Random::value() {
+   if constexpr (std::is_same_v<T, IpAddr>) {
+      return IpAddr(static_cast<U32>(chance(2) ? bits() : sparse()));
+   } else if constexpr (std::is_same_v<T, Ip6Addr>) {
+      U64 const low = below(3) << 48 | (chance(2) ? 0xffff00000000U : 0) | (sparse() & 0xffffffffU);
+      return chance(8) ? Ip6Addr(0, low) : Ip6Addr(sparse(), sparse());
+   } else if constexpr (std::is_same_v<T, IpGenAddr>) {
+      return chance(9) ? IpGenAddr() : chance(2) ? IpGenAddr(value<IpAddr>()) : IpGenAddr(value<Ip6Addr>());
+   } else if constexpr (std::is_same_v<T, Prefix> || std::is_same_v<T, Ip6Prefix>) {
+      using Addr = typename T::AddrType;
+      return chance(20) ? T() : T::masked(value<Addr>(), length<Addr>());
+   } else if constexpr (std::is_same_v<T, IpGenPrefix>) {
+      return chance(2) ? IpGenPrefix(value<Prefix>()) : IpGenPrefix(value<Ip6Prefix>());
+   } else if constexpr (std::is_same_v<T, IpAddrWithMask>) {
+      return {value<IpAddr>(), length<IpAddr>()};
+   } else if constexpr (std::is_same_v<T, Ip6AddrWithMask>) {
+      return {value<Ip6Addr>(), length<Ip6Addr>()};
+   } else if constexpr (std::is_same_v<T, EthAddr>) {
+      auto const bytes = std::bit_cast<std::array<U8, 8>>(sparse());
+      return EthAddr({bytes[0], bytes[1], bytes[2], bytes[3], bytes[4], bytes[5]});
+   } else if constexpr (std::is_same_v<T, MplsLabel>) {
+      return MplsLabel(static_cast<U32>(chance(4) ? MplsLabel::luWithdraw - below(2) : below(0x100001)));
+   } else if constexpr (std::is_same_v<T, MplsLabelOperation>) {
+      T operation(static_cast<MplsLabelOperation::Operation>(below(4)), {});
+      for (U64 left = chance(2) ? below(3) : below(T::maxLabels + 1); left != 0; --left) {
+         operation.labelAppend(value<MplsLabel>());
+      }
+      return operation;
+   } else {
+      return Vni(static_cast<U32>(below(Vni::max + 1)));
+   }
 }
 
 }  // namespace Lumen::Test

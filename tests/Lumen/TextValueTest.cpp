@@ -1,4 +1,6 @@
 #include "Lumen/RandomValues.h"
+#include "Zam/Error.h"
+#include "support/Cases.h"
 
 // What holds for every value type of the folder, over random values.
 namespace Lumen::Test {
@@ -75,6 +77,41 @@ TYPED_TEST(TextValueTest, HashesSpread) {
       double const expected = 4096 * (1 - std::exp(-static_cast<double>(distinct.size()) / 4096));
       EXPECT_GT(static_cast<double>(slots.size()), expected * 0.95) << distinct.size() << " values";
    }
+}
+
+// What a type makes of a text: the text of the value, or the error. The file has them as quoted strings.
+template <class T>
+std::string madeOf(std::string const& quoted) {
+   try {
+      return Zam::valueToStrep(T::parse(Zam::strepToValue<std::string>(quoted)).stringValue());
+   } catch (Zam::ParseError const&) {
+      return "malformed";
+   } catch (Zam::RangeError const& error) {
+      return error.what();
+   }
+}
+
+template <class... T>
+void expectTextForms(char const* section) {
+   for (auto const& [text, made] : testsupport::casesOf("Lumen/textForms.txt", section)) {
+      EXPECT_EQ(std::set<std::string>{madeOf<T>(text)...}, std::set{made}) << section << ": " << text;
+   }
+}
+
+TEST(TextForms, AreReadInEveryFormAndWrittenInOne) {
+   expectTextForms<IpAddr>("IPv4 addresses");
+   expectTextForms<Ip6Addr>("IPv6 addresses");
+   expectTextForms<Prefix, IpGenPrefix>("IPv4 prefixes");
+   expectTextForms<Ip6Prefix, IpGenPrefix>("IPv6 prefixes");
+   expectTextForms<IpAddrWithMask>("IPv4 addresses with a mask");
+   expectTextForms<Ip6AddrWithMask>("IPv6 addresses with a mask");
+   expectTextForms<IpAddr, Ip6Addr, Prefix, Ip6Prefix, IpGenPrefix, IpAddrWithMask, Ip6AddrWithMask, EthAddr>(
+       "nothing");
+   expectTextForms<EthAddr>("MAC addresses");
+   expectTextForms<MplsLabel>("labels");
+   expectTextForms<Vni>("VNIs");
+   expectTextForms<MplsLabelOperation>("label operations");
+   expectTextForms<IntfId>("interfaces");
 }
 
 }  // namespace

@@ -24,22 +24,4 @@ TEST(RouteKey, OrdersByPrefixThenPreference) {
    EXPECT_TRUE(std::ranges::adjacent_find(shuffled) == shuffled.end());
 }
 
-TEST(RouteList, TellsKeysOfBothFamiliesApart) {
-   auto const list = Zam::makePtr<Routing::RouteList>();
-   U32 tag = 0;
-   for (auto const& each : keys) {
-      list->routeIs(each, RouteType::forward)->tagIs(++tag);
-   }
-   EXPECT_EQ(list->route().size(), keys.size());
-   list->routeDel(key("::/0"));
-   tag = 0;
-   for (auto const& each : keys) {
-      auto const* const route = list->route(each);
-      ++tag;
-      ASSERT_EQ(route == nullptr, each == key("::/0")) << each;
-      EXPECT_TRUE(route == nullptr || (route->key() == each && route->tag() == tag)) << each;
-   }
-   EXPECT_EQ(list->route(key("10.0.0.0/8", 3)), nullptr);
-}
-
 }  // namespace

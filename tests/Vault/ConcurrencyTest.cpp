@@ -19,15 +19,11 @@ bool isWhole(typename Family::Route const& route) {
 template <class Family>
 class ConcurrentRouteTest : public TableTest {
  protected:
-   // The routes below `staying` are changed and never go; those above come and go, and take each other's slots.
    static void write(typename Family::Writer& writer, Random& random) {
-      U32 const i = random.below(staying + coming);
-      auto const prefix = Family::distinctPrefix(i);
-      if (i < staying || random.below(2) == 0) {
-         writer.routeIs(patternRoute<Family>(prefix, random.number()));
-      } else {
-         writer.routeDel(prefix);
-      }
+      changeOne(
+          random, staying, staying + coming,
+          [&](U32 i) { writer.routeIs(patternRoute<Family>(Family::distinctPrefix(i), random.number())); },
+          [&](U32 i) { writer.routeDel(Family::distinctPrefix(i)); });
    }
 };
 TYPED_TEST_SUITE(ConcurrentRouteTest, RouteFamilies);
@@ -154,13 +150,11 @@ TEST_F(ConcurrentFecTest, aFecIsReadAsItWasWrittenOrNotAtAll) {
    constexpr U32 fecs = 40;
    // Sizes change all the while, in an arena so small that places are soon used again by other FECs.
    auto const write = [](Fib6::ForwardingStatusWriter& writer, Random& random) {
-      U32 const id = 1 + random.below(fecs + 10);
       U32 const version = random.number() & 0xffffffU;
-      if (id <= fecs || random.below(2) == 0) {
-         writer.fecIs(patternFec<Fec>(Fib::FecId(id), version, version % 8 == 0 ? version % 601 : version % 7));
-      } else {
-         writer.fecDel(Fib::FecId(id));
-      }
+      U32 const vias = version % 8 == 0 ? version % 601 : version % 7;
+      changeOne(
+          random, fecs, fecs + 10, [&](U32 i) { writer.fecIs(patternFec<Fec>(Fib::FecId(1 + i), version, vias)); },
+          [&](U32 i) { writer.fecDel(Fib::FecId(1 + i)); });
    };
    {
       Fib6::ForwardingStatusWriter writer(path_, {fecs + 10, 16000});

@@ -2,19 +2,6 @@
 
 namespace Vault::Testing {
 
-namespace {
-
-template <class Family>
-std::size_t lookups(typename Family::Reader const& reader, U32 routes) {
-   std::size_t found = 0;
-   for (U32 i = 0; i < routes; ++i) {
-      found += reader.route(Family::distinctPrefix(i)).has_value() ? 1U : 0U;
-   }
-   return found;
-}
-
-}  // namespace
-
 template <class Family>
 class DamageTest : public TableTest {
  protected:
@@ -28,7 +15,6 @@ class DamageTest : public TableTest {
       }
    }
    U64 slot(U32 index) const { return slotOffset<Record>(path_, index); }
-   U64 link(U32 index) const { return slot(index) + offsetof(Slot<Record>, next); }
    static U32 bucketOf(U32 route) {
       return static_cast<U32>(hashKey(Records::toKey(Family::distinctPrefix(route)))) & 63U;
    }
@@ -38,13 +24,20 @@ class DamageTest : public TableTest {
       reader.walk([&](typename Family::Route const& route) { EXPECT_TRUE(metrics.insert(route.metric).second); });
       return metrics;
    }
+   static std::size_t lookups(typename Family::Reader const& reader) {
+      std::size_t found = 0;
+      for (U32 i = 0; i < routes; ++i) {
+         found += reader.route(Family::distinctPrefix(i)).has_value() ? 1U : 0U;
+      }
+      return found;
+   }
    // The next writer makes good what can be made good.
    void expectRepaired(U32 lost) {
       typename Family::Writer const writer(path_);
       typename Family::Reader const reader(path_);
       EXPECT_EQ(reader.routes(), routes - lost);
       EXPECT_EQ(walked(reader).size(), routes - lost);
-      EXPECT_EQ(lookups<Family>(reader, routes), routes - lost);
+      EXPECT_EQ(lookups(reader), routes - lost);
       EXPECT_EQ(reader.corruption(), "");
    }
 };
@@ -57,11 +50,7 @@ TYPED_TEST(DamageTest, aBrokenChainIsSaidAndRepaired) {
    while (this->bucketOf(other) == head) {
       ++other;
    }
-   struct Case {
-      U64 place;
-      U32 value;
-      std::string complaint;
-   };
+   using Case = std::tuple<U64, U32, std::string>;
    for (auto const& [place, value, complaint] : {
             Case{this->bucket(head), 65, "slot 64"},
             Case{this->bucket(head), 0xffffffff, "slot 4294967294"},
@@ -75,7 +64,7 @@ TYPED_TEST(DamageTest, aBrokenChainIsSaidAndRepaired) {
       this->expectRepaired(0);
    }
    for (U32 i = 0; i < this->routes; ++i) {
-      patch(this->path_, this->link(i), i + 1);
+      patch(this->path_, this->slot(i) + offsetof(Slot<typename TypeParam::Record>, next), i + 1);
    }
    typename TypeParam::Reader const reader(this->path_);
    for (U32 missing = this->routes; missing < 2000; ++missing) {
@@ -129,7 +118,7 @@ TYPED_TEST(DamageTest, anEntryThatNobodyFinishesVanishesAloneAndSoon) {
       EXPECT_EQ(reader.corruption(), "");
       if (state == SlotState::updating) {
          EXPECT_EQ(reader.vanished(), 1U);
-         EXPECT_EQ(lookups<TypeParam>(reader, this->routes), this->routes - 1);
+         EXPECT_EQ(this->lookups(reader), this->routes - 1);
          EXPECT_EQ(reader.vanished(), 2U);
       }
    }
@@ -144,7 +133,7 @@ TYPED_TEST(DamageTest, allStaysInReachWhileTheIndexIsInPieces) {
       patch(this->path_, this->bucket(i), U32{0});
    }
    typename TypeParam::Reader const reader(this->path_);
-   EXPECT_EQ(lookups<TypeParam>(reader, this->routes), this->routes);
+   EXPECT_EQ(this->lookups(reader), this->routes);
    EXPECT_FALSE(reader.route(TypeParam::distinctPrefix(4000)).has_value());
    this->expectRepaired(0);
 }
@@ -172,18 +161,20 @@ namespace {
 // Flips bits anywhere in what is used of the file and lets a reader and then a writer at it. Whatever they say is in
 // order; crashing, hanging or reading elsewhere is not (the sanitizers watch).
 template <class Open>
-void fuzz(std::string const& path, std::vector<char> const& image, U32 rounds, Open&& open) {
+void fuzz(std::string const& path, U32 rounds, Open&& open) {
+   std::ifstream file(path, std::ios::binary);
+   std::string const image(std::istreambuf_iterator<char>(file), {});
    Random random(23);
    U32 refused = 0;
    for (U32 round = 0; round < rounds; ++round) {
-      std::vector<char> damaged = image;
+      std::string damaged = image;
       for (U32 flips = 1 + random.below(12); flips > 0; --flips) {
          // Not often in what mounting checks, which refuses most of it.
          U32 const from = random.below(20) == 0 ? 0 : offsetof(TableHeader, highWater);
          damaged[from + random.below(static_cast<U32>(damaged.size()) - from)] ^=
              static_cast<char>(1U << random.below(8));
       }
-      std::ofstream(path, std::ios::binary) << std::string_view(damaged.data(), damaged.size());
+      std::ofstream(path, std::ios::binary) << damaged;
       try {
          open();
       } catch (MountError const&) {
@@ -191,11 +182,6 @@ void fuzz(std::string const& path, std::vector<char> const& image, U32 rounds, O
       }
    }
    EXPECT_LT(refused, rounds / 2);
-}
-
-std::vector<char> imageOf(std::string const& path) {
-   std::ifstream file(path, std::ios::binary);
-   return {std::istreambuf_iterator<char>(file), {}};
 }
 
 template <class Act>
@@ -210,7 +196,7 @@ void survive(Act&& act) {
 }  // namespace
 
 TYPED_TEST(DamageTest, anyDamageToRoutesIsSurvived) {
-   fuzz(this->path_, imageOf(this->path_), 400, [&] {
+   fuzz(this->path_, 400, [&] {
       {
          typename TypeParam::Reader const reader(this->path_);
          reader.walk([](auto const& route) { EXPECT_LE(route.prefix.length(), route.prefix.maxLength); });
@@ -242,7 +228,7 @@ TEST_F(DamageFecTest, anyDamageToFecsIsSurvived) {
          writer.fecIs(patternFec<Fec>(Fib::FecId(i), i, i % 7));
       }
    }
-   fuzz(path_, imageOf(path_), 600, [&] {
+   fuzz(path_, 600, [&] {
       {
          Fib::ForwardingStatus const reader(path_);
          survive([&] { reader.walk([](Fec const& fec) { EXPECT_LE(fec.vias.size(), 600U); }); });

@@ -3,9 +3,7 @@
 namespace Vault::Testing {
 
 template <class Tables>
-class ForwardingStatusTest : public TableTest {
- protected:
-};
+class ForwardingStatusTest : public TableTest {};
 
 template <class ReaderType, class WriterType>
 struct FecTables {
@@ -105,31 +103,21 @@ TYPED_TEST(ForwardingStatusTest, carriesBadValuesToWhoeverAsksForThem) {
 TYPED_TEST(ForwardingStatusTest, raisesWhatIsWrongWithARecordAndItsVias) {
    using Fec = typename TypeParam::Fec;
    using Record = typename TypeParam::Record;
-   struct Case {
-      std::size_t offset;
-      U64 value;
-      std::size_t bytes;
-      bool inVia;
-      std::string_view complaint;
-   };
-   for (auto const& [offset, value, bytes, inVia, complaint] : {
-            Case{offsetof(Record, viaCount), 601, 2, false, "ViaIndex::value"},
-            Case{offsetof(Record, viaCount), 0xffff, 2, false, "ViaIndex::value"},
-            Case{offsetof(Record, viaCount), 600, 2, false, "vias out of place in FEC 9"},
-            Case{offsetof(Record, firstVia), 99, 4, false, "vias out of place in FEC 9"},
-            Case{offsetof(Record, firstVia), 0xffffffff, 4, false, "vias out of place in FEC 9"},
-            Case{offsetof(Records::ViaRecord, hopFamily), 3, 1, true, "impossible via in FEC 9"},
-            Case{offsetof(Records::ViaRecord, intfId), 5, 1, true, "impossible via in FEC 9"},
-            Case{offsetof(Records::ViaRecord, intfId), 0, 1, true, "impossible via in FEC 9"},
-            Case{offsetof(Records::ViaRecord, intfId) + 3, 0x1b, 1, true, "impossible via in FEC 9"},
-        }) {
+   constexpr char const* index = "ViaIndex::value";
+   constexpr char const* place = "vias out of place in FEC 9";
+   constexpr char const* via = "impossible via in FEC 9";
+   using Case = std::tuple<std::size_t, U64, std::size_t, char const*>;
+   for (auto const& [offset, value, bytes, complaint] :
+        {Case{offsetof(Record, viaCount), 601, 2, index}, Case{offsetof(Record, viaCount), 0xffff, 2, index},
+         Case{offsetof(Record, viaCount), 600, 2, place}, Case{offsetof(Record, firstVia), 99, 4, place},
+         Case{offsetof(Record, firstVia), 0xffffffff, 4, place},
+         Case{offsetof(Records::ViaRecord, hopFamily), 3, 1, via},
+         Case{offsetof(Records::ViaRecord, intfId), 5, 1, via}, Case{offsetof(Records::ViaRecord, intfId), 0, 1, via},
+         Case{offsetof(Records::ViaRecord, intfId) + 3, 0x1b, 1, via}}) {
       { typename TypeParam::Writer(this->path_, {4, 100}).fecIs(patternFec<Fec>(Fib::FecId(9), 1, 2)); }
-      U64 const place = inVia ? shapeOf<Record>(this->path_).arenaOffset() + offset
-                              : slotOffset<Record>(this->path_, 0) + offsetof(Slot<Record>, words) + offset;
-      std::fstream file(this->path_, std::ios::in | std::ios::out | std::ios::binary);
-      file.seekp(static_cast<std::streamoff>(place));
-      file.write(reinterpret_cast<char const*>(&value), static_cast<std::streamsize>(bytes));
-      file.close();
+      U64 const base = complaint == via ? shapeOf<Record>(this->path_).arenaOffset()
+                                        : slotOffset<Record>(this->path_, 0) + offsetof(Slot<Record>, words);
+      patch(this->path_, base + offset, value, bytes);
       typename TypeParam::Reader const reader(this->path_);
       Fec read;
       auto const said = complaintOf<std::runtime_error>([&] { reader.fec(Fib::FecId(9), read); });

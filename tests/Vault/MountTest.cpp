@@ -6,11 +6,7 @@ using MountTest = TableTest;
 
 TEST_F(MountTest, refusesAFileThatIsNotTheTableInOneLineThatSaysWhy) {
    std::string const others = "holds other records than Vault::Fib::Route as this program knows it";
-   struct Case {
-      U64 offset;
-      U32 value;
-      std::string complaint;
-   };
+   using Case = std::tuple<U64, U32, std::string>;
    auto const impossible = [](std::string const& capacity, char const* buckets, char const* room) {
       return "impossible capacity " + capacity + " with " + buckets + " buckets and room for " + room + " elements";
    };
@@ -59,11 +55,8 @@ TEST_F(MountTest, refusesOtherTablesAndWhatIsNoFile) {
    EXPECT_EQ(complaintOf<MountError>([&] { Fib::RouteStatus(dir_ / ""); }), dir_ / ": is not a file");
    EXPECT_EQ(complaintOf<MountError>([&] { Fib::RouteStatusWriter(dir_ / "new", {0}); }),
              dir_ / "new: a table has 1 to 134217728 entries, not 0");
-   std::size_t left = 0;
-   for ([[maybe_unused]] auto const& entry : std::filesystem::directory_iterator(dir_ / "")) {
-      ++left;
-   }
-   EXPECT_EQ(left, 1U) << "a table that was not made leaves nothing behind";
+   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir_ / ""), {}), 1)
+       << "a table that was not made leaves nothing behind";
 }
 
 }  // namespace Vault::Testing

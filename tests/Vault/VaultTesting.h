@@ -23,10 +23,10 @@ class TableTest : public ::testing::Test {
 
 // Overwrites bytes of a file the way a fault would.
 template <class T>
-void patch(std::string const& path, U64 offset, T value) {
+void patch(std::string const& path, U64 offset, T value, std::size_t bytes = sizeof(T)) {
    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
    file.seekp(static_cast<std::streamoff>(offset));
-   file.write(reinterpret_cast<char const*>(&value), sizeof(value));
+   file.write(reinterpret_cast<char const*>(&value), static_cast<std::streamsize>(bytes));
    ASSERT_TRUE(file.good()) << path;
 }
 
@@ -68,11 +68,7 @@ class OtherProcess {
    template <class Work>
    explicit OtherProcess(Work const& work) : pid_(::fork()) {
       if (pid_ == 0) {
-         try {
-            work();
-         } catch (...) {
-            ::_exit(1);
-         }
+         [&]() noexcept { work(); }();
          ::_exit(0);
       }
    }
@@ -87,12 +83,19 @@ class OtherProcess {
       ::kill(pid_, SIGKILL);
       int status = 0;
       ::waitpid(std::exchange(pid_, 0), &status, 0);
-      return WIFSIGNALED(status);
+      return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
    }
 
  private:
    pid_t pid_;
 };
+
+// Changes one of `all` entries. Those below `staying` never go; the others come and go, and take each other's places.
+template <class Put, class Drop>
+void changeOne(Random& random, U32 staying, U32 all, Put&& put, Drop&& drop) {
+   U32 const i = random.below(all);
+   i < staying || random.below(2) == 0 ? put(i) : drop(i);
+}
 
 inline bool within(std::chrono::steady_clock::time_point start, std::chrono::milliseconds limit) {
    return std::chrono::steady_clock::now() - start < limit;

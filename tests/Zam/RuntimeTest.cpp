@@ -20,15 +20,17 @@ TEST(BoundedString, HoldsAnyBytesUpToItsBound) {
 }
 
 TEST(Trace, SettingNamesSourcesAndLevels) {
-   struct Case {
-      char const* setting;
-      U16 levels;
-   };
-   constexpr U16 all = 0x3ff;
    for (auto const& [setting, levels] :
-        {Case{"", 0}, Case{"Kiv/CliSupport", all}, Case{"Kiv/CliSupport=089", 0x301}, Case{"*", all},
-         Case{"*=1,Kiv/CliSupport=2", 0x6}, Case{"Other,Kiv/CliSupport=0", 1}, Case{"Kiv/CliSupport=", 0},
-         Case{"Kiv/CliSupport=x7:", 0x80}, Case{"Kiv/Cli,Kiv/CliSupport2,kiv/clisupport", 0}, Case{",,,", 0}}) {
+        std::initializer_list<std::pair<char const*, U16>>{{"", 0},
+                                                           {"Kiv/CliSupport", 0x3ff},
+                                                           {"Kiv/CliSupport=089", 0x301},
+                                                           {"*=1,Kiv/CliSupport=2", 0x6},
+                                                           {"*", 0x3ff},
+                                                           {"Other,Kiv/CliSupport=0", 1},
+                                                           {"Kiv/CliSupport=", 0},
+                                                           {"Kiv/CliSupport=x7:", 0x80},
+                                                           {"Kiv/Cli,Kiv/CliSupport2,kiv/clisupport", 0},
+                                                           {",,,", 0}}) {
       EXPECT_EQ(Zam::traceLevels(setting, "Kiv/CliSupport"), levels) << setting;
    }
 }

@@ -29,8 +29,9 @@ class CapturedFile {
 
 // A renderer of its own output.
 struct OnRenderer {
-   explicit OnRenderer(cliprint::OutputFormat format, bool ownsDocument = true)
-       : buffer(file.fd()),
+   explicit OnRenderer(cliprint::OutputFormat format, bool ownsDocument = true,
+                       std::size_t bufsize = cliprint::globalBufsize)
+       : buffer(file.fd(), bufsize),
          renderer(format, buffer, ownsDocument) {}
 
    CapturedFile file;
@@ -41,14 +42,12 @@ struct OnRenderer {
 // What `walk` writes on a renderer of its own, which owns the document.
 template <class Walk>
 std::string rendered(cliprint::OutputFormat format, Walk&& walk, std::size_t bufsize = cliprint::globalBufsize) {
-   CapturedFile file;
-   cliprint::CliPrintBuffer buffer(file.fd(), bufsize);
-   cliprint::RendererV2 renderer(format, buffer, true);
-   walk(renderer);
-   renderer.endDocument();
-   renderer.ioflush();
-   EXPECT_EQ(buffer.error(), 0);
-   return file.text();
+   OnRenderer on(format, true, bufsize);
+   walk(on.renderer);
+   on.renderer.endDocument();
+   on.renderer.ioflush();
+   EXPECT_EQ(on.buffer.error(), 0);
+   return on.file.text();
 }
 
 }  // namespace testing_cliprint

@@ -27,29 +27,13 @@ struct Operation {
 };
 
 Operation const operations[] = {
-    {"frills", [](RendererV2& r) { r.addFrills("\nVRF: %s\n", "red"); }, "\nVRF: red\n", ""},
-    {"args", [](RendererV2& r) { r.addArgs("%u of %u\n", 3U, 4U); }, "3 of 4\n", ""},
-    {"one attribute", [](RendererV2& r) { r.addAttributes("%-5s|", StringAttrInfo("code", r, "S").getArg()); },
-     "S    |", R"("code":"S")"},
     {"a group",
      [](RendererV2& r) {
         r.addAttributes(" [%d/%u] ", S32AttrInfo("preference", r, -1).getArg(), Attr32Info("metric", r, 20U).getArg());
      },
      " [-1/20] ", R"("preference":-1,"metric":20)"},
-    {"model only",
-     [](RendererV2& r) {
-        r.addAttributes("", BoolAttrInfo("a", r, true).getArg(), BoolAttrInfo("b", r, false).getArg());
-     },
-     "", R"("a":true,"b":false)"},
+    {"model only", [](RendererV2& r) { r.addAttributes("", BoolAttrInfo("a", r, true).getArg()); }, "", R"("a":true)"},
     {"add", [](RendererV2& r) { r.add(" (", "description", "\"up\""); }, " (\"up\"", R"("description":"\"up\"")"},
-    {"dictionary entries",
-     [](RendererV2& r) {
-        for (U32 const key : {1U, 2U}) {
-           auto const entry = JsonScope::dictEntry(r, Attr32Info("id", r, key).getArg());
-           r.addAttributes("%u;", Attr32Info("value", r, key + 10).getArg());
-        }
-     },
-     "11;12;", R"("1":{"value":11},"2":{"value":12})"},
     {"simple entries",
      [](RendererV2& r) {
         r.startSimpleDictEntry(S32AttrInfo("id", r, -7));
@@ -61,23 +45,14 @@ Operation const operations[] = {
         r.addAttributes("", BoolAttrInfo("last", r, true).getArg());
      },
      "seven\n           3\n", R"("-7":"seven","a\"b":3,"last":true)"},
-    {"nested structure",
+    {"empty ones",
      [](RendererV2& r) {
-        {
-           auto const routes = JsonScope::object(r, "routes");
-           auto const route = JsonScope::dictEntry(r, StringAttrInfo("prefix", r, "10.0.0.0/8"));
-           auto vias = JsonScope::list(r, "vias");
-           for (std::string_view const hop : {"1.1.1.1", "2.2.2.2"}) {
-              auto const via = JsonScope::listEntry(r);
-              r.addAttributes(" %s", StringAttrInfo("nexthopAddr", r, hop).getArg());
-           }
-           vias.close();
-           auto const empty = JsonScope::list(r, "labels");
-        }
+        auto const entry = JsonScope::dictEntry(r, S32AttrInfo("id", r, -1));
+        auto list = JsonScope::list(r, "labels");
+        list.close();
         auto const empty = JsonScope::object(r, "empty");
      },
-     " 1.1.1.1 2.2.2.2",
-     R"("routes":{"10.0.0.0/8":{"vias":[{"nexthopAddr":"1.1.1.1"},{"nexthopAddr":"2.2.2.2"}],"labels":[]}},"empty":{})"},
+     "", R"("-1":{"labels":[],"empty":{}})"},
     {"bare list elements",
      [](RendererV2& r) {
         auto const names = JsonScope::list(r, "names");
@@ -100,19 +75,17 @@ TEST(RendererV2, everyOperationInBothFormats) {
 }
 
 TEST(RendererV2, returnsTheCharactersWritten) {
-   rendered(
-       textFormat,
-       [](RendererV2& r) {
-          StringAttrInfo const code("code", r, "S");
-          EXPECT_EQ(r.addAttributes("%-5s", code.getArg()), 5);
-          EXPECT_EQ(r.addAttributes("", code.getArg()), 0);
-          EXPECT_EQ(r.addArgs("%s\n", std::string(3000, 'x')), 3001);
-       },
-       1);
-   rendered(modelFormat, [](RendererV2& r) {
-      EXPECT_EQ(r.addAttributes("%-5s", StringAttrInfo("code", r, "S").getArg()), 10);
-      EXPECT_EQ(r.addArgs("x"), 0);
-   });
+   auto const written = [](cliprint::OutputFormat format, int text, int model, int line) {
+      auto const walk = [=](RendererV2& r) {
+         StringAttrInfo const code("code", r, "S");
+         EXPECT_EQ(r.addAttributes("%-5s", code.getArg()), text);
+         EXPECT_EQ(r.addAttributes("", code.getArg()), model);
+         EXPECT_EQ(r.addArgs("%s\n", std::string(3000, 'x')), line);
+      };
+      rendered(format, walk, 1);
+   };
+   written(textFormat, 5, 0, 3001);
+   written(modelFormat, 10, 11, 0);
 }
 
 // A walk with many sizes of everything, by a seed.
@@ -164,41 +137,6 @@ TEST(RendererV2, outputInPiecesIsTheSameAndAlwaysValid) {
    }
 }
 
-// An operation as the library has them: a renderer, a buffer and a document of its own.
-void operation(int fd, cliprint::OutputFormat format, std::string_view vrf) {
-   cliprint::CliPrintBuffer buffer(fd);
-   RendererV2 renderer(format, buffer, true);
-   renderer.addAttributes("VRF: %s\n", StringAttrInfo("name", renderer, vrf).getArg());
-   renderer.endDocument();
-   renderer.ioflush();
-}
-
-TEST(RendererV2, operationsComposeToOneDocument) {
-   for (auto const format : {textFormat, modelFormat}) {
-      OnRenderer on(format);
-      auto& [file, buffer, renderer] = on;
-      {
-         auto const vrfs = JsonScope::object(renderer, "vrfs");
-         for (std::string_view const vrf : {"default", "re\"d"}) {
-            renderer.addFrills("--\n");
-            renderer.startNestedDocument(vrf);
-            operation(file.fd(), format, vrf);
-         }
-      }
-      renderer.addAttributes("total %u\n", Attr32Info("total", renderer, 2U).getArg());
-      renderer.endDocument();
-      renderer.ioflush();
-      if (format == textFormat) {
-         EXPECT_EQ(file.text(), "--\nVRF: default\n--\nVRF: re\"d\ntotal 2\n");
-         continue;
-      }
-      auto const document = StrictJson::parse(file.text());
-      ASSERT_TRUE(document) << file.text();
-      EXPECT_EQ(document->find("vrfs")->find("re\"d")->find("name")->text, "re\"d");
-      EXPECT_EQ(document->find("total")->text, "2");
-   }
-}
-
 TEST(RendererV2, withoutTheDocumentTheCallerComposes) {
    OnRenderer on(modelFormat, false);
    auto& [file, buffer, renderer] = on;
@@ -227,32 +165,24 @@ TEST(RendererV2, aScopeLeavesAnUnwoundOutputCutOff) {
 }
 
 TEST(RendererV2, fullnessIsPerCent) {
-   rendered(
-       textFormat,
-       [](RendererV2& r) {
-          EXPECT_EQ(r.fullness(), 0U);
-          r.addFrills("%660s%660s", "", "");
-          EXPECT_EQ(r.fullness(), 66U);
-          r.addFrills("%20s", "");
-          EXPECT_EQ(r.fullness(), 67U);
-          r.addFrills("%660s", "");
-          EXPECT_EQ(r.fullness(), 100U);
-          r.ioflush();
-          EXPECT_EQ(r.fullness(), 0U);
-       },
-       2000);
+   auto const walk = [](RendererV2& r) {
+      r.addFrills("%660s%660s", "", "");
+      EXPECT_EQ(r.fullness(), 66U);
+      r.addFrills("%20s", "");
+      EXPECT_EQ(r.fullness(), 67U);
+      r.addFrills("%660s", "");
+      EXPECT_EQ(r.fullness(), 100U);
+      r.ioflush();
+      EXPECT_EQ(r.fullness(), 0U);
+   };
+   rendered(textFormat, walk, 2000);
 }
 
 TEST(RendererV2DeathTest, programmingErrors) {
    using Walk = void (*)(RendererV2&);
    constexpr cliprint::OutputFormat third = 3;
    std::string const modelOnly = "outputFormat\\(\\) == 2, source cliprint/RendererV2";
-   struct Case {
-      cliprint::OutputFormat format;
-      std::string message;
-      Walk walk;
-   };
-   for (auto const& [format, message, walk] : std::initializer_list<Case>{
+   for (auto const& [format, message, walk] : std::initializer_list<std::tuple<int, std::string, Walk>>{
             {textFormat, modelOnly, [](RendererV2& r) { r._startJsonObject("a"); }},
             {textFormat, modelOnly, [](RendererV2& r) { r._startJsonList("a"); }},
             {textFormat, modelOnly, [](RendererV2& r) { r._startJsonListEntry(); }},
@@ -260,13 +190,12 @@ TEST(RendererV2DeathTest, programmingErrors) {
             {textFormat, modelOnly, [](RendererV2& r) { r.endJsonList(); }},
             {textFormat, modelOnly, [](RendererV2& r) { r.writeQuotedString("a"); }},
             {third, modelOnly, [](RendererV2& r) { r.addAttributes("", Attr64Info("a", r, 1U).getArg()); }},
-            {third, modelOnly, [](RendererV2& r) { r.addFrills("nothing"), r.endDocument(); }},
+            {third, modelOnly, [](RendererV2& r) { r.endDocument(); }},
             {modelFormat, "nothing is open", [](RendererV2& r) { r.endJsonDict(); }},
             {modelFormat, "everything is closed", [](RendererV2& r) { r._startJsonObject("a"); }},
             {modelFormat, "what is open", [](RendererV2& r) { r._startJsonObject("a"), r.endJsonList(); }},
             {modelFormat, "a bare value is in a list", [](RendererV2& r) { r.writeQuotedString("a"); }},
             {modelFormat, "a named value", [](RendererV2& r) { r._startJsonList("a"), r._startJsonObject("b"); }},
-            {modelFormat, "a named value", [](RendererV2& r) { r._startJsonList("a"), r.add("", "b", "c"); }},
             {modelFormat, "a simple entry has one value",
              [](RendererV2& r) { r.startSimpleDictEntry(Attr32Info("a", r, 1U)), r.endSimpleDictEntry(); }},
             {modelFormat, "a simple entry has one value",
@@ -279,9 +208,8 @@ TEST(RendererV2DeathTest, programmingErrors) {
                 for (;;) {
                    r._startJsonObject("a");
                 }
-             }},
-        }) {
-      EXPECT_DEATH(rendered(format, walk), message);
+             }}}) {
+      EXPECT_DEATH(rendered(static_cast<cliprint::OutputFormat>(format), walk), message);
    }
    OnRenderer on(third);
    on.renderer.addFrills("nothing");

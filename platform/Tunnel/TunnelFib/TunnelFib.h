@@ -3,6 +3,7 @@
 #include "Lumen/IntfId.h"
 #include "Lumen/IpGenAddr.h"
 #include "Lumen/MplsLabelOperation.h"
+#include "Tunnel/IpTunnelEncap.h"
 #include "Tunnel/TunnelId.h"
 #include "Zam/Export.h"
 #include "Zam/HashMap.h"
@@ -21,16 +22,19 @@ struct Via : Zam::ValueType {
    Lumen::IntfId intfId;
    Lumen::IpGenAddr hop;
    EncapId encapId = 0;
+   U32 weight = 1;  // this way's share of the tunnel's traffic
 
    static constexpr auto zamDescription() {
       return Zam::describe<Via>("Tunnel::TunnelFib::Via", Zam::attribute("intfId", &Via::intfId),
-                                Zam::attribute("hop", &Via::hop), Zam::attribute("encapId", &Via::encapId));
+                                Zam::attribute("hop", &Via::hop), Zam::attribute("encapId", &Via::encapId),
+                                Zam::attribute("weight", &Via::weight));
    }
 };
 
 struct Entry {
-   std::vector<Via> vias;
-   std::vector<Via> backupVias;
+   std::vector<Via> vias{};
+   std::vector<Via> backupVias{};
+   IpTunnelEncap ipEncap{};  // of tunnels over IP
 };
 
 // The tunnels that are set up, with the ways they take and the label stacks they push. Written by the tunnel agent.

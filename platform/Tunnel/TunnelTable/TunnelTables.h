@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FlexAlgo/Config.h"
 #include "Lumen/IpGenPrefix.h"
 #include "Tunnel/TunnelId.h"
 #include "Tunnel/TunnelTable/EvpnVxlanTunnelEntry.h"
@@ -15,10 +16,12 @@ namespace Tunnel::TunnelTable {
 struct TunnelEntry : Zam::ValueType {
    // What the tunnel leads to.
    Lumen::IpGenPrefix endpoint;
+   FlexAlgo::AlgorithmId algorithm = 0;  // that the tunnel's way was computed with; 0 of all but flexible algorithms
 
    static constexpr auto zamDescription() {
       return Zam::describe<TunnelEntry>("Tunnel::TunnelTable::TunnelEntry",
-                                        Zam::attribute("endpoint", &TunnelEntry::endpoint));
+                                        Zam::attribute("endpoint", &TunnelEntry::endpoint),
+                                        Zam::attribute("algorithm", &TunnelEntry::algorithm));
    }
 };
 

@@ -8,7 +8,7 @@ namespace kernelTest {
 
 namespace {
 
-// The commands need nothing but what every kernel with network namespaces has.
+// The commands need nothing but what every kernel with network namespaces has; those that do may fail.
 constexpr char const* setUp = R"(set -e
 sysctl -qw net.ipv4.ip_forward=0
 ip link set lo up
@@ -27,6 +27,21 @@ ip -6 route add blackhole 2001:db8:11::/48
 ip nexthop add id 1 via 192.0.2.2 dev a0; ip nexthop add id 2 via 192.0.2.130 dev b0; ip nexthop add id 3 blackhole
 ip nexthop add id 10 group 1,5/2,7
 ip route add 10.8.0.0/16 nhid 10; ip route add 10.9.0.0/16 nhid 3
+while read -r command; do ip $command 2>/dev/null || :; done <<END
+route add 10.10.0.0/16 encap mpls 100/200 via 192.0.2.2
+route add 10.11.0.0/16 encap mpls 100 via 192.0.2.2
+route add 10.12.0.0/16 encap ip id 100 dst 192.0.2.7 src 192.0.2.1 ttl 7 tos 8 via 192.0.2.2 dev a0
+route add 10.13.0.0/16 nexthop encap ip dst 192.0.2.7 dev a0 nexthop encap ip dst 192.0.2.8 via 192.0.2.130
+-6 route add 2001:db8:12::/48 encap ip6 id 9 dst 2001:db8:1::7 via 2001:db8:1::2
+-6 route add 2001:db8:13::/48 encap seg6 mode encap segs 2001:db8:1::7 dev a0
+link add t0 type vxlan id 100 dstport 4789 remote 192.0.2.7 local 192.0.2.1 ttl 5
+link add t1 type vxlan id 101 dstport 4790 remote 2001:db8:1::7 local 2001:db8:1::1
+link add t2 type gre local 192.0.2.1 remote 192.0.2.7 ttl 9 key 4294967295
+link add t3 type ipip local 192.0.2.1 remote 192.0.2.7
+link add t4 type sit remote 192.0.2.8
+link add t5 type ip6tnl local 2001:db8:1::1 remote 2001:db8:1::7
+link add t6 type ip6gre local 2001:db8:1::1 remote 2001:db8:1::7 key 7
+END
 )";
 
 // In the calling thread, which is left in a namespace of its own. Returns why it cannot, or nothing.

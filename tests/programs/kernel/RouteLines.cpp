@@ -6,8 +6,33 @@ namespace {
 
 std::filesystem::path const here = std::filesystem::path(KIV_SOURCE_DIR) / "tests/programs/kernel";
 
+std::string headerText(Tunnel::IpTunnelEncap const& header) {
+   constexpr char const* types[]{"none", "ipInIp", "gre", "vxlan"};
+   std::ostringstream text;
+   text << " " << types[int(header.type)] << " " << header.source.stringValue() << " > "
+        << header.destination.stringValue() << " key " << header.key << " ttl " << int(header.ttl) << " tos "
+        << int(header.tos);
+   return text.str();
+}
+
+// What the via's tunnel adds; it takes the same way as the via, whose next hop may be the tunnel's far end.
+std::string tunnelText(state::State const& state, Vault::Fib::Via const& via) {
+   if (via.tunnelId == 0) {
+      return "";
+   }
+   using Ways = state::OfTunnel<Tunnel::TunnelFib::Entry>;
+   auto const& [tunnelId, tunnel] = *std::ranges::find(state.tunnels, via.tunnelId, &Ways::tunnelId);
+   auto const& way = tunnel.vias.at(0);
+   auto const stack = std::ranges::find(state.labelStacks, way.encapId, &state::LabelStack::id);
+   bool const isToNexthop = way.hop == via.hop || (way.hop.isEmpty() && via.hop == tunnel.ipEncap.destination);
+   bool const isSameWay = isToNexthop && way.intfId == via.intfId && tunnel.vias.size() == 1;
+   return (stack != state.labelStacks.end() ? " " + stack->labels.stringValue() : headerText(tunnel.ipEncap)) +
+          (isSameWay ? "" : " another way");
+}
+
 template <class Fec, class Route>
-void addRoutes(Lines& lines, std::string const& vrf, std::vector<Route> const& routes, std::vector<Fec> const& fecs) {
+void addRoutes(Lines& lines, state::State const& state, std::string const& vrf, std::vector<Route> const& routes,
+               std::vector<Fec> const& fecs) {
    for (Route const& route : routes) {
       std::ostringstream line;
       line << vrf << " " << route.prefix.stringValue() << " type " << int(route.routeType) << " ["
@@ -22,6 +47,7 @@ void addRoutes(Lines& lines, std::string const& vrf, std::vector<Route> const& r
          if (via.label.label().isLabel()) {
             line << " label " << via.label.raw();
          }
+         line << tunnelText(state, via);
       }
       lines.insert(lines.contains(line.str()) ? line.str() + " twice" : line.str());
    }
@@ -39,8 +65,8 @@ std::vector<std::byte> bytesOf(std::filesystem::path const& path) {
 Lines routeLines(state::State const& state) {
    Lines lines;
    for (state::VrfState const& vrf : state.vrfs) {
-      addRoutes(lines, vrf.name.bytes(), vrf.routes, state.fecs);
-      addRoutes(lines, vrf.name.bytes(), vrf.routes6, state.fecs6);
+      addRoutes(lines, state, vrf.name.bytes(), vrf.routes, state.fecs);
+      addRoutes(lines, state, vrf.name.bytes(), vrf.routes6, state.fecs6);
    }
    return lines;
 }
@@ -57,7 +83,7 @@ Lines interfaceLines(state::State const& state) {
       for (auto const& address : interface.addresses6) {
          line += " " + address.stringValue();
       }
-      lines.insert(line);
+      lines.insert(line + (interface.tunnel ? " tunnel" + headerText(interface.tunnel) : ""));
    }
    return lines;
 }

@@ -5,7 +5,9 @@
 #include "tests/programs/kernel/RouteLines.h"
 
 #include <arpa/inet.h>
+#include <endian.h>
 #include <linux/if_addr.h>
+#include <linux/if_tunnel.h>
 #include <linux/lwtunnel.h>
 #include <linux/mpls_iptunnel.h>
 #include <linux/nexthop.h>
@@ -33,6 +35,28 @@ Attributes tenSlashEight() {
    return Attributes().add(RTA_DST, htonl(0x0a000000));
 }
 
+// An encapsulation of next hops, as a route or one of its next hops has it.
+Attributes& addEncap(Attributes& route, U16 type, Attributes const& encap) {
+   return route.add(RTA_ENCAP_TYPE, type).add(RTA_ENCAP | NLA_F_NESTED, encap);
+}
+
+Attributes mpls(std::initializer_list<U32> labels) {
+   ByteVector stack;
+   for (U32 const label : labels) {
+      appendValue(stack, htonl(label << 12 | 0xfff));
+   }
+   return Attributes().addBytes(MPLS_IPTUNNEL_DST, stack);
+}
+
+Attributes ipHeader(U64 id) {
+   return Attributes().add(LWTUNNEL_IP_ID, htobe64(id)).add(LWTUNNEL_IP_DST, htonl(0x0a000009));
+}
+
+Attributes encapsulated(U16 type, Attributes const& encap) {
+   Attributes route = tenSlashEight().add(RTA_OIF, U32{1}).add(RTA_GATEWAY, htonl(0x0a000002));
+   return addEncap(route, type, encap);
+}
+
 std::vector<kernel::KernelRoute> routesOf(Attributes const& attributes) {
    return kernel::parseRoutes(DumpBuilder().add(RTM_NEWROUTE, routeHeader(), attributes).done(), AddressFamily::ipv4);
 }
@@ -45,12 +69,24 @@ void expectSound(state::State const& state) {
    for (auto const& interface : state.interfaces) {
       EXPECT_TRUE(interfaces.insert(interface.intfId).second);
    }
+   std::set<U64> labelStacks{0};
+   for (auto const& stack : state.labelStacks) {
+      EXPECT_TRUE(labelStacks.insert(stack.id).second);
+   }
+   std::set<Tunnel::TunnelId> tunnels{0};
+   for (auto const& [tunnelId, tunnel] : state.tunnels) {
+      EXPECT_TRUE(tunnels.insert(tunnelId).second);
+      EXPECT_NE(tunnel.vias.at(0).encapId != 0, bool(tunnel.ipEncap));
+      EXPECT_TRUE(labelStacks.contains(tunnel.vias.at(0).encapId));
+      EXPECT_NE(bool(tunnel.ipEncap), tunnel.ipEncap.destination.isZero());
+   }
    auto const collect = [&](auto const& all) {
       for (auto const& fec : all) {
          EXPECT_TRUE(fecs.insert(fec.fecId).second);
          for (auto const& via : fec.vias) {
             EXPECT_TRUE(interfaces.contains(via.intfId));
             EXPECT_GE(via.weight.raw(), 1);
+            EXPECT_TRUE(tunnels.contains(via.tunnelId));
          }
       }
    };
@@ -112,6 +148,9 @@ TEST(RtnlRefusal, ofImproperAttributes) {
             Case{"next hop longer than the list", tenSlashEight().addBytes(RTA_MULTIPATH, longHop)},
             Case{"via of no family", tenSlashEight().add(RTA_OIF, 1).add(RTA_VIA, U16{0})},
             Case{"via without its address", tenSlashEight().add(RTA_OIF, 1).add(RTA_VIA, U16{AF_INET6})},
+            Case{"half a label", encapsulated(LWTUNNEL_ENCAP_MPLS, mpls({1}).add(MPLS_IPTUNNEL_DST, U16{1}))},
+            Case{"tunnel id of four bytes", encapsulated(LWTUNNEL_ENCAP_IP, Attributes().add(LWTUNNEL_IP_ID, U32{1}))},
+            Case{"tunnel end of two bytes", encapsulated(LWTUNNEL_ENCAP_IP6, ipHeader(1).add(LWTUNNEL_IP_SRC, U16{1}))},
         }) {
       EXPECT_THROW(routesOf(attributes), RtnlError) << what;
    }
@@ -168,10 +207,12 @@ class BuiltMachine : public testing::Test {
       header.ifi_index = index;
       links_.add(RTM_NEWLINK, header, attributes.add(IFLA_IFNAME, name));
    }
-   void vrf(int index, char const* name, U32 table) {
-      Attributes const data = Attributes().add(IFLA_VRF_TABLE, table);
-      Attributes const info = Attributes().add(IFLA_INFO_KIND, "vrf").add(IFLA_INFO_DATA, data);
+   void device(int index, char const* name, char const* kind, Attributes const& data) {
+      Attributes const info = Attributes().add(IFLA_INFO_KIND, kind).add(IFLA_INFO_DATA, data);
       link(index, name, Attributes().add(IFLA_LINKINFO, info));
+   }
+   void vrf(int index, char const* name, U32 table) {
+      device(index, name, "vrf", Attributes().add(IFLA_VRF_TABLE, table));
    }
    void route(rtmsg const& header, Attributes const& attributes) { routes_.add(RTM_NEWROUTE, header, attributes); }
 
@@ -251,6 +292,84 @@ TEST_F(BuiltMachine, callsTheSubnetOfAnAddressConnectedWhoeverRoutesIt) {
    EXPECT_EQ(routeLines(state()), (Lines{"default 10.0.0.0/8 type 11 [0/100] via  eth0 weight 1",
                                          "default 10.0.0.0/9 type 35 [254/0] via  eth0 weight 1"}));
    EXPECT_EQ(state().vrfs[0].hardwareUnprogrammed.size(), 2U);
+}
+
+TEST_F(BuiltMachine, putsEncapsulationsIntoTunnels) {
+   std::string const plain = " type 7 [1/0] via 10.0.0.2 eth0 weight 1";
+   U8 length = 8;
+   Lines expected;
+   for (auto const& [type, encap, text] : std::initializer_list<std::tuple<U16, Attributes, char const*>>{
+            {LWTUNNEL_ENCAP_MPLS, mpls({3}), " label 3"},
+            {LWTUNNEL_ENCAP_MPLS, mpls({1048575, 0, 16}), " push 1048575 0 16"},
+            {LWTUNNEL_ENCAP_MPLS, mpls({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17}), ""},
+            {LWTUNNEL_ENCAP_MPLS, mpls({}), ""},
+            {LWTUNNEL_ENCAP_IP, ipHeader(0), " ipInIp  > 10.0.0.9 key 0 ttl 0 tos 0"},
+            {LWTUNNEL_ENCAP_IP, ipHeader(0xffffff).add(LWTUNNEL_IP_TTL, U8{255}).add(LWTUNNEL_IP_TOS, U8{1}),
+             " vxlan  > 10.0.0.9 key 16777215 ttl 255 tos 1"},
+            {LWTUNNEL_ENCAP_IP, ipHeader(0x1000000), ""},
+            {LWTUNNEL_ENCAP_IP, Attributes().add(LWTUNNEL_IP_DST, U32{0}), ""},
+            {LWTUNNEL_ENCAP_SEG6, mpls({1, 2}), ""},
+        }) {
+      route(routeHeader(AF_INET, length), encapsulated(type, encap));
+      expected.insert("default 10.0.0.0/" + std::to_string(length++) + plain + text);
+   }
+   EXPECT_EQ(routeLines(state()), expected);
+}
+
+// Whatever its share of the traffic, and in either family.
+TEST_F(BuiltMachine, hasOneTunnelForEqualEncapsulations) {
+   ByteVector hops;
+   for (U8 const more : {U8{1}, U8{0}}) {
+      Attributes hop = Attributes().add(RTA_GATEWAY, htonl(0x0a000003 - more));
+      addEncap(hop, LWTUNNEL_ENCAP_MPLS, mpls({7, 8}));
+      appendValue(hops, rtnexthop{static_cast<U16>(sizeof(rtnexthop) + hop.bytes().size()), 0, more, 1});
+      hops.insert(hops.end(), hop.bytes().begin(), hop.bytes().end());
+   }
+   route(routeHeader(), tenSlashEight().addBytes(RTA_MULTIPATH, hops));
+   route(routeHeader(AF_INET, 9), encapsulated(LWTUNNEL_ENCAP_MPLS, mpls({7, 8})));
+   device(2, "gre1", "gre", {});  // whose routes tell the other end
+   Attributes overGre = tenSlashEight().add(RTA_OIF, U32{2});
+   route(routeHeader(AF_INET, 10), addEncap(overGre, LWTUNNEL_ENCAP_IP, ipHeader(5)));
+   state::State const state = this->state();
+   EXPECT_EQ(routeLines(state),
+             (Lines{"default 10.0.0.0/8 type 7 [1/0] via 10.0.0.2 eth0 weight 2 push 7 8 via "
+                    "10.0.0.3 eth0 weight 1 push 7 8",
+                    "default 10.0.0.0/9 type 7 [1/0] via 10.0.0.2 eth0 weight 1 push 7 8",
+                    "default 10.0.0.0/10 type 7 [1/0] via 10.0.0.9 gre1 weight 1 gre  > 10.0.0.9 key 5 "
+                    "ttl 0 tos 0"}));
+   ASSERT_EQ(state.tunnels.size(), 3U);
+   EXPECT_EQ(state.tunnels[0].tunnelId, Tunnel::tunnelIdOf(Tunnel::TunnelType::staticTunnel, 1));
+   EXPECT_EQ(state.labelStacks.size(), 1U);
+}
+
+TEST_F(BuiltMachine, tellsWhatTunnelDevicesPutInFront) {
+   std::array<U8, 16> const six{0x20, 1};
+   U32 const four = htonl(0x0a000009);
+   using A = Attributes;
+   int index = 1;
+   Lines expected{"eth0 vrf default 10.0.0.1/8"};
+   for (auto const& [kind, data, text] : std::initializer_list<std::tuple<char const*, Attributes, char const*>>{
+            {"gre", A().add(IFLA_GRE_REMOTE, four).add(IFLA_GRE_OKEY, htonl(7)).add(IFLA_GRE_TTL, U8{64}),
+             " tunnel gre  > 10.0.0.9 key 7 ttl 64 tos 0"},
+            {"ip6gre", A().add(IFLA_GRE_REMOTE, six).add(IFLA_GRE_LOCAL, std::array<U8, 16>{}),
+             " tunnel gre  > 2001:: key 0 ttl 0 tos 0"},
+            {"sit", A().add(IFLA_IPTUN_UNSPEC, U8{1}).add(IFLA_IPTUN_LOCAL, four).add(IFLA_IPTUN_REMOTE, four),
+             " tunnel ipInIp 10.0.0.9 > 10.0.0.9 key 0 ttl 0 tos 0"},
+            {"ip6tnl", A().add(IFLA_IPTUN_REMOTE, six).add(IFLA_IPTUN_TOS, U8{1}),  // the packet's own
+             " tunnel ipInIp  > 2001:: key 0 ttl 0 tos 0"},
+            {"vxlan", A().add(IFLA_VXLAN_ID, U32{9}).add(IFLA_VXLAN_GROUP6, six).add(IFLA_VXLAN_TOS, U8{8}),
+             " tunnel vxlan  > 2001:: key 9 ttl 0 tos 8"},
+            {"vxlan", A().add(IFLA_VXLAN_ID, U32{9}), ""},
+            {"ipip", A().add(IFLA_IPTUN_REMOTE, U32{0}), ""},
+            {"geneve", A().add(IFLA_GRE_REMOTE, U8{1}), ""},
+        }) {
+      std::string const name = "t" + std::to_string(++index);
+      device(index, name.c_str(), kind, data);
+      expected.insert(name + " vrf default" + text);
+   }
+   EXPECT_EQ(interfaceLines(state()), expected);
+   device(++index, "bad", "gre", A().add(IFLA_GRE_REMOTE, U16{1}));
+   EXPECT_THROW(state(), RtnlError);
 }
 
 TEST(RtnlFuzz, everyCutIsNoticed) {

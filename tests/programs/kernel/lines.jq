@@ -13,10 +13,31 @@ def prefix($six):
    elif .dst | contains("/") then .dst
    else "\(.dst)/\(if $six then 128 else 32 end)" end;
 
+def address: . // "" | if IN("any", "0.0.0.0", "::") then "" else . end;
+
+def dotted: split(".") | map(tonumber) | reduce .[] as $byte (0; . * 256 + $byte);
+
+# One label is the via's own; more, and outer headers, are those of a tunnel.
+def encapsulation:
+   if .encap == "mpls" then .to | split("/") | if length == 1 then " label \(.[0])" else " push \(join(" "))" end
+   elif .encap | IN("ip", "ip6") then
+      " \(if .id == 0 then "ipInIp" else "vxlan" end) \(.src | address) > \(.to) key \(.id)"
+      + " ttl \(.ttl // .hoplimit) tos \(.tos // .tc)"
+   else "" end;
+
+def device_tunnel:
+   ({gre: "gre", gretap: "gre", ip6gre: "gre", ip6gretap: "gre", ipip: "ipInIp", sit: "ipInIp", ip6tnl: "ipInIp",
+     vxlan: "vxlan"}[.linkinfo.info_kind // ""]) as $type | .linkinfo.info_data
+   | (.remote // .remote6 // .group // .group6 | address) as $remote
+   | if $type and $remote != "" then
+        " tunnel \($type) \(.local // .local6 | address) > \($remote) key \(.id // (.okey // "0" | dotted))"
+        + " ttl \(.ttl // .hoplimit) tos 0"
+     else "" end;
+
 def hops:
    (.nexthops // [.]) | map(select(.flags | index("dead") | not)) | length as $count | map(
-      " via \(.via.host // .gateway // "") \(.dev) weight \(if $count == 1 then 1 else .weight // 1 end)"
-      + if .encap == "mpls" then " label \(.to | split("/")[0])" else "" end) | add // "";
+      " via \(.via.host // .gateway // (if .encap | IN("ip", "ip6") then .to else "" end)) \(.dev) weight \(if $count == 1 then 1 else .weight // 1 end)"
+      + encapsulation) | add // "";
 
 # Route type in IPv4 and IPv6, and preference.
 def kinds: {
@@ -49,6 +70,6 @@ def interfaces:
    | "\($name) vrf \(if $in_vrf then $own else "default" end)"
    + if (.flags | index("LOOPBACK")) or $own == $name then " loopback" else "" end
    + if (.flags | index("UP")) and (.operstate | IN("UP", "UNKNOWN")) then " up" else "" end
-   + ([.addr_info[] | select(.scope != "host") | " \(.local)/\(.prefixlen)"] | add // "");
+   + ([.addr_info[] | select(.scope != "host") | " \(.local)/\(.prefixlen)"] | add // "") + device_tunnel;
 
 interfaces, ($routes4 | routes(false)), ($routes6 // [] | routes(true))

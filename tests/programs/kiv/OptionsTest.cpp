@@ -1,6 +1,11 @@
 #include "programs/kiv/Options.h"
 
+#include "tests/programs/kiv/ProgramRun.h"
+
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
 
 namespace kiv {
 namespace {
@@ -14,49 +19,28 @@ std::string parsed(std::vector<char const*> const& arguments, std::string const&
          text.append("<").append(word).append(">");
       }
       text.append(options.json ? " json" : "").append(options.help ? " help" : "");
-      switch (options.source.kind) {
-         case SourceKind::stateDir:
-            return text + " state " + options.source.path;
-         case SourceKind::snapshot:
-            return text + " snapshot " + options.source.path;
-         case SourceKind::kernel:
-            break;
-      }
-      return text + " kernel";
+      bool const isSnapshot = options.source.kind == SourceKind::snapshot;
+      return options.source.kind == SourceKind::kernel
+                 ? text + " kernel"
+                 : text + (isSnapshot ? " snapshot " : " state ") + options.source.path;
    } catch (UsageError const& error) {
       return error.what();
    }
 }
 
 TEST(Options, AreTakenFromAnywhereOnTheCommandLine) {
-   struct Case {
-      std::vector<char const*> arguments;
-      char const* result;
-   };
-   std::vector<Case> const cases{
-       {{}, " kernel"},
-       {{"show", "ip", "route"}, "<show><ip><route> kernel"},
-       {{"show ip  route\t vrf\nred "}, "<show><ip><route><vrf><red> kernel"},
-       {{"", " "}, " kernel"},
-       {{"--json", "show ip", "route"}, "<show><ip><route> json kernel"},
-       {{"show", "ip", "route", "|", "json"}, "<show><ip><route> json kernel"},
-       {{"show ip route | json"}, "<show><ip><route> json kernel"},
-       {{"show ip route |json"}, "<show><ip><route> json kernel"},
-       {{"show", "|", "jso"}, "<show><|><jso> kernel"},
-       {{"|", "json", "x"}, "<|><json><x> kernel"},
-       {{"load", "x", "--state", "/a b"}, "<load><x> state /a b"},
-       {{"--state=/a=b", "x"}, "<x> state /a=b"},
-       {{"--snapshot", "--json", "x"}, "<x> snapshot --json"},
-       {{"--kernel", "x", "--help"}, "<x> help kernel"},
-       {{"--", "--json"}, "<--json> kernel"},
-       {{"--state"}, "--state: end of the command line: a name should follow"},
-       {{"--state", "a", "--kernel"}, "command line: only one of --state, --snapshot and --kernel can be given"},
-       {{"--json=1"}, "--json=1: command line: no such option, see kiv --help"},
-       {{"--jso"}, "--jso: command line: no such option, see kiv --help"},
-   };
-   for (Case const& c : cases) {
-      EXPECT_EQ(parsed(c.arguments), c.result);
+   for (auto const& [arguments, result] : testsupport::casesOf("arguments, separated by ;")) {
+      std::string zeroed = arguments;
+      std::ranges::replace(zeroed, ';', '\0');
+      std::vector<char const*> each;
+      for (std::size_t at = 0; at < zeroed.size(); at += std::strlen(each.back()) + 1) {
+         each.push_back(zeroed.c_str() + at);
+      }
+      EXPECT_EQ(parsed(each), result);
    }
+   EXPECT_EQ(parsed({}), " kernel");
+   EXPECT_EQ(parsed({"", " "}), " kernel");
+   EXPECT_EQ(parsed({"show ip  route\t vrf\nred "}), "<show><ip><route><vrf><red> kernel");
 }
 
 TEST(Options, UseTheDefaultStateDirectoryOnlyWhenNoSourceIsGiven) {

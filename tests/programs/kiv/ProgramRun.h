@@ -1,12 +1,14 @@
 #pragma once
 
+#include "support/Cases.h"
+#include "support/Testing.h"
+
 #include <filesystem>
-#include <string>
 
 namespace testsupport {
 
-// What a shell command left: its exit status and outputs. "$KIV" is the program under test, "$DEMO" and
-// "$ROUTES" the example snapshots, "$DIR" a directory of the caller's own.
+// What a shell command left: its exit status and outputs. "$KIV" is the program under test, "$DEMO",
+// "$ROUTES" and "$CORNERS" are snapshots, "$DIR" a directory of the caller's own.
 struct Finished {
    int status = -1;
    std::string out{};
@@ -16,17 +18,18 @@ struct Finished {
 class ProgramRun {
  public:
    ProgramRun();
-   ~ProgramRun();
-   ProgramRun(ProgramRun const&) = delete;
-   ProgramRun& operator=(ProgramRun const&) = delete;
-
    Finished operator()(std::string const& script) const;
-   std::filesystem::path const& dir() const { return dir_; }
+   TempDir const& dir() const { return dir_; }
 
  private:
-   std::filesystem::path dir_;
+   TempDir dir_;
 };
 
 std::string fileText(std::filesystem::path const& file);
+
+// The lines of a section of cases.txt.
+inline auto casesOf(std::string_view section) {
+   return casesOf("programs/kiv/cases.txt", section);
+}
 
 }  // namespace testsupport

@@ -7,6 +7,8 @@ namespace state {
 namespace {
 
 namespace fs = std::filesystem;
+using Tunnel::IpEncapType;
+using Tunnel::IpTunnelEncap;
 using Vault::Fib::FecId;
 
 Snapshot snapshotOf(std::string text) {
@@ -89,6 +91,8 @@ void expectOddEntities(Inputs const& inputs) {
    EXPECT_EQ(lists.ip.routeList->route().size(), 1U);
    EXPECT_NE(lists.ip6.routeList->route({{}, Lumen::IpGenPrefix(Lumen::Ip6Prefix::parse("::/0")), 1}), nullptr);
    EXPECT_EQ(inputs.allIntfConfig->description(e1), "a \"b\"\n");
+   EXPECT_EQ(the(inputs.allIntfConfig->intfConfig(e1)).tunnel,
+             (IpTunnelEncap{{}, IpEncapType::gre, {}, Lumen::IpGenAddr::parse("::7"), 4294967295U}));
    auto const& ip = the(inputs.ipStatus->intfStatus(e1));
    EXPECT_EQ(ip.primaryAddr.stringValue(), "10.0.0.1/24");
    EXPECT_EQ(ip.secondaryAddr.size(), 1U);
@@ -118,6 +122,7 @@ void expectTunnelTable(TunnelTable const& table) {
       EXPECT_EQ(entry.vtepAddr.stringValue(), expected + ".0.0");
    } else {
       EXPECT_EQ(entry.endpoint.stringValue(), expected + ".0.0/24");
+      EXPECT_EQ(entry.algorithm, type == Tunnel::TunnelType::isisFlexAlgo ? 255 : 0);
    }
    EXPECT_EQ(table.entry().size(), type == Tunnel::TunnelType::nexthopGroup ? 2U : 1U);
 }
@@ -125,11 +130,20 @@ void expectTunnelTable(TunnelTable const& table) {
 void expectOddTunnels(Inputs const& inputs) {
    auto const& tunnel = the(inputs.tunnelFib->entry(~U64{0}));
    ASSERT_EQ(tunnel.vias.size(), 1U);
+   EXPECT_EQ(tunnel.ipEncap, (IpTunnelEncap{{},
+                                            IpEncapType::vxlan,
+                                            Lumen::IpGenAddr::parse("10.0.0.1"),
+                                            Lumen::IpGenAddr::parse("10.0.0.2"),
+                                            16777215,
+                                            255,
+                                            254}));
    EXPECT_EQ(tunnel.vias[0].hop.stringValue(), "::1");
+   EXPECT_EQ(tunnel.vias[0].weight, 65535U);
    EXPECT_EQ(the(inputs.tunnelFib->labelStackEncap(tunnel.vias[0].encapId)).stringValue(), "swap 0 1048575");
    ASSERT_EQ(tunnel.backupVias.size(), 2U);
    EXPECT_EQ(tunnel.backupVias[0].intfId.tunnelId(), Tunnel::tunnelIdOf(Tunnel::TunnelType::ldp, 0));
    EXPECT_EQ(tunnel.backupVias[0].encapId, 404U);
+   EXPECT_EQ(tunnel.backupVias[0].weight, 1U);
    EXPECT_EQ(tunnel.backupVias[1].intfId.fecId(), FecId::of(1, 9).value());
    std::apply([](auto const&... table) { (expectTunnelTable(*table), ...); }, inputs.tunnelTables);
    using enum Tunnel::TunnelType;
@@ -138,13 +152,17 @@ void expectOddTunnels(Inputs const& inputs) {
    EXPECT_EQ(the(inputs.policyStatus->policy({{}, Lumen::IpGenAddr::parse("::9"), 4294967295U})),
              Tunnel::tunnelIdOf(isisSr, 3));
    EXPECT_EQ(inputs.policyStatus->policy().size(), 2U);
-   EXPECT_EQ(the(inputs.cbfFecOverrideMap->fecOverride(~U64{0})), FecId::of(24, 5).value());
+   EXPECT_EQ(the(inputs.policyStatus->policyOfTunnel(Tunnel::tunnelIdOf(srTePolicy, 4))).color, 0U);
+   using Classes = std::vector<SrTePolicy::CbfClass>;
+   EXPECT_EQ(the(inputs.cbfFecOverrideMap->fecOverride(~U64{0})),
+             (Classes{{{}, {63, 0}, FecId::of(20, 1).value()}, {{}, {1}, FecId::of(0, 1).value()}}));
+   EXPECT_EQ(inputs.cbfFecOverrideMap->fecOverride().size(), 2U);
    EXPECT_EQ(the(inputs.flexAlgoConfig->algorithmName(255)), "high");
 }
 
 TEST_F(StateDir, HoldsWhatTheSnapshotSays) {
    Snapshot const snapshot = oddSnapshot();
-   ASSERT_EQ(snapshot.state.vrfs.front().routes.size(), 5U);
+   ASSERT_EQ(snapshot.state.vrfs.front().routes.size(), 6U);
    writeStateDir(snapshot, place_.string());
    Inputs loaded = mountStateDir(place_.string());
    expectTables(snapshot.state, loaded);
@@ -188,7 +206,7 @@ TEST_F(StateDir, IsReplacedAsAWhole) {
    EXPECT_EQ(filesBeside(), 1U);
    EXPECT_EQ(mountStateDir(place_.string()).vrfs().size(), 1U);
    EXPECT_FALSE(fs::exists(place_ / "fib/route/16777214"));
-   EXPECT_EQ(routesOf(earlier).size(), 5U);  // whoever had it mounted still has it
+   EXPECT_EQ(routesOf(earlier).size(), 6U);  // whoever had it mounted still has it
 }
 
 TEST_F(StateDir, FollowsALinkToItsPlace) {

@@ -1,0 +1,43 @@
+#include "programs/kernel/Tunnels.h"
+
+namespace kernel {
+
+using Lumen::MplsLabelOperation;
+
+Tunnel::TunnelId Tunnels::tunnelOf(Hop const& hop) {
+   if (!hop.encap) {
+      return 0;
+   }
+   Hop way = hop;
+   way.weight = 1;  // the route's, not the tunnel's
+   auto const [entry, isNew] = tunnelIds_.try_emplace(std::move(way));
+   if (isNew) {
+      entry->second = Tunnel::tunnelIdOf(Tunnel::TunnelType::staticTunnel, tunnelIds_.size());
+      state_.tunnels.push_back({entry->second, entryOf(hop)});
+   }
+   return entry->second;
+}
+
+// The device that adds an outer header knows better than the route what kind it is.
+Tunnel::TunnelFib::Entry Tunnels::entryOf(Hop const& hop) {
+   Tunnel::TunnelFib::Entry entry;
+   entry.ipEncap = hop.encap->ip;
+   if (auto const type = topology_.tunnelType(hop.link); entry.ipEncap && type != Tunnel::IpEncapType::none) {
+      entry.ipEncap.type = type;
+   }
+   entry.vias.push_back({{}, topology_.interface(hop.link), hop.gateway, labelStackOf(hop.encap->labels)});
+   return entry;
+}
+
+Tunnel::TunnelFib::EncapId Tunnels::labelStackOf(MplsLabelOperation const& labels) {
+   if (labels.stackSize() == 0) {
+      return 0;
+   }
+   auto const [entry, isNew] = labelStackIds_.try_emplace(labels, labelStackIds_.size() + 1);
+   if (isNew) {
+      state_.labelStacks.push_back({entry->second, labels});
+   }
+   return entry->second;
+}
+
+}  // namespace kernel

@@ -1,0 +1,312 @@
+#include "Kiv/routedisplay/RouteRendering.h"
+#include "SorterTesting.h"
+
+#include "cliprint/Interrupt.h"
+
+#include <thread>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+// Route lines as a whole: how they line up, that both outputs say the same, and that what is printed from a recording
+// is what would be printed without. How each kind of line looks stands in the golden outputs of the examples.
+namespace Kiv::Testing {
+
+namespace {
+
+using Lumen::IntfId;
+using Tunnel::TunnelId;
+using Tunnel::TunnelType;
+using Vault::Testing::Random;
+
+template <class Family>
+class RenderingTest : public ::testing::Test {
+ public:
+   using RouteType = typename Family::RouteType;
+
+   RenderingTest() {
+      box_.vrfs->vrfNameIs(8, "blue");
+      box_.inputs.tunnelFib = tunnels_;
+      auto const groups = Zam::makePtr<NexthopGroup::EntryStatus>();
+      groups->nexthopGroupIdIs("web", 5);
+      box_.inputs.nexthopGroupEntryStatus = groups;
+      box_.inputs.nexthopGroupDisplay = true;
+   }
+
+   static Vault::Fib::Via viaThrough(IntfId const& intfId) {
+      Vault::Fib::Via via;
+      via.intfId = intfId;
+      return via;
+   }
+   Vault::Fib::Via someVia() {
+      auto via = box_.via(random_.below(4) == 0 ? "" : Family::hop, random_.below(2) == 0 ? "Ethernet1" : "Vlan20");
+      switch (random_.below(6)) {
+         case 0:
+            via.label = Lumen::MplsLabel(16 + random_.below(9));
+            break;
+         case 1:
+            via = viaThrough(IntfId::fromFecId(box_.fecIdOf(1).value()));
+            break;
+         case 2:
+            via.tunnelId = Tunnel::tunnelIdOf(TunnelType::ldp, 1);
+            break;
+         default:
+            break;
+      }
+      via.weight = static_cast<U16>(1 + random_.below(2));
+      return via;
+   }
+   // Few FECs for many routes, which repeat them in any order.
+   void manyRoutesAre() {
+      tunnels_->entryIs(Tunnel::tunnelIdOf(TunnelType::ldp, 1),
+                        {.vias = {{{}, IntfId::named("Ethernet7"), Lumen::IpGenAddr::parse(Family::hop), 0, 1}}});
+      box_.fecIs(1, {box_.via(Family::hop, "Ethernet9"), box_.via("", "Ethernet9")});
+      for (U32 id = 2; id < 12; ++id) {
+         std::vector<Vault::Fib::Via> vias;
+         std::generate_n(std::back_inserter(vias), random_.below(4), [this] { return someVia(); });
+         box_.fecIs(id, vias, static_cast<U16>(random_.below(3)));
+      }
+      for (U32 i = 0; i < 200; ++i) {
+         auto const address = Lumen::Ip6Addr(0x20010db800000000U | i << 16U, 0);
+         auto const text = Family::viasShareRouteLine
+                               ? "10." + std::to_string(i) + ".0.0/" + std::to_string(16 + random_.below(17))
+                               : address.stringValue() + "/" + std::to_string(48 + random_.below(81));
+         box_.routeIs(text.c_str(), random_.below(2) == 0 ? Family::ospf : RouteType::eBgp,
+                      box_.fecIdOf(2 + random_.below(10)), static_cast<U8>(random_.below(256)),
+                      random_.below(2) == 0 ? random_.below(10) : random_.number(),
+                      random_.below(4) == 0 ? U32{8} : Vrf::VrfIdMap::noVrf);
+         if (random_.below(8) == 0) {
+            box_.hardwareUnprogrammedIs(text.c_str());
+         }
+         if (random_.below(8) == 0) {
+            box_.kernelUnprogrammedIs(text.c_str());
+         }
+      }
+   }
+
+   template <class Print>
+   static std::string printed(U32 format, Print const& print) {
+      testing_cliprint::CapturedFile file;
+      {
+         cliprint::CliPrintBuffer buffer(file.fd());
+         cliprint::RendererV2 renderer(format, buffer, true);
+         print(renderer);
+         renderer.endDocument();
+         renderer.ioflush();
+      }
+      return file.text();
+   }
+   std::string lineOf(RouteLine<typename Family::Base> const& line) const {
+      auto const sorter = Family::sorter(box_.inputs);
+      return printed(
+          1, [&](auto& renderer) { RouteRendering<typename Family::Base>(*sorter, renderer).printFormatRoute(line); });
+   }
+
+   Random random_{1};
+   Box<Family> box_;
+   Zam::Ptr<Tunnel::TunnelFib::TunnelFib> const tunnels_ = Zam::makePtr<Tunnel::TunnelFib::TunnelFib>();
+};
+TYPED_TEST_SUITE(RenderingTest, Families);
+
+TYPED_TEST(RenderingTest, sharedFecsPrintWhatEachRouteWouldAlone) {
+   this->manyRoutesAre();
+   auto const sorter = this->box_.sorter();
+   ASSERT_GT(sorter->sortedRoutes(), 100U);
+   for (U32 const format : {1U, 2U}) {
+      auto const together = this->printed(format, [&](auto& renderer) {
+         RouteRendering<typename TypeParam::Base> rendering(*sorter, renderer);
+         for (auto const& [prefix, route] : sorter->sortedRoute()) {
+            rendering.printRoute(route);
+         }
+      });
+      auto const apart = this->printed(format, [&](auto& renderer) {
+         auto const fresh = this->box_.sorter();
+         for (auto const& [prefix, route] : fresh->sortedRoute()) {
+            for (auto const& [fecId, fec] : fresh->fecs()) {
+               fec->printed = {};
+            }
+            RouteRendering<typename TypeParam::Base>(*fresh, renderer).printRoute(route);
+         }
+      });
+      EXPECT_EQ(together, apart);
+   }
+}
+
+// The prefix stands in column 10, and every further via of the route's own below the first.
+TYPED_TEST(RenderingTest, linesLineUp) {
+   this->manyRoutesAre();
+   std::istringstream lines(this->box_.textAfterLegend());
+   std::size_t viaColumn = 0;
+   U32 routes = 0;
+   for (std::string line; std::getline(lines, line);) {
+      auto const slash = line.find('/');
+      if (line.size() > 10 && line[9] == ' ' && line[10] != ' ') {
+         ++routes;
+         EXPECT_TRUE(slash != std::string::npos && line.rfind(' ', slash) == 9) << line;
+         auto const via = std::min(line.find("via"), line.find("is directly"));
+         viaColumn = TypeParam::viasShareRouteLine ? via : 11;
+      } else if (line.starts_with("           ")) {
+         auto const begin = line.find_first_not_of(' ');
+         EXPECT_TRUE(begin == viaColumn || begin == viaColumn + 3 || begin == viaColumn + 4) << line;
+      }
+   }
+   EXPECT_GT(routes, 100U);
+}
+
+// Taken back from the text: flags, preference, metric, and what the vias say of next hops, interfaces and labels.
+TYPED_TEST(RenderingTest, textAndModelSayTheSame) {
+   this->manyRoutesAre();
+   auto const model = this->box_.model();
+   auto const& routes = model.find("routes")->members;
+   auto const text = this->box_.textAfterLegend();
+   ASSERT_GT(routes.size(), 100U);
+   for (auto const& [prefix, route] : routes) {
+      auto const at = text.find(' ' + prefix + ' ');
+      ASSERT_NE(at, std::string::npos) << prefix;
+      auto const begin = text.rfind('\n', at) + 1;
+      auto const flags = text.substr(begin, at - begin);
+      EXPECT_EQ(flags[0] == '*', route.find("hardwareProgrammed")->text == "false") << prefix;
+      EXPECT_EQ(flags.find('%') != std::string::npos, route.find("kernelProgrammed")->text == "false") << prefix;
+      EXPECT_EQ(flags.find(" L") != std::string::npos, route.find("routeLeaked")->text == "true") << prefix;
+      // To the next line that begins with a prefix.
+      auto end = text.find('\n', at);
+      while (end + 11 < text.size() && text.compare(end + 1, 11, "           ") == 0) {
+         end = text.find('\n', end + 1);
+      }
+      auto lines = text.substr(at, end - at);
+      auto const take = [&](std::string const& piece) {
+         auto const found = lines.find(piece);
+         EXPECT_NE(found, std::string::npos) << piece << " in " << lines;
+         if (found != std::string::npos) {
+            lines.erase(found, piece.size());
+         }
+      };
+      if (auto const* const metric = route.find("metric"); metric != nullptr) {
+         take(" [" + route.find("preference")->text + '/' + metric->text + ']');
+      }
+      std::function<void(testsupport::JsonValue const&)> const takeVias = [&](auto const& vias) {
+         for (auto const& [key, via] : vias.members) {
+            for (char const* const name : {"nexthopAddr", "interface"}) {
+               if (auto const* const value = via.find(name); value != nullptr) {
+                  take(value->text);
+               }
+            }
+            for (char const* const list : {"vias", "resolvedVias"}) {
+               if (auto const* const inner = via.find(list); inner != nullptr) {
+                  takeVias(*inner);
+               }
+            }
+         }
+      };
+      takeVias(*route.find("vias"));
+      EXPECT_EQ(lines.find(TypeParam::hop), std::string::npos) << "not in the model: " << lines;
+      EXPECT_EQ(lines.find("Vlan"), std::string::npos) << "not in the model: " << lines;
+   }
+}
+
+// FECs and tunnels, each leading into the next.
+TYPED_TEST(RenderingTest, nestingEndsAtSixteenLevels) {
+   auto& box = this->box_;
+   auto const tunnelOf = [](U32 level) { return Tunnel::tunnelIdOf(TunnelType::isisSr, level); };
+   for (U32 const levels : {15U, 16U, 17U}) {
+      for (U32 level = 0; level < levels; ++level) {
+         bool const last = level + 1 == levels;
+         auto const next = last ? IntfId::named("Deepest") : IntfId::fromFecId(box.fecIdOf(level + 3).value());
+         box.fecIs(level + 2, {this->viaThrough(next)});
+         auto const further = last ? IntfId::named("Deepest") : IntfId::fromTunnelId(tunnelOf(level + 1));
+         this->tunnels_->entryIs(tunnelOf(level),
+                                 {.vias = {{{}, further, Lumen::IpGenAddr::parse(TypeParam::hop), 0, 1}}});
+      }
+      box.routeIs(TypeParam::nested[0], TypeParam::ospf, box.fecIdOf(2));
+      EXPECT_EQ(box.text().find("Deepest") != std::string::npos, levels <= 16) << levels << " FECs";
+      auto into = box.via("", "");
+      into.tunnelId = tunnelOf(0);
+      box.routeIs(TypeParam::nested[0], TypeParam::ospf, box.fecIs(1, {into}));
+      EXPECT_EQ(box.text().find("Deepest") != std::string::npos, levels <= 16) << levels << " tunnels";
+   }
+}
+
+TYPED_TEST(RenderingTest, routesWithoutAFec) {
+   auto const line = RouteLine<typename TypeParam::Base>{.routeType = TypeParam::ospf,
+                                                         .prefix = this->box_.prefix(TypeParam::nested[0])};
+   auto unresolved = line;
+   unresolved.via.nexthop = TypeParam::hop;
+   EXPECT_EQ(this->lineOf(unresolved), "");
+   unresolved.interfaceOptional = true;
+   EXPECT_NE(this->lineOf(unresolved).find("via " + std::string(TypeParam::hop) + "\n"), std::string::npos);
+
+   Tunnel::TunnelTable::EvpnVxlanTunnelEntry const vtep{
+       {}, Lumen::IpGenAddr::parse("192.0.2.7"), Lumen::Vni(5), {}, {}};
+   auto vxlan = line;
+   vxlan.via = {.interface = "Vxlan1",
+                .backup = true,
+                .egressVrf = "blue",
+                .interfaceDescription = "a b",
+                .label = Lumen::MplsLabel(7),
+                .evpnEntry = &vtep};
+   EXPECT_NE(
+       this->lineOf(vxlan).find(
+           "via, Vxlan1, backup (egress VRF blue) a b, label 7 VTEP 192.0.2.7 VNI 5 router-mac 00:00:00:00:00:00\n"),
+       std::string::npos);
+
+   auto const sorter = this->box_.sorter();
+   auto const missing = this->box_.routeIs(TypeParam::nested[0], TypeParam::ospf, this->box_.fecIdOf(99));
+   for (U32 const format : {1U, 2U}) {
+      auto const output = this->printed(format, [&](auto& renderer) {
+         RouteRendering<typename TypeParam::Base>(*sorter, renderer).printRoute(missing);
+      });
+      EXPECT_NE(output.find("<FecId " + std::to_string(missing.fecId.value()) + " not found>"), std::string::npos);
+   }
+}
+
+TYPED_TEST(RenderingTest, nexthopGroupZeroIsSkipped) {
+   auto& box = this->box_;
+   for (U32 const id : {0U, 5U}) {
+      box.routeIs(TypeParam::nested[0], TypeParam::RouteType::nexthopGroup,
+                  box.fecIs(1, {this->viaThrough(IntfId::fromNexthopGroup(id))}));
+      EXPECT_EQ(box.text().find(TypeParam::nested[0]) != std::string::npos, id != 0);
+   }
+}
+
+TEST(RenderingDeathTest, aViaWithoutInterfaceIsAProgrammingError) {
+   CachedFec policies(Vault::Fib::FecId::of(CachedFec::adjTypeSrTePolicy, 1));
+   RouteLine<Ipv4> line{.routeType = V4::ospf, .prefix = V4::Prefix::parse("10.0.0.0/8")};
+   Tunnel::CliSupport::CachedIpTunnelInfo const ipInIp({{}, Tunnel::IpEncapType::ipInIp, {}, {}, 0, 0, 0});
+   line.via = {.nexthop = "0.0.0.0", .ipTunnelInfo = &ipInIp};
+   auto const sorter = V4::sorter({});
+   EXPECT_DEATH(RenderingTest<V4>::printed(
+                    1, [&](auto& renderer) { RouteRendering<Ipv4>(*sorter, renderer).printFormatRoute(line); }),
+                "assertion failed: false, source Kiv/CliSupport");
+}
+
+// A user who interrupts behind any piece of the output sees it end there.
+TYPED_TEST(RenderingTest, anInterruptAtAnyFlushEndsTheOutput) {
+   this->box_.manyRoutesAre(2000);
+   auto const whole = this->box_.output(2);
+   for (std::size_t pieces = 0; pieces < whole.size() / cliprint::globalBufsize; ++pieces) {
+      int ends[2];
+      ASSERT_EQ(::pipe(ends), 0);
+      ::fcntl(ends[1], F_SETPIPE_SZ, 4096);
+      std::string seen;
+      std::jthread reader([&, from = ends[0]] {
+         std::array<char, 4096> block;
+         for (ssize_t size = 0; (size = ::read(from, block.data(), block.size())) > 0;) {
+            seen.append(block.data(), static_cast<std::size_t>(size));
+            if (seen.size() > pieces * cliprint::globalBufsize) {
+               cliprint::interruptedIs(true);
+            }
+         }
+      });
+      ::testing::internal::CaptureStdout();
+      EXPECT_FALSE(this->box_.sorter()->printRoutes(static_cast<U32>(ends[1]), 2, false));
+      EXPECT_TRUE(::testing::internal::GetCapturedStdout().starts_with("exiting "));
+      ::close(ends[1]);
+      reader.join();
+      ::close(ends[0]);
+      EXPECT_TRUE(whole.starts_with(seen) && seen.size() < whole.size()) << pieces;
+   }
+}
+
+}  // namespace
+
+}  // namespace Kiv::Testing
