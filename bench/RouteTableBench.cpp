@@ -3,16 +3,16 @@
 #include "Vault/RouteStatus.h"
 #include "Zam/HashMap.h"
 #include "Zam/WordSort.h"
+#include "bench/Allocations.h"
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <atomic>
 #include <charconv>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <new>
 #include <random>
 #include <string>
 #include <vector>
@@ -26,27 +26,6 @@
 // A whole route command over a full IPv4 table: selecting the routes, and printing them in either format. The prefixes
 // come from the file that KIV_BENCH_PREFIXES names, one a line; without it they are made up, with the lengths of an
 // Internet table.
-namespace {
-
-std::atomic<U64> allocations{0};
-
-}  // namespace
-
-// Counted, for the whole process: printing is to allocate nothing per route.
-void* operator new(std::size_t size) {
-   allocations.fetch_add(1, std::memory_order_relaxed);
-   if (void* const memory = std::malloc(size); memory != nullptr) {
-      return memory;
-   }
-   throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept {
-   std::free(memory);
-}
-void operator delete(void* memory, std::size_t /* size */) noexcept {
-   std::free(memory);
-}
-
 namespace {
 
 using Kiv::RouteSorter;
@@ -240,9 +219,9 @@ void printRoutes(benchmark::State& state) {
    double const before = ownBytes();
    auto const sorter = initializedSorter();
    int const file = ::memfd_create("output", 0);
-   U64 const allocationsBefore = allocations;
+   U64 const allocationsBefore = allocations();
    sorter->printRoutes(static_cast<U32>(file), format, false);
-   U64 const allocated = allocations - allocationsBefore;
+   U64 const allocated = allocations() - allocationsBefore;
    struct stat output {};
    ::fstat(file, &output);
    ::close(file);
@@ -272,21 +251,32 @@ void printFloor(benchmark::State& state) {
       lines.push_back({route.prefix, route.metric, static_cast<U32>(route.fecId.id() - 1)});
    });
    std::sort(lines.begin(), lines.end(), [](auto const& a, auto const& b) { return a.prefix < b.prefix; });
-   std::vector<std::string> vias;
+   std::vector<std::vector<std::string>> vias;
    for (U32 i = 0; i < fecs; ++i) {
-      auto const via = fecOf(i).vias.front();
-      vias.push_back("] via " + via.hop.stringValue() + ", " + via.intfId.stringValue() + "\n");
+      vias.emplace_back();
+      for (auto const& via : fecOf(i).vias) {
+         vias.back().push_back("via " + via.hop.stringValue() + ", " + via.intfId.stringValue() + "\n");
+      }
    }
    int const null = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
    std::vector<char> buffer(cliprint::globalBufsize);
    for (auto _ : state) {
       char* at = buffer.data();
       for (auto const& line : lines) {
+         char const* const begin = at;
          at += std::string_view(" B E      ").copy(at, 10);
          at += line.prefix.formatTo(at);
          at += std::string_view(" [200/").copy(at, 6);
          at = std::to_chars(at, at + 10, line.metric).ptr;
-         at += vias[line.fec].copy(at, vias[line.fec].size());
+         at += std::string_view("] ").copy(at, 2);
+         auto const width = static_cast<std::size_t>(at - begin);
+         auto const& texts = vias[line.fec];
+         at += texts.front().copy(at, texts.front().size());
+         for (std::size_t i = 1; i < texts.size(); ++i) {
+            std::memset(at, ' ', width);
+            at += width;
+            at += texts[i].copy(at, texts[i].size());
+         }
          if (static_cast<std::size_t>(at - buffer.data()) > buffer.size() * 2 / 3) {
             benchmark::DoNotOptimize(::write(null, buffer.data(), static_cast<std::size_t>(at - buffer.data())));
             at = buffer.data();

@@ -11,7 +11,6 @@
 #include "Zam/OrderedMap.h"
 #include "Zam/Ptr.h"
 #include "Zam/String.h"
-#include "cliprint/RendererV2.h"
 
 #include <set>
 #include <vector>
@@ -55,15 +54,14 @@ class KIV_EXPORT CachedFec final : public Zam::PtrInterface {
    // FECs of this adjacency type send their traffic into SR-TE policies.
    static constexpr U8 adjTypeSrTePolicy = 20;
    bool isSrTePolicy() const noexcept { return fecId_.value() >> 56U == adjTypeSrTePolicy; }
-   // Some via forwards into a nexthop group; known once the texts are prepared.
-   bool isNexthopGroup() const noexcept { return nhgVia.size() != 0; }
+   // All vias forward into nexthop groups; known once the texts are prepared.
+   bool isNexthopGroup() const noexcept { return nhgVia.size() != 0 && nhgVia.size() == vias(); }
 
  private:
    // Vias have moved; what was prepared for their places is no longer theirs.
    void textsGone() noexcept {
       textsPrepared = false;
       preparedVias = viaEvpnEntry.size();
-      printed = {};
    }
 
    // First, on one cache line: every route that is selected asks for it.
@@ -114,15 +112,6 @@ class KIV_EXPORT CachedFec final : public Zam::PtrInterface {
    std::vector<CbfClassVias> cbfClasses;
    PolicyInfoSet policyInfoSet;
    CbfInfoSet cbfInfoSet;
-
-   // What every route with this FEC prints alike, once a second one does.
-   struct Printed {
-      enum class State : U8 { never, once, recorded, tooLarge };
-      State state = State::never;
-      cliprint::OutputFormat format{};  // that all this is about
-      cliprint::Recording recording{};
-   };
-   Printed printed{};
 };
 
 KIV_EXPORT Zam::Ptr<CachedFec> cachedFecFactory(Vault::Fib::FecId fecId);

@@ -141,7 +141,13 @@ template <class Family>
 std::vector<PolicyVia> policyVias(RouteSorterOf<Family> const& sorter, FecId fecId) {
    std::vector<PolicyVia> vias;
    for (auto const& via : lookedUp<Vault::Fib::Fec>(sorter.inputs().policyForwardingStatus, fecId).vias) {
-      vias.push_back({via.tunnelId, {.intfId = via.intfId, .hop = via.hop}, via.label, U16{via.weight}});
+      PolicyVia policyVia;
+      policyVia.tunnelId = via.tunnelId;
+      policyVia.nexthop.intfId = via.intfId;
+      policyVia.nexthop.hop = via.hop;
+      policyVia.label = via.label;
+      policyVia.weight = via.weight;
+      vias.push_back(std::move(policyVia));
    }
    return vias;
 }

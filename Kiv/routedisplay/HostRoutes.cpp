@@ -28,7 +28,8 @@ void prepareHostVias(CachedFec& fec, typename Family::RouteType type) {
    for (auto const& [via, present] : fec.via()) {
       bool const hasIntf = via.intfId.isValid();
       fec.nexthopAddr.insertOrReplace(index, hasIntf && !via.hop.isZero() ? via.hop.stringValue() : std::string());
-      fec.interface.insertOrReplace(index, hasIntf ? interfaceText(via) : Zam::String());
+      bool const hasText = hasIntf && !fec.vxlanOfVia.contains(via);  // over VXLAN, the address says it all
+      fec.interface.insertOrReplace(index, hasText ? interfaceText(via) : Zam::String());
       if (!hasIntf || (via.hop.isZero() && !Family::isLinkRoute(type))) {
          fec.hostToCpu.insert(index);
       } else {
@@ -61,15 +62,15 @@ class HostRouteRendering {
       cliprint::HostRouteTypeAttrInfo type("routeType", renderer_);
       type.setValue(route.routeType);
       renderer_.addAttributes("%s%s", hardware.getArg(), type.getArg());
-      StringAttrInfo const address("address", renderer_, route.prefix.address());
-      renderer_.addFrills("%s", address.getArg().value);
+      auto const addressWidth =
+          static_cast<std::size_t>(renderer_.addArgs<typename Family::Addr>("%s", route.prefix.address()));
       auto const vias = JsonScope::list(renderer_, "vias");
       if (Family::isToCpu(route.routeType)) {
          printToCpu();
       } else if (fec && isOwnLink(*fec, route)) {
          printOwnLink(*fec);
       } else {
-         printVias(fec.get(), address.getArg().value.size());
+         printVias(fec.get(), addressWidth);
       }
    }
 
@@ -100,11 +101,10 @@ class HostRouteRendering {
 
    void printVias(CachedFec const* fec, std::size_t addressWidth) {
       U32 const vias = fec != nullptr ? fec->vias() : 0;
-      std::string const continuation(addressWidth + 4, ' ');
       for (U16 i = 0; i < vias; ++i) {
          auto const entry = JsonScope::listEntry(renderer_);
          if (i != 0) {
-            renderer_.addFrills("\n%s", continuation);
+            renderer_.startLine(addressWidth + 4);
          }
          printVia(*fec, i);
       }
@@ -151,7 +151,12 @@ void formatHostRouteOutput(RouteSorterOf<Family>& sorter, RendererV2& renderer) 
    {
       auto const routes = JsonScope::object(renderer, "routes");
       HostRouteRendering<Family> rendering(sorter, renderer);
-      printSelected(sorter, renderer, [&](auto const& route) { rendering.printRoute(route); });
+      for (auto const& [prefix, route] : sorter.sortedRoute()) {
+         rendering.printRoute(route);
+         if (!streams(renderer)) {
+            break;
+         }
+      }
    }
    renderer.addFrills("\n");
    addTimings(renderer, sorter.inputs().startTime, printStartTime);

@@ -20,7 +20,7 @@ void addTimings(cliprint::RendererV2& renderer, double requestTime, double print
 
 // Flushes when the buffer is fuller than the threshold. False when nobody takes the output any more.
 inline bool streams(cliprint::RendererV2& renderer) {
-   if (renderer.fullness() > flushThreshold) {
+   if (renderer.isFullerThan(flushThreshold)) {
       renderer.ioflush();
    }
    return renderer.error() == 0;
@@ -40,17 +40,6 @@ template <class Family>
 bool routingDisabled(RouteSorterOf<Family> const& sorter) {
    auto const& config = sorter.inputs().routingConfig;
    return !config || !config->routing();
-}
-
-// Calls print(route) for every selected route, in order, and streams the output. Stops when nobody takes it any more.
-template <class Family, class Print>
-void printSelected(RouteSorterOf<Family> const& sorter, cliprint::RendererV2& renderer, Print&& print) {
-   for (auto const& [prefix, route] : sorter.sortedRoute()) {
-      print(route);
-      if (!streams(renderer)) {
-         return;
-      }
-   }
 }
 
 }  // namespace Kiv

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Vault/Fib.h"
+#include "Zam/Int.h"
 
 #include <cstddef>
 #include <optional>
@@ -25,9 +25,7 @@ class PerVia {
    bool has(Index index) const noexcept { return find(index) != nullptr; }
    U32 size() const noexcept { return size_; }
 
-   // RangeError for an index that no via can have.
    void insertOrReplace(Index index, T value) {
-      Vault::Fib::ViaIndex{U32{index}};
       if (index >= values_.size()) {
          values_.resize(std::size_t{index} + 1);
       }

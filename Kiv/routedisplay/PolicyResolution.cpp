@@ -81,6 +81,7 @@ CbfInfoSet cbfInfoSet(RouteSorterOf<Family> const& sorter, TunnelResolver& tunne
             info.ctepInfo = {
                 {}, policy.policyKey, policy.sortedVia, policy.vpnLabel, policy.viaLabel, policy.labelStack};
          }
+         info.policyInfo.weight = policy.weight;
          set.cbfInfo.insertOrReplace(static_cast<U32>(set.cbfInfo.size()), std::move(info));
       }
    }

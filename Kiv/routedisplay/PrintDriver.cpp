@@ -74,8 +74,7 @@ void formatOutput(RouteSorterOf<Family>& sorter, RendererV2& renderer) {
    renderer.addFrills("%s\n", sorter.legend());
    printDefaultRoute(sorter, renderer);
    renderer.ioflush();
-   RouteRendering<Family> rendering(sorter, renderer);
-   printSelected(sorter, renderer, [&](auto const& route) { rendering.printRoute(route); });
+   RouteRendering<Family>(sorter, renderer).printRoutes(sorter.sortedRoute());
    if (renderer.isModel()) {
       renderer.endJsonDict();
    }

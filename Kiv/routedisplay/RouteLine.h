@@ -40,8 +40,15 @@ struct RouteLine {
    bool hasFecVias() const noexcept { return fec != nullptr && (fec->vias() != 0 || fec->viaEvpnEntry.size() != 0); }
    bool isSrTePolicy() const noexcept { return fec != nullptr && fec->isSrTePolicy(); }
    bool hasPolicies() const noexcept { return fec != nullptr && !fec->policyInfoSet.policyInfo.empty(); }
-   bool isNexthopGroup() const noexcept {
-      return routeType == Family::RouteType::nexthopGroup || (fec != nullptr && fec->isNexthopGroup());
+   // The group that a nexthop group route forwards into: one by its type, or by all its vias; null for other routes.
+   CachedNhgVia const* nexthopGroup() const noexcept {
+      bool const isOne = fec != nullptr && (routeType == Family::RouteType::nexthopGroup || fec->isNexthopGroup());
+      for (U32 i = 0; isOne && i < fec->vias(); ++i) {
+         if (auto const* const group = fec->nhgVia.find(static_cast<U16>(i)); group != nullptr) {
+            return group;
+         }
+      }
+      return nullptr;
    }
 };
 

@@ -1,9 +1,9 @@
 #include "Kiv/routedisplay/RouteRendering.h"
 
 #include "Kiv/KivCliPrint.h"
+#include "Kiv/routedisplay/OutputParts.h"
 #include "Kiv/routedisplay/Trace.h"
 #include "Kiv/routedisplay/ViaTexts.h"
-#include "Lumen/IpGenPrefix.h"
 #include "cliprint/AttrInfo.h"
 #include "cliprint/JsonScope.h"
 
@@ -16,8 +16,10 @@ using cliprint::StringAttrInfo;
 
 constexpr std::size_t prefixColumn = 10;
 constexpr std::size_t indent6 = 11;
-// The largest piece that a FEC keeps to print it again; vias by the hundred are printed anew for each route.
+// What is kept to print it again: of one FEC, of all, and of how many. Vias by the hundred are printed anew each time.
 constexpr std::size_t maxRecordingSize = 4096;
+constexpr std::size_t maxRecordedSize = std::size_t{16} << 20U;
+constexpr std::size_t maxFecTexts = 65'536;
 
 constexpr auto blankText = [] {
    std::array<char, prefixColumn> blanks{};
@@ -56,8 +58,43 @@ std::string_view RouteRendering<Family>::srcVrfName(Route const& route) const {
    return name != nullptr ? std::string_view(*name) : "unknown";
 }
 
+// The texts of FECs lie all over the memory; they are asked for some routes ahead, in two steps.
+template <class Family>
+void RouteRendering<Family>::printRoutes(typename RouteSorterOf<Family>::SortedRoutes const& routes) {
+   constexpr std::size_t indexAhead = 16;
+   constexpr std::size_t textAhead = 8;
+   auto const end = routes.end();
+   auto forIndex = routes.begin();
+   auto forText = routes.begin();
+   std::size_t ahead = 0;
+   for (auto const& [prefix, route] : routes) {
+      for (; ahead < indexAhead && forIndex != end; ++ahead, ++forIndex) {
+         fecTextIndex_.prefetch(forIndex->value.fecId);
+         if (ahead >= textAhead) {
+            prefetch(forText->value);
+            ++forText;
+         }
+      }
+      --ahead;
+      printRoute(route);
+      if (!streams(renderer_)) {
+         return;
+      }
+   }
+}
+
+template <class Family>
+void RouteRendering<Family>::prefetch(Route const& route) const {
+   if (auto const* const index = fecTextIndex_.find(route.fecId); index != nullptr) {
+      renderer_.prefetch(fecTexts_[*index].recording);
+   }
+}
+
 template <class Family>
 void RouteRendering<Family>::printRoute(Route const& route) {
+   if (printAgain(route)) [[likely]] {
+      return;
+   }
    vias_.reset();
    Line line{.routeType = route.routeType,
              .prefix = route.prefix,
@@ -71,13 +108,12 @@ void RouteRendering<Family>::printRoute(Route const& route) {
          line.via.nexthop = missingFec_;
          line.interfaceOptional = true;
       }
-   } else if (line.fec->isNexthopGroup()) {
-      auto const* const group = line.fec->nhgVia.find(0);
-      if (group != nullptr && group->nhgId == 0) {
+   } else if (auto const* const group = line.nexthopGroup(); group != nullptr) {
+      if (group->nhgId == 0) {
          trace(8, "printRoute", "Skipping route for ", route.prefix, " because nhgId is 0");
          return;
       }
-   } else if (line.fec->vias() == 1) {
+   } else if (line.fec->vias() == 1 && line.fec->viaEvpnEntry.size() == 0) {
       line.via = ViaRendering<Family>::viaLine(*line.fec, 0);
    }
    printFormatRoute(line);
@@ -88,7 +124,7 @@ template <class Family>
 bool RouteRendering<Family>::isSuppressed(Line const& line) const {
    auto const& via = line.via;
    return !via.nexthop.empty() && via.interface.empty() && !line.interfaceOptional && via.evpnEntry == nullptr &&
-          !isDirectlyConnected(via.nexthop) && !line.hasFecVias() && !line.isNexthopGroup() && !line.isSrTePolicy();
+          !isDirectlyConnected(via.nexthop) && !line.hasFecVias() && !line.isSrTePolicy();
 }
 
 template <class Family>
@@ -96,38 +132,95 @@ bool RouteRendering<Family>::printFormatRoute(Line const& line) {
    if (isSuppressed(line)) {
       return false;
    }
-   StringAttrInfo const prefix("prefix", renderer_, line.prefix);
-   auto const entry = JsonScope::dictEntry(renderer_, prefix);
-   printColumns(line, prefix.getArg().value);
+   auto const entry = JsonScope::dictEntry(renderer_, line.prefix);
+   printFlagsAndCode(line, programmed_.inHardware(line.prefix), programmed_.inKernel(line.prefix));
+   renderer_.addFrills("%s", line.prefix);
    if constexpr (Family::viasShareRouteLine) {
-      printFormatRoute4(line, prefix.getArg().value.size());
+      printFormatRoute4(line);
    } else {
       printFormatRoute6(line);
    }
    return true;
 }
 
-// The flags and the code, then blanks up to the prefix, which starts in the same column whatever precedes it.
+// A route that differs only in its prefix, preference and metric from one that was printed before: nearly all of a
+// large table are.
 template <class Family>
-void RouteRendering<Family>::printColumns(Line const& line, std::string_view prefix) {
-   bool const inHardware = programmed_.inHardware(line.prefix);
-   bool const inKernel = programmed_.inKernel(line.prefix);
-   auto const type = static_cast<std::size_t>(line.routeType);
-   if (inHardware && inKernel && !line.leaked() && type < columns_.size()) [[likely]] {
-      auto& columns = columns_[type];
-      if (columns.isRecorded) [[likely]] {
-         renderer_.replay(columns.recording, 0);
-      } else {
-         renderer_.startRecording(0);
-         printFlagsAndCode(line, true, true);
-         columns.isRecorded = renderer_.endRecording(columns.recording);
-      }
-   } else {
-      printFlagsAndCode(line, inHardware, inKernel);
+bool RouteRendering<Family>::printAgain(Route const& route) {
+   auto const* const index = fecTextIndex_.find(route.fecId);
+   auto const type = static_cast<std::size_t>(route.routeType);
+   if (index == nullptr || fecTexts_[*index].state != FecText::State::recorded || type >= columns_.size() ||
+       route.srcVrfId != Vrf::VrfIdMap::noVrf || !programmed_.inHardware(route.prefix) ||
+       !programmed_.inKernel(route.prefix)) {
+      return false;
    }
-   renderer_.addFrills("%s", prefix);
+   auto const& text = fecTexts_[*index];
+   auto const entry = JsonScope::dictEntry(renderer_, route.prefix);
+   printColumns(route.routeType);
+   renderer_.addFrills("%s", route.prefix);
+   std::size_t indent = indent6;
+   if (!text.directlyConnected) {
+      printPreference(route.preference, route.metric);
+      if constexpr (Family::viasShareRouteLine) {
+         renderer_.addFrills(" ");
+         indent = text.recording.hasLines() ? viaColumn(route.prefix, route.preference, route.metric) : 0;
+      }
+   }
+   renderer_.replay(text.recording, indent);
+   return true;
 }
 
+// The columns of a route that is programmed, not leaked and forwards.
+template <class Family>
+void RouteRendering<Family>::printColumns(typename Family::RouteType type) {
+   auto& columns = columns_[static_cast<std::size_t>(type)];
+   if (columns) [[likely]] {
+      renderer_.replay(*columns, 0);
+      return;
+   }
+   renderer_.startRecording(0);
+   printFlagsAndCode({.routeType = type}, true, true);
+   printAction(true);
+   if (cliprint::Recording recording; renderer_.endRecording(recording, maxRecordingSize)) {
+      columns = recording;
+   }
+}
+
+// Null for the first route with the FEC.
+template <class Family>
+typename RouteRendering<Family>::FecText* RouteRendering<Family>::fecText(Vault::Fib::FecId fecId) {
+   if (auto const* const index = fecTextIndex_.find(fecId); index != nullptr) {
+      return &fecTexts_[*index];
+   }
+   if (fecTexts_.size() < maxFecTexts && renderer_.recordedSize() < maxRecordedSize) {
+      fecTextIndex_.insertOrReplace(fecId, static_cast<U32>(fecTexts_.size()));
+      fecTexts_.emplace_back();
+   }
+   return nullptr;
+}
+
+// What the line's FEC tells, by print() or as that printed it for another route. Recorded for the second one: most FECs
+// of a box without a full table have a single route.
+template <class Family>
+template <class Print>
+void RouteRendering<Family>::printFecText(Line const& line, std::size_t indent, bool directlyConnected,
+                                          Print const& print) {
+   using State = typename FecText::State;
+   // Of a nexthop group, what is printed depends on the route's type as well.
+   auto* const text = line.fec != nullptr && line.nexthopGroup() == nullptr ? fecText(line.fec->fecId()) : nullptr;
+   if (text == nullptr || text->state == State::notRecorded) {
+      print();
+   } else if (text->state == State::recorded) {
+      renderer_.replay(text->recording, indent);
+   } else {
+      renderer_.startRecording(indent);
+      print();
+      text->directlyConnected = directlyConnected;
+      text->state = renderer_.endRecording(text->recording, maxRecordingSize) ? State::recorded : State::notRecorded;
+   }
+}
+
+// The flags and the code, then blanks up to the prefix, which starts in the same column whatever precedes it.
 template <class Family>
 void RouteRendering<Family>::printFlagsAndCode(Line const& line, bool inHardware, bool inKernel) {
    cliprint::HardwareProgrammedAttrInfo hardware("hardwareProgrammed", renderer_);
@@ -157,10 +250,18 @@ void RouteRendering<Family>::printDirectlyConnectedFlag(bool directlyConnected) 
 }
 
 template <class Family>
-void RouteRendering<Family>::printPreference(Line const& line) {
-   cliprint::S32AttrInfo const preference("preference", renderer_, line.preference);
-   cliprint::Attr32Info const metric("metric", renderer_, line.metric);
-   renderer_.addAttributes(" [%d/%u]", preference.getArg(), metric.getArg());
+void RouteRendering<Family>::printPreference(S32 preference, U32 metric) {
+   cliprint::S32AttrInfo const preferenceAttr("preference", renderer_, preference);
+   cliprint::Attr32Info const metricAttr("metric", renderer_, metric);
+   renderer_.addAttributes(" [%d/%u]", preferenceAttr.getArg(), metricAttr.getArg());
+}
+
+// Where the vias of an IPv4 route begin that was not leaked.
+template <class Family>
+std::size_t RouteRendering<Family>::viaColumn(typename Family::Prefix const& prefix, S32 preference, U32 metric) {
+   char text[Family::Prefix::maxTextLength];
+   return prefixColumn + prefix.formatTo(text) + digits(static_cast<U32>(preference)) + digits(metric) +
+          std::string_view(" [/] ").size();
 }
 
 template <class Family>
@@ -180,10 +281,16 @@ void RouteRendering<Family>::printCbf(Line const& line, std::size_t indent) {
 
 // Preference and metric stand before all cases but the two that say where the route leads in their first words.
 template <class Family>
-void RouteRendering<Family>::printFormatRoute4(Line const& line, std::size_t prefixSize) {
+void RouteRendering<Family>::printFormatRoute4(Line const& line) {
    if (isDirectlyConnected(line.via.nexthop) && line.via.evpnEntry == nullptr && !line.via.isIpInIp() &&
        !line.hasPolicies()) {
-      printDirectlyConnected(line);
+      printAction(true);
+      auto const print = [&] { printDirectlyConnected(line); };
+      if (line.leaked()) {
+         print();
+      } else {
+         printFecText(line, 0, true, print);
+      }
       return;
    }
    bool const hasVia = !line.via.nexthop.empty() || !line.via.interface.empty() || line.via.evpnEntry != nullptr;
@@ -192,15 +299,17 @@ void RouteRendering<Family>::printFormatRoute4(Line const& line, std::size_t pre
       return;
    }
    printAction(true);
-   printPreference(line);
-   // What policies carry is told on the lines below.
-   renderer_.addFrills("%s", !line.isSrTePolicy() || line.hasFecVias() || line.leaked() ? " " : "");
-   std::size_t indent = prefixColumn + prefixSize + digits(static_cast<U32>(line.preference)) + digits(line.metric) +
-                        std::string_view(" [/] ").size();
+   printPreference(line.preference, line.metric);
+   std::size_t indent = viaColumn(line.prefix, line.preference, line.metric);
+   if (line.isSrTePolicy() && !line.hasFecVias() && !line.leaked()) {
+      printFecVias(line, indent);  // on the lines below
+      return;
+   }
+   renderer_.addFrills(" ");
    if (line.leaked()) {
       indent += static_cast<std::size_t>(printSrcVrfHeader(renderer_, line.srcVrf));
    }
-   printFecVias(line, indent);
+   printFecText(line, indent, false, [&] { printFecVias(line, indent); });
 }
 
 // The same in the layout of IPv6 prefixes: every via on a line of its own, at one fixed width.
@@ -210,10 +319,10 @@ void RouteRendering<Family>::printFormatRoute6(Line const& line) {
                        !line.via.interface.empty() || line.via.evpnEntry != nullptr;
    bool const forward = hasVia || line.routeType == Family::RouteType::routeCacheConnected;
    printAction(forward);
-   printPreference(line);
+   printPreference(line.preference, line.metric);
    printSrcVrf(line);
    if (hasVia) {
-      printFecVias(line, indent6);
+      printFecText(line, indent6, false, [&] { printFecVias(line, indent6); });
       return;
    }
    renderer_.startLine(indent6);
@@ -224,7 +333,6 @@ void RouteRendering<Family>::printFormatRoute6(Line const& line) {
 
 template <class Family>
 void RouteRendering<Family>::printDirectlyConnected(Line const& line) {
-   printAction(true);
    renderer_.addFrills(" is directly connected");
    printSrcVrf(line);
    renderer_.addFrills(", ");
@@ -235,7 +343,11 @@ void RouteRendering<Family>::printDirectlyConnected(Line const& line) {
       } else {
          auto const entry = JsonScope::listEntry(renderer_);
          vias_.printInterface(line.via, "");
-         vias_.printViaDetails(line.via);
+         auto details = line.via;  // the link needs no share of the traffic and no label
+         details.weight = {};
+         details.label = {};
+         details.labelOperation = nullptr;
+         vias_.printViaDetails(details);
       }
    }
    renderer_.addFrills("\n");
@@ -253,39 +365,11 @@ void RouteRendering<Family>::printWithoutNexthop(Line const& line) {
    auto const vias = JsonScope::list(renderer_, "vias");
 }
 
-// All that follows the metric, as it was printed for another route with the same FEC, or anew.
+// All that follows the metric.
 template <class Family>
 void RouteRendering<Family>::printFecVias(Line const& line, std::size_t indent) {
-   using State = CachedFec::Printed::State;
-   if (line.fec == nullptr) {
-      printFecViasAnew(line, indent);
-      return;
-   }
-   auto& printed = line.fec->printed;
-   if (printed.format != renderer_.outputFormat()) {
-      printed = {.format = renderer_.outputFormat()};
-   }
-   if (printed.state == State::recorded) [[likely]] {
-      renderer_.replay(printed.recording, indent);
-   } else if (printed.state == State::once) {
-      renderer_.startRecording(indent);
-      printFecViasAnew(line, indent);
-      if (renderer_.endRecording(printed.recording)) {
-         printed.state = State::recorded;
-      }
-      if (printed.recording.size() > maxRecordingSize) {
-         printed = {.state = State::tooLarge, .format = printed.format};
-      }
-   } else {
-      printFecViasAnew(line, indent);
-      printed.state = printed.state == State::never ? State::once : printed.state;
-   }
-}
-
-template <class Family>
-void RouteRendering<Family>::printFecViasAnew(Line const& line, std::size_t indent) {
    bool directlyConnected = false;
-   auto const* const group = line.isNexthopGroup() && line.fec != nullptr ? line.fec->nhgVia.find(0) : nullptr;
+   auto const* const group = line.nexthopGroup();
    if (group != nullptr && sorter_.inputs().nexthopGroupDisplay) {
       if constexpr (Family::viasShareRouteLine) {
          renderer_.addFrills(" via");  // two blanks in a row, as users know it

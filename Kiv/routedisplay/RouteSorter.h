@@ -38,8 +38,9 @@ class RouteSorterOf : public Zam::PtrInterface {
    // Builds the selection; the runtime calls it once, when construction is complete.
    void handleInitialized();
 
-   // Writes the whole output to the file descriptor in format 1 (text) or 2 (one JSON document). True when it is
-   // complete; false when the user interrupted it, or when the output could not be written, which outputError() tells.
+   // Once per sorter: the default route is taken out of the selection when it is printed. Writes the whole output to
+   // the file descriptor in format 1 (text) or 2 (one JSON document). True when it is complete; false when the user
+   // interrupted it, or when the output could not be written, which outputError() tells.
    bool printRoutes(U32 fd, U32 fmt, bool printVrf);
    // The errno of the write that ended the last output, 0 when none failed.
    S32 outputError() const noexcept { return outputError_; }

@@ -23,11 +23,12 @@ constexpr char const* viasName(bool backup) {
 
 }  // namespace
 
-bool ViaBudget::take(cliprint::RendererV2& renderer) {
-   if (left_ == 0 || !streams(renderer)) {
+bool ViaBudget::take(cliprint::RendererV2& renderer, bool isResolved) {
+   if (left_ == 0 || resolvedLeft_ == 0 || !streams(renderer)) {
       return false;
    }
    --left_;
+   resolvedLeft_ -= isResolved ? 1 : 0;
    return true;
 }
 
@@ -41,7 +42,7 @@ void TunnelRendering::printFormatTunVia(CachedTunVia const& tunVia, PolicyInfoSe
    // A nexthop group says itself where it leads.
    bool const tellsConnected = Tunnel::tunnelType(tunVia.tunnelId) != Tunnel::TunnelType::nexthopGroup;
    for (auto const& via : tunVia.via) {
-      if (!budget_.take(renderer_)) {
+      if (!budget_.take(renderer_, true)) {
          return;
       }
       auto const entry = JsonScope::listEntry(renderer_);
@@ -70,9 +71,6 @@ void TunnelRendering::printTunVia(CachedTunVia::Via const& via, bool tellsConnec
 }
 
 void TunnelRendering::printNestedTunnelVias(Nested const& tunnel) {
-   if (tunnel.depth == maxViaDepth) {
-      return;
-   }
    auto const resolving = tunnels_.makeCachedTunViaWithName(tunnel.intfId.tunnelId(), TunnelResolver::Ways::none);
    std::size_t const indent = tunnel.indent + (tunnel.depth == 0 ? 6 : 3);
    renderer_.addFrills("%s", tunnel.depth != 0 && tunnel.backup ? "backup via " : "via ");
@@ -90,8 +88,12 @@ void TunnelRendering::printNestedList(std::vector<SortedTunVia> const& vias, Nes
                                       bool backup) {
    auto const list = JsonScope::list(renderer_, viasName(backup));
    auto const weights = TunnelResolver::weightTexts(vias);
-   for (std::size_t i = 0; i < vias.size() && tunnel.depth + 1 < maxViaDepth; ++i) {
-      if (!budget_.take(renderer_)) {
+   for (std::size_t i = 0; i < vias.size(); ++i) {
+      bool const isTooDeep = vias[i].intfId.isDynamicTunnel() && tunnel.depth + 1 == maxViaDepth;
+      if (isTooDeep) {
+         continue;
+      }
+      if (!budget_.take(renderer_, true)) {
          return;
       }
       auto const& via = vias[i];
@@ -122,7 +124,7 @@ void TunnelRendering::printPlainVia(SortedTunVia const& via, Lumen::MplsLabelOpe
 void TunnelRendering::printSrTePolicySetModel(PolicyInfoSet const& set, std::size_t margin, std::size_t viaMargin) {
    auto const list = JsonScope::list(renderer_, "srTePolicies");
    for (auto const& [index, policy] : set.policyInfo) {
-      if (!budget_.take(renderer_)) {
+      if (!budget_.take(renderer_, true)) {
          return;
       }
       auto const entry = JsonScope::listEntry(renderer_);
@@ -147,10 +149,7 @@ void TunnelRendering::printPolicy(PolicyInfo const& policy, std::size_t viaMargi
    renderer_.addFrills("via ");
    printPolicyName(policy);
    maybeAddLabelStackToOutput(renderer_, policy.labelStack, policy.viaLabel);
-   if (!policy.weight.empty()) {
-      StringAttrInfo const weight("viaWeight", renderer_, policy.weight);
-      renderer_.addAttributes(", weight %s", weight.getArg());
-   }
+   printWeight(policy.weight);
    auto const vias = JsonScope::list(renderer_, "vias");
    printSegmentLists(policy.sortedVia, viaMargin, viaMargin + 4);
 }
@@ -166,7 +165,7 @@ void TunnelRendering::printSrTePolicySetViaModel(PolicyInfoSet const& set, std::
 void TunnelRendering::printSegmentLists(SortedTunVias const& vias, std::size_t margin, std::size_t nestedMargin) {
    auto const weights = TunnelResolver::weightTexts(vias);
    for (std::size_t i = 0; i < vias.size(); ++i) {
-      if (!budget_.take(renderer_)) {
+      if (!budget_.take(renderer_, true)) {
          return;
       }
       auto const entry = JsonScope::listEntry(renderer_);
@@ -191,7 +190,7 @@ void TunnelRendering::checkAndPrintCbfInfo(CbfInfoSet const& set, std::size_t wi
 void TunnelRendering::printCbfInfoSetModel(CbfInfoSet const& set, std::size_t margin, std::size_t viaMargin) {
    auto const list = JsonScope::list(renderer_, "cbf");
    for (auto const& [index, info] : set.cbfInfo) {
-      if (!budget_.take(renderer_)) {
+      if (!budget_.take(renderer_, true)) {
          return;
       }
       auto const entry = JsonScope::listEntry(renderer_);
@@ -209,20 +208,33 @@ void TunnelRendering::printCbfInfoSetModel(CbfInfoSet const& set, std::size_t ma
          printPolicy(info.policyInfo, viaMargin + 4);
       } else {
          auto const ctep = JsonScope::object(renderer_, "coloredTunnelEndpoint");
-         printColoredTep(info.ctepInfo, viaMargin + 4);
+         printColoredTep(info.ctepInfo, info.policyInfo.weight, viaMargin + 4);
       }
    }
 }
 
-void TunnelRendering::printColoredTep(ColoredTepInfo const& ctep, std::size_t viaMargin) {
-   if (!Zam::isSet(ctep.ctep) && ctep.sortedVia.size() == 1) {
-      printPlainVia(ctep.sortedVia.front(), ctep.tunnelLabelStack, {});
+void TunnelRendering::printWeight(std::string_view weight) {
+   if (!weight.empty()) {
+      StringAttrInfo const viaWeight("viaWeight", renderer_, weight);
+      renderer_.addAttributes(", weight %s", viaWeight.getArg());
+   }
+}
+
+void TunnelRendering::printColoredTep(ColoredTepInfo const& ctep, std::string_view weight, std::size_t viaMargin) {
+   bool const isNamed = Zam::isSet(ctep.ctep);
+   auto const isNexthop = [](SortedTunVia const& via) { return via.encapId == 0 && !via.intfId.isDynamicTunnel(); };
+   if (!isNamed && ctep.sortedVia.size() == 1 && isNexthop(ctep.sortedVia.front())) {
+      printPlainVia(ctep.sortedVia.front(), ctep.tunnelLabelStack, weight);
       return;
    }
    StringAttrInfo const endpoint("endpoint", renderer_, ctep.ctep.endpoint);
    Attr32Info const color("color", renderer_, ctep.ctep.color);
-   renderer_.addAttributes("via tunnel endpoint %s, color %u", endpoint.getArg(), color.getArg());
+   renderer_.addFrills("via tunnel");
+   if (isNamed) {
+      renderer_.addAttributes(" endpoint %s, color %u", endpoint.getArg(), color.getArg());
+   }
    maybeAddLabelStackToOutput(renderer_, ctep.tunnelLabelStack, ctep.viaLabel);
+   printWeight(weight);
    auto const vias = JsonScope::list(renderer_, "vias");
    printSegmentLists(ctep.sortedVia, viaMargin, viaMargin + 4);
 }

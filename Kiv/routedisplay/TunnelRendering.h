@@ -16,15 +16,17 @@ inline constexpr U32 maxViaDepth = 16;
 // vias, of every kind and at every depth together.
 class ViaBudget {
  public:
-   static constexpr U32 max = 65'536;
+   static constexpr U32 maxOfRoute = 65'536;
+   static constexpr U32 maxResolved = 1U << 22U;  // in one output: beneath others
 
-   void reset() noexcept { left_ = max; }
+   void reset() noexcept { left_ = maxOfRoute; }
    // Whether one more via may be printed, which is counted then. Flushes a full buffer; false also when nobody takes
    // the output any more.
-   bool take(cliprint::RendererV2& renderer);
+   bool take(cliprint::RendererV2& renderer, bool isResolved);
 
  private:
-   U32 left_ = max;
+   U32 left_ = maxOfRoute;
+   U32 resolvedLeft_ = maxResolved;
 };
 
 class TunnelRendering {
@@ -67,7 +69,8 @@ class TunnelRendering {
                     bool backup);
    void printSegmentLists(SortedTunVias const& vias, std::size_t margin, std::size_t nestedMargin);
    void printPolicy(PolicyInfo const& policy, std::size_t viaMargin);
-   void printColoredTep(ColoredTepInfo const& ctep, std::size_t viaMargin);
+   void printColoredTep(ColoredTepInfo const& ctep, std::string_view weight, std::size_t viaMargin);
+   void printWeight(std::string_view weight);
    void printCbfInfoSetModel(CbfInfoSet const& set, std::size_t margin, std::size_t viaMargin);
    void printPlainVia(SortedTunVia const& via, Lumen::MplsLabelOperation const& labelStack, std::string_view weight);
 

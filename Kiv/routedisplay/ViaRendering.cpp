@@ -61,7 +61,7 @@ bool ViaRendering<Family>::printList(CachedFec const& fec, Layout const& layout)
    bool directlyConnected = false;
    U16 index = 0;
    for (auto const& [via, present] : fec.via()) {
-      if (layout.depth == maxViaDepth || !budget_.take(renderer_)) {
+      if (layout.depth == maxViaDepth || !budget_.take(renderer_, layout.depth != 0)) {
          return directlyConnected;
       }
       directlyConnected = printIpVia(fec, via, index, layout) || directlyConnected;
@@ -102,7 +102,8 @@ bool ViaRendering<Family>::printIpVia(CachedFec const& fec, CachedVia const& via
       return false;
    }
    if (via.fecId() && !via.isForwardingVrfAction()) {
-      return printResolvedVias(via, line, layout);
+      printResolvedVias(via, line, layout);
+      return false;
    }
    if (isDirectlyConnected(line.nexthop) && !fec.tunVia.has(index)) {
       printConnected(line);
@@ -119,7 +120,7 @@ void ViaRendering<Family>::printTarget(CachedFec const& fec, CachedVia const& vi
    auto line = viaLine(fec, index);
    if (auto const* const fallback = fec.fallbackVia.find(index); fallback != nullptr) {
       printFallback(*fallback);
-      line.nexthop = {};
+      line.nexthop = line.weight = {};
    } else if (auto const* const tunnel = fec.tunVia.find(index); tunnel != nullptr) {
       printTunnel(fec, via, index);
       line.nexthop = {};
@@ -186,13 +187,14 @@ void ViaRendering<Family>::printTunnelVias(CachedFec const& fec, U16 index, Layo
 
 // A via that resolves through another FEC, whose vias are printed beneath.
 template <class Family>
-bool ViaRendering<Family>::printResolvedVias(CachedVia const& via, ViaLine const& line, Layout const& layout) {
+void ViaRendering<Family>::printResolvedVias(CachedVia const& via, ViaLine const& line, Layout const& layout) {
    renderer_.addFrills("via");
    auto shown = line;
    shown.interface = {};  // that stands for the FEC
    printViaLine(shown);
-   auto const* const resolved = preparedFec(via.fecId());
-   return resolved != nullptr && printList(*resolved, {layout.indent, layout.depth + 1});
+   if (auto const* const resolved = preparedFec(via.fecId()); resolved != nullptr) {
+      printList(*resolved, {layout.indent, layout.depth + 1});
+   }
 }
 
 template <class Family>
@@ -200,7 +202,9 @@ void ViaRendering<Family>::printConnected(ViaLine const& via) {
    renderer_.addFrills("%s", Family::viasShareRouteLine ? "is directly connected" : "via");
    printInterface(via, Family::viasShareRouteLine ? ", " : " ");
    renderer_.addFrills("%s", Family::viasShareRouteLine ? "" : ", directly connected");
-   printViaDetails(via);
+   auto details = via;
+   details.weight = {};  // the link is not one way among others
+   printViaDetails(details);
 }
 
 template <class Family>

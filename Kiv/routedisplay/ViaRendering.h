@@ -44,7 +44,7 @@ class ViaRendering {
    bool printList(CachedFec const& fec, Layout const& layout);
    bool printIpVia(CachedFec const& fec, CachedVia const& via, U16 index, Layout const& layout);
    void printEvpnVias(CachedFec const& fec, U16 index, Layout const& layout);
-   bool printResolvedVias(CachedVia const& via, ViaLine const& line, Layout const& layout);
+   void printResolvedVias(CachedVia const& via, ViaLine const& line, Layout const& layout);
    void printTarget(CachedFec const& fec, CachedVia const& via, U16 index, Layout const& layout);
    void printFallback(CachedFallbackVia const& via);
    void printTunnel(CachedFec const& fec, CachedVia const& via, U16 index);

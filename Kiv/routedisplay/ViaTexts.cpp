@@ -13,13 +13,15 @@ using Ways = TunnelResolver::Ways;
 
 constexpr std::string_view unknownNexthopGroup = "NexthopGroupUnknown";
 
-// The address, or the family's unspecified address for a via whose destination is on its own link.
+// The address, or the family's unspecified address for a via whose destination is on its own link. A via that leads
+// into a tunnel, a group or another FEC leads there, whatever it says of an address.
 template <class Family>
 Zam::String nexthopText(CachedVia const& via) {
-   if (!via.hop.isEmpty()) {
+   if (!via.hop.isZero()) {
       return via.hop.stringValue();
    }
-   return via.intfId.isNamed() ? typename Family::Addr().stringValue() : std::string();
+   bool const isOnLink = via.intfId.isNamed() || (!via.intfId.isValid() && !via.hop.isEmpty());
+   return isOnLink ? typename Family::Addr().stringValue() : std::string();
 }
 
 template <class Family>
@@ -43,6 +45,7 @@ class ViaPreparation {
       fec_.interface.insertOrReplace(index, interfaceText(via));
       if (via.viaLabel.isLabel()) {
          fec_.label.insertOrReplace(index, via.viaLabel);
+         fec_.viaLabelStack.insertOrReplace(index, {Lumen::MplsLabelOperation::Operation::push, {}});
       }
       if (!via.viaWeight.empty()) {
          fec_.weightText.insertOrReplace(index, via.viaWeight.bytes() + "/" + std::to_string(fec_.weightSum));
@@ -65,7 +68,7 @@ class ViaPreparation {
       if (config != nullptr && !config->description.empty()) {
          fec_.interfaceDescription.insertOrReplace(index, config->description);
       }
-      if (config != nullptr && config->tunnel) {
+      if (config != nullptr && config->tunnel && via.intfId.isNamed()) {
          fec_.ipEncapTunInfo.insertOrReplace(index, Tunnel::CliSupport::CachedIpTunnelInfo(config->tunnel));
       }
    }
@@ -83,7 +86,7 @@ class ViaPreparation {
          fec_.nhgName.insertOrReplace(index, name.empty() ? unknownNexthopGroup : name);
       } else if (auto const* const vxlan = fec_.vxlanOfVia.find(via); vxlan != nullptr) {
          fec_.vxlanEntry.insertOrReplace(index, *vxlan);
-         if (via.hop.isEmpty()) {
+         if (via.hop.isZero()) {
             fec_.nexthopAddr.insertOrReplace(index, {});  // its VTEP is where it goes, not its own link
          }
       } else if (via.tunnelId() != 0) {
@@ -118,6 +121,7 @@ void clearTexts(CachedFec& fec) {
    fec.vrfName.clear();
    fec.weightText.clear();
    fec.label.clear();
+   fec.viaLabelStack.clear();
    fec.nhgVia.clear();
    fec.nhgName.clear();
    fec.fallbackVia.clear();

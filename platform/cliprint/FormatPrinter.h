@@ -16,7 +16,7 @@ class FormatPrinter {
  public:
    FormatPrinter(CliPrintBuffer& out, char const* format) noexcept : out_(out), format_(format) {}
 
-   void literal(Conversion const& c) noexcept {
+   [[gnu::always_inline]] void literal(Conversion const& c) noexcept {
       if (c.hasPercent) [[unlikely]] {
          literalWithPercent(c);
       } else {

@@ -50,7 +50,7 @@ class JsonScope {
    template <class Open>
    JsonScope(RendererV2& renderer, char bracket, Open const& open)
        : renderer_(renderer),
-         exceptions_(std::uncaught_exceptions()),
+         exceptions_(renderer.isModel() ? std::uncaught_exceptions() : 0),
          isOpen_(renderer.isModel()),
          bracket_(bracket) {
       if (isOpen_) {

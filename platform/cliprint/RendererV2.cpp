@@ -1,5 +1,7 @@
 #include "cliprint/RendererV2.h"
 
+#include <span>
+
 namespace cliprint {
 
 namespace {
@@ -94,34 +96,37 @@ void RendererV2::startLine(std::size_t indent) {
 }
 
 // Where a line begins, the blanks that were written there stand for those that a replay writes.
-bool RendererV2::endRecording(Recording& recording) {
+bool RendererV2::endRecording(Recording& recording, std::size_t maxSize) {
    isRecording_ = false;
    auto const written = buffer_.since(recordedFrom_);
-   if (!written) {
+   if (!written || written->size() > maxSize || buffer_.error() != 0) {
+      recordedLines_.resize(linesBefore_);
       return false;
    }
-   recording.bytes_.clear();
-   recording.lines_.clear();
+   recording.at_ = static_cast<U32>(recorded_.size());
+   recording.firstLine_ = static_cast<U32>(linesBefore_);
+   recording.lines_ = static_cast<U32>(recordedLines_.size() - linesBefore_);
    std::size_t from = 0;
-   for (auto const& line : recordedLines_) {
-      recording.bytes_.append(written->substr(from, line.at - from));
-      recording.lines_.push_back({static_cast<U32>(recording.bytes_.size()), line.indent});
+   for (auto& line : std::span(recordedLines_).subspan(linesBefore_)) {
+      recorded_.append(written->substr(from, line.at - from));
       from = line.at + 1 + static_cast<std::size_t>(static_cast<S64>(recordedIndent_) + line.indent);
+      line.at = static_cast<U32>(recorded_.size()) - recording.at_;
    }
-   recording.bytes_.append(written->substr(from));
+   recorded_.append(written->substr(from));
+   recording.size_ = static_cast<U32>(recorded_.size()) - recording.at_;
    return true;
 }
 
 void RendererV2::replayLines(Recording const& recording, std::size_t indent) {
-   std::string_view const bytes = recording.bytes_;
+   auto const text = recordedText(recording);
    std::size_t from = 0;
-   for (auto const& line : recording.lines_) {
-      buffer_.append(bytes.substr(from, line.at - from));
+   for (auto const& line : std::span(recordedLines_).subspan(recording.firstLine_, recording.lines_)) {
+      buffer_.append(text.substr(from, line.at - from));
       buffer_.append('\n');
       buffer_.fill(' ', static_cast<std::size_t>(std::max<S64>(static_cast<S64>(indent) + line.indent, 0)));
       from = line.at;
    }
-   buffer_.append(bytes.substr(from));
+   buffer_.append(text.substr(from));
 }
 
 void RendererV2::add(std::string_view textPrefix, std::string_view key, std::string_view value) {

@@ -40,33 +40,30 @@ concept AttributeArg = StandsForText<T> && requires(T const& arg) {
    arg.name;
 };
 
-// What can be the key of a dictionary entry: an attribute, or its getArg(), that is a text or an integer.
+// What can be the key of a dictionary entry: an attribute, or its getArg(), that is a text or an integer; or a value
+// that writes its own text, which needs no escaping.
 template <class T>
 concept DictKeyArg = std::same_as<T, TextArg> ||(AttributeArg<T>&& requires(T const& arg) {
    requires std::integral<decltype(arg.value)> && !std::same_as<decltype(arg.value), bool>;
 });
 template <class T>
-concept DictKey = DictKeyArg<T> || requires(T const& attribute) {
+concept DictKey = SelfFormatting<T> || DictKeyArg<T> || requires(T const& attribute) {
    { attribute.getArg() } -> DictKeyArg;
 };
 
 // What a walk wrote once, to be written again as often as it is needed: text whose lines move with the indentation, or
-// members of the model.
+// members of the model. The renderer that it was recorded with keeps it.
 class Recording {
  public:
-   // Bytes it holds.
-   std::size_t size() const noexcept { return bytes_.size() + lines_.size() * sizeof(Line); }
+   bool hasLines() const noexcept { return lines_ != 0; }
 
  private:
    friend class RendererV2;
-   // Where a line begins, and how much further than the first it is indented, or less.
-   struct Line {
-      U32 at;
-      S32 indent;
-   };
 
-   std::string bytes_;
-   std::vector<Line> lines_;
+   U32 at_ = 0;
+   U32 size_ = 0;
+   U32 firstLine_ = 0;
+   U32 lines_ = 0;
 };
 
 class KIV_EXPORT RendererV2 final : public Renderer {
@@ -126,26 +123,31 @@ class KIV_EXPORT RendererV2 final : public Renderer {
       }
    }
 
-   // Records what is written until endRecording(), which is false when output left the buffer meanwhile: then there is
-   // no recording. `indent` is that of the first line. Recordings do not nest.
+   // Records what is written until endRecording(), which is false when there is no recording: output left the buffer
+   // meanwhile, or what was written is larger than `maxSize`. `indent` is that of the first line. Recordings do not
+   // nest.
    void startRecording(std::size_t indent) noexcept {
-      recordedLines_.clear();
+      linesBefore_ = recordedLines_.size();
       recordedFrom_ = buffer_.position();
       recordedIndent_ = indent;
       isRecording_ = true;
    }
-   bool endRecording(Recording& recording);
+   bool endRecording(Recording& recording, std::size_t maxSize);
    // Writes a recording again, its lines as far in as `indent` says. In model format it has to come where the recorded
-   // members came: behind another member of its object.
+   // members came: first in an object, or behind another member.
    void replay(Recording const& recording, std::size_t indent) {
       checkInterrupt();
       next_ = isText() ? next_ : Next::member;
-      if (recording.lines_.empty()) [[likely]] {
-         buffer_.append(recording.bytes_);
+      if (recording.lines_ == 0) [[likely]] {
+         buffer_.append(recordedText(recording));
       } else {
          replayLines(recording, indent);
       }
    }
+   // Ahead of a replay: asks for the memory that it will read.
+   void prefetch(Recording const& recording) const noexcept { __builtin_prefetch(recorded_.data() + recording.at_); }
+   // How much all recordings take.
+   std::size_t recordedSize() const noexcept { return recorded_.size(); }
 
    // In text format the prefix and the value, verbatim. In model format the value under the key, or, with an empty key,
    // as the next element of a list.
@@ -178,6 +180,11 @@ class KIV_EXPORT RendererV2 final : public Renderer {
    // The normal end of a document that this renderer owns; nothing follows but the last ioflush().
    void endDocument();
 
+   // fullness() > percent, without a division.
+   bool isFullerThan(U32 percent) const {
+      checkInterrupt();
+      return buffer_.pending() * 100 > buffer_.capacity() * percent;
+   }
    U32 fullness() const {
       checkInterrupt();
       return buffer_.fullness();
@@ -244,7 +251,9 @@ class KIV_EXPORT RendererV2 final : public Renderer {
          return;
       }
       assertModel("startDictEntry");
-      if constexpr (DictKeyArg<Key>) {
+      if constexpr (SelfFormatting<Key>) {
+         entryKeyOf(key);
+      } else if constexpr (DictKeyArg<Key>) {
          entryKey(key.value);
       } else {
          entryKey(key.getArg().value);
@@ -256,6 +265,16 @@ class KIV_EXPORT RendererV2 final : public Renderer {
       }
    }
    void entryKey(std::string_view key);
+   template <SelfFormatting Key>
+   void entryKeyOf(Key const& key) {
+      separateMember();
+      char* to = buffer_.room(Key::maxTextLength + 3);
+      *to++ = '"';
+      to += key.formatTo(to);
+      *to++ = '"';
+      *to++ = ':';
+      buffer_.endIs(to);
+   }
    void entryKey(std::integral auto key) {
       separateMember();
       buffer_.append('"');
@@ -269,8 +288,20 @@ class KIV_EXPORT RendererV2 final : public Renderer {
    void close(char bracket);
    void replayLines(Recording const& recording, std::size_t indent);
 
+   std::string_view recordedText(Recording const& recording) const noexcept {
+      return {recorded_.data() + recording.at_, recording.size_};
+   }
+
+   // Where a recorded line begins, and how much further than the first it is indented, or less.
+   struct RecordedLine {
+      U32 at;
+      S32 indent;
+   };
+
    CliPrintBuffer& buffer_;
-   std::vector<Recording::Line> recordedLines_;
+   std::string recorded_;
+   std::vector<RecordedLine> recordedLines_;
+   std::size_t linesBefore_ = 0;
    U64 recordedFrom_ = 0;
    std::size_t recordedIndent_ = 0;
    bool isRecording_ = false;

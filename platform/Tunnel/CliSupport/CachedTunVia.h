@@ -37,8 +37,6 @@ class KIV_EXPORT CachedIpTunnelInfo {
    IpTunnelEncap encap_;
 };
 
-using TunnelViaIndex = U16;
-
 // A tunnel and the ways that it takes, either its primary or its backup ones, by their index.
 class KIV_EXPORT CachedTunVia final : public Zam::PtrInterface {
  public:
@@ -55,7 +53,6 @@ class KIV_EXPORT CachedTunVia final : public Zam::PtrInterface {
    std::string_view fwkType() const noexcept override { return "Tunnel::CliSupport::CachedTunVia"; }
 
    std::string_view tunnelTypeText() const { return CliSupport::tunnelTypeText(tunnelType(tunnelId)); }
-   TunnelViaIndex vias() const noexcept { return static_cast<TunnelViaIndex>(via.size()); }
 
    // What the tunnel is: its type, its index and what else is known of it.
    void printTunnelInfo(cliprint::RendererV2& renderer) const;
