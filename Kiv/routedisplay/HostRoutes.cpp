@@ -20,8 +20,13 @@ using cliprint::JsonScope;
 using cliprint::RendererV2;
 using cliprint::StringAttrInfo;
 
+// Here a tunnel shows as the interface that stands for it: there is no room for its ways.
+Zam::String hostInterfaceText(CachedVia const& via) {
+   return via.intfId.isDynamicTunnel() ? Zam::String(via.intfId.stringValue()) : interfaceText(via);
+}
+
 // Texts and to-CPU marks of the FEC's vias, once per FEC. A via that has an interface but no address is the box itself,
-// except on routes that stand for the link.
+// except on routes that stand for the link; one into a tunnel, a group or another FEC leads away from it.
 template <class Family>
 void prepareHostVias(CachedFec& fec, typename Family::RouteType type) {
    U16 index = 0;
@@ -29,8 +34,8 @@ void prepareHostVias(CachedFec& fec, typename Family::RouteType type) {
       bool const hasIntf = via.intfId.isValid();
       fec.nexthopAddr.insertOrReplace(index, hasIntf && !via.hop.isZero() ? via.hop.stringValue() : std::string());
       bool const hasText = hasIntf && !fec.vxlanOfVia.contains(via);  // over VXLAN, the address says it all
-      fec.interface.insertOrReplace(index, hasText ? interfaceText(via) : Zam::String());
-      if (!hasIntf || (via.hop.isZero() && !Family::isLinkRoute(type))) {
+      fec.interface.insertOrReplace(index, hasText ? hostInterfaceText(via) : Zam::String());
+      if (!hasIntf || (via.hop.isZero() && via.intfId.isNamed() && !Family::isLinkRoute(type))) {
          fec.hostToCpu.insert(index);
       } else {
          fec.hostToCpu.erase(index);

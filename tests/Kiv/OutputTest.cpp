@@ -129,6 +129,14 @@ TEST(HostOutput4Test, hostRoutes) {
                box.fecIs(3, {box.via("10.0.0.2", "Ethernet1"), box.via("10.0.0.9", "Ethernet2")}));
    box.routeIs("10.0.0.4/32", T::connected, box.fecIs(4, {box.via("", "Ethernet1")}));
    box.routeIs("10.0.0.5/32", T::drop, box.fecIs(5, {}));
+   auto tunnel = box.via("", "Ethernet1");
+   tunnel.tunnelId = 0x31;
+   auto vxlan = box.via("10.0.0.8", "Vxlan1");
+   vxlan.tunnelId = Tunnel::tunnelIdOf(Tunnel::TunnelType::evpnVxlan, 1);
+   auto const vxlanTunnels = Zam::makePtr<Tunnel::TunnelTable::EvpnVxlanTunnelTable>();
+   vxlanTunnels->entryIs(vxlan.tunnelId, {{}, Lumen::IpGenAddr::parse("10.0.0.8"), Lumen::Vni(5), {}, {}});
+   box.inputs.evpnVxlanTunnelTable = vxlanTunnels;
+   box.routeIs("10.0.0.6/32", T::staticConfig, box.fecIs(6, {tunnel, vxlan}));
    box.routeIs("10.0.0.0/8", T::staticConfig);
    box.hardwareUnprogrammedIs("10.0.0.3/32");
    EXPECT_EQ(box.text(),
@@ -144,6 +152,8 @@ TEST(HostOutput4Test, hostRoutes) {
              "             via 10.0.0.9 on Ethernet2\n"
              " R  10.0.0.4 to cpu on Ethernet1\n"
              " F  10.0.0.5\n"
+             " F  10.0.0.6 via 10.0.0.8\n"
+             "             on DynamicTunnel(0x31)\n"
              "\n");
    EXPECT_NE(box.output(2).find(R"("10.0.0.4/32":{"hardwareProgrammed":true,"routeType":"FIB","vias":[{"toCpu":true,)"
                                 R"("interface":"Ethernet1"}]})"),
