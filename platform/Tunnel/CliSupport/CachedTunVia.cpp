@@ -14,31 +14,23 @@ using cliprint::RendererV2;
 using cliprint::StringAttrInfo;
 using Operation = Lumen::MplsLabelOperation::Operation;
 
-// Behind a text that goes before them: labels without a word are pushed.
-constexpr std::string_view operationText(Operation operation) {
-   switch (operation) {
-      case Operation::none:
-      case Operation::push:
-         return ", label";
-      case Operation::swap:
-         return ", swap label";
-      case Operation::pop:
-         return ", pop label";
-   }
-   return ", label";
-}
+struct OperationWords {
+   std::string_view text;  // before the labels
+   std::string_view model;
+};
 
-constexpr std::string_view operationWord(Operation operation) {
+// Labels without an operation are pushed.
+constexpr OperationWords operationWords(Operation operation) {
    switch (operation) {
+      case Operation::swap:
+         return {", swap label", "swap"};
+      case Operation::pop:
+         return {", pop label", "pop"};
       case Operation::none:
       case Operation::push:
-         return "push";
-      case Operation::swap:
-         return "swap";
-      case Operation::pop:
-         return "pop";
+         break;
    }
-   return "push";
+   return {", label", "push"};
 }
 
 template <class Value>
@@ -167,8 +159,9 @@ void maybeAddLabelStackToOutput(RendererV2& renderer, Lumen::MplsLabelOperation 
    if (labelStack.stackSize() == 0 && !label.isLabel() && !isPop) {
       return;
    }
-   addText(renderer, "labelOperation", "", operationWord(labelStack.operation()));
-   renderer.addFrills("%s", operationText(labelStack.operation()));
+   auto const words = operationWords(labelStack.operation());
+   addText(renderer, "labelOperation", "", words.model);
+   renderer.addFrills("%s", words.text);
    auto const list = JsonScope::list(renderer, "labelStack");
    for (auto const each : labelStack.labels()) {
       renderer.addElement(" %u", each.value());
