@@ -99,7 +99,7 @@ void RendererV2::startLine(std::size_t indent) {
 bool RendererV2::endRecording(Recording& recording, std::size_t maxSize) {
    isRecording_ = false;
    auto const written = buffer_.since(recordedFrom_);
-   if (!written || written->size() > maxSize || buffer_.error() != 0) {
+   if (!written || written->size() > maxSize) {
       recordedLines_.resize(linesBefore_);
       return false;
    }

@@ -323,6 +323,22 @@ TYPED_TEST(RenderingTest, anOutputThatFailedLeavesNothingBehind) {
    EXPECT_EQ(file.text(), expected);
 }
 
+// As the route cache makes them: the link, and tunnel ends beside it.
+TYPED_TEST(RenderingTest, vxlanViasBesideAConnectedOne) {
+   auto const sorter = this->box_.sorter();
+   auto const fec = cachedFecFactory(Vault::Fib::FecId::of(4, 1));
+   CachedVia link;
+   link.intfId = IntfId::named("Vlan1");
+   fec->viaIs(link, true);
+   fec->viaEvpnEntry.insertOrReplace(0, {{}, Lumen::IpGenAddr::parse("192.0.2.7"), Lumen::Vni(5), {}, {}});
+   sorter->fecIs(fec);
+   auto const route = this->box_.routeIs(TypeParam::nested[0], TypeParam::ospf, fec->fecId());
+   auto const text = this->printed(
+       1, [&](auto& renderer) { RouteRendering<typename TypeParam::Base>(*sorter, renderer).printRoute(route); });
+   EXPECT_NE(text.find("Vlan1"), std::string::npos);
+   EXPECT_NE(text.find("via VTEP 192.0.2.7 VNI 5"), std::string::npos) << text;
+}
+
 // By its type, a route leads into the first group among its vias; by all its vias, into theirs.
 TYPED_TEST(RenderingTest, nexthopGroupsAmongOtherVias) {
    auto& box = this->box_;
