@@ -339,6 +339,33 @@ TYPED_TEST(RenderingTest, vxlanViasBesideAConnectedOne) {
    EXPECT_NE(text.find("via VTEP 192.0.2.7 VNI 5"), std::string::npos) << text;
 }
 
+// Traffic of a class may go into any tunnel, also one that no policy names.
+TYPED_TEST(RenderingTest, aClassOverANamelessTunnel) {
+   auto const hop = Lumen::IpGenAddr::parse("192.0.2.9");
+   auto const tunnelId = Tunnel::tunnelIdOf(TunnelType::ldp, 1);
+   this->tunnels_->labelStackEncapIs(1, {Lumen::MplsLabelOperation::Operation::push, {Lumen::MplsLabel(900)}});
+   this->tunnels_->entryIs(tunnelId, {.vias = {{{}, IntfId::named("Ethernet7"), hop, 1, 1}}});
+   auto const sorter = this->box_.sorter();
+   auto const fec = cachedFecFactory(Vault::Fib::FecId::of(4, 1));
+   CachedVia link;
+   link.intfId = IntfId::named("Vlan1");
+   link.viaWeight = "5";
+   fec->viaIs(link, true);
+   link.hop = hop;
+   fec->viaIs(link, true);
+   fec->cbfClasses.push_back(
+       {{46}, {{.tunnelId = tunnelId, .nexthop = {}, .label = Lumen::MplsLabel(55), .weight = 1}}});
+   sorter->fecIs(fec);
+   auto const route = this->box_.routeIs(TypeParam::nested[0], TypeParam::ospf, fec->fecId());
+   auto const text = this->printed(
+       1, [&](auto& renderer) { RouteRendering<typename TypeParam::Base>(*sorter, renderer).printRoute(route); });
+   EXPECT_NE(text.find(" DSCP 46\n"), std::string::npos) << text;
+   EXPECT_NE(text.find(" via tunnel, label 55\n"), std::string::npos) << text;
+   EXPECT_NE(text.find(" via 192.0.2.9, Ethernet7, label 900\n"), std::string::npos) << text;
+   EXPECT_NE(text.find(" via 192.0.2.9, Vlan1, weight 5/0\n"), std::string::npos) << text;
+   EXPECT_EQ(text.find("Vlan1, weight"), text.rfind("Vlan1, weight")) << "the link has no share: " << text;
+}
+
 // By its type, a route leads into the first group among its vias; by all its vias, into theirs.
 TYPED_TEST(RenderingTest, nexthopGroupsAmongOtherVias) {
    auto& box = this->box_;
