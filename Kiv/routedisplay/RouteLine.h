@@ -40,10 +40,14 @@ struct RouteLine {
    bool hasFecVias() const noexcept { return fec != nullptr && (fec->vias() != 0 || fec->viaEvpnEntry.size() != 0); }
    bool isSrTePolicy() const noexcept { return fec != nullptr && fec->isSrTePolicy(); }
    bool hasPolicies() const noexcept { return fec != nullptr && !fec->policyInfoSet.policyInfo.empty(); }
-   // The group that a nexthop group route forwards into: one by its type, or by all its vias; null for other routes.
+   // By its type, or by all its vias.
+   bool isNexthopGroupRoute() const noexcept {
+      return routeType == Family::RouteType::nexthopGroup || (fec != nullptr && fec->isNexthopGroup());
+   }
+   // The group that a nexthop group route forwards into; null for other routes, and when none of its vias is a group.
    CachedNhgVia const* nexthopGroup() const noexcept {
-      bool const isOne = fec != nullptr && (routeType == Family::RouteType::nexthopGroup || fec->isNexthopGroup());
-      for (U32 i = 0; isOne && i < fec->vias(); ++i) {
+      U32 const vias = fec != nullptr && isNexthopGroupRoute() ? fec->vias() : 0;
+      for (U32 i = 0; i < vias; ++i) {
          if (auto const* const group = fec->nhgVia.find(static_cast<U16>(i)); group != nullptr) {
             return group;
          }

@@ -124,7 +124,8 @@ template <class Family>
 bool RouteRendering<Family>::isSuppressed(Line const& line) const {
    auto const& via = line.via;
    return !via.nexthop.empty() && via.interface.empty() && !line.interfaceOptional && via.evpnEntry == nullptr &&
-          !isDirectlyConnected(via.nexthop) && !line.hasFecVias() && !line.isSrTePolicy();
+          !isDirectlyConnected(via.nexthop) && !line.hasFecVias() && !line.isNexthopGroupRoute() &&
+          !line.isSrTePolicy();
 }
 
 template <class Family>
@@ -149,7 +150,7 @@ template <class Family>
 bool RouteRendering<Family>::printAgain(Route const& route) {
    auto const* const index = fecTextIndex_.find(route.fecId);
    auto const type = static_cast<std::size_t>(route.routeType);
-   if (index == nullptr || fecTexts_[*index].state != FecText::State::recorded || type >= columns_.size() ||
+   if (index == nullptr || !fecTexts_[*index].isRecorded || type >= columns_.size() ||
        route.srcVrfId != Vrf::VrfIdMap::noVrf || !programmed_.inHardware(route.prefix) ||
        !programmed_.inKernel(route.prefix)) {
       return false;
@@ -205,18 +206,17 @@ template <class Family>
 template <class Print>
 void RouteRendering<Family>::printFecText(Line const& line, std::size_t indent, bool directlyConnected,
                                           Print const& print) {
-   using State = typename FecText::State;
    // Of a nexthop group, what is printed depends on the route's type as well.
    auto* const text = line.fec != nullptr && line.nexthopGroup() == nullptr ? fecText(line.fec->fecId()) : nullptr;
-   if (text == nullptr || text->state == State::notRecorded) {
+   if (text == nullptr) {
       print();
-   } else if (text->state == State::recorded) {
+   } else if (text->isRecorded) {
       renderer_.replay(text->recording, indent);
    } else {
       renderer_.startRecording(indent);
       print();
       text->directlyConnected = directlyConnected;
-      text->state = renderer_.endRecording(text->recording, maxRecordingSize) ? State::recorded : State::notRecorded;
+      text->isRecorded = renderer_.endRecording(text->recording, maxRecordingSize);
    }
 }
 
@@ -301,15 +301,17 @@ void RouteRendering<Family>::printFormatRoute4(Line const& line) {
    printAction(true);
    printPreference(line.preference, line.metric);
    std::size_t indent = viaColumn(line.prefix, line.preference, line.metric);
-   if (line.isSrTePolicy() && !line.hasFecVias() && !line.leaked()) {
-      printFecVias(line, indent);  // on the lines below
-      return;
-   }
-   renderer_.addFrills(" ");
+   bool const onLinesBelow = line.isSrTePolicy() && !line.hasFecVias();  // then no blank ends the route's line
+   renderer_.addFrills("%s", onLinesBelow && !line.leaked() ? "" : " ");
    if (line.leaked()) {
       indent += static_cast<std::size_t>(printSrcVrfHeader(renderer_, line.srcVrf));
    }
-   printFecText(line, indent, false, [&] { printFecVias(line, indent); });
+   auto const print = [&] { printFecVias(line, indent); };
+   if (onLinesBelow) {
+      print();
+   } else {
+      printFecText(line, indent, false, print);
+   }
 }
 
 // The same in the layout of IPv6 prefixes: every via on a line of its own, at one fixed width.

@@ -56,8 +56,7 @@ class RouteRendering {
 
    // What routes with the same FEC print alike.
    struct FecText {
-      enum class State : U8 { printedOnce, recorded, notRecorded };
-      State state = State::printedOnce;
+      bool isRecorded = false;
       bool directlyConnected = false;  // it is all that follows the prefix, without preference and metric
       cliprint::Recording recording{};
    };

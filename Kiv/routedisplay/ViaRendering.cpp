@@ -110,14 +110,14 @@ bool ViaRendering<Family>::printIpVia(CachedFec const& fec, CachedVia const& via
       return true;
    }
    renderer_.addFrills("via");
-   printTarget(fec, via, index, layout);
+   printTarget(fec, via, index, line, layout);
    return false;
 }
 
 // A via that is told by what it leads to: its line, and beneath it the ways of a tunnel.
 template <class Family>
-void ViaRendering<Family>::printTarget(CachedFec const& fec, CachedVia const& via, U16 index, Layout const& layout) {
-   auto line = viaLine(fec, index);
+void ViaRendering<Family>::printTarget(CachedFec const& fec, CachedVia const& via, U16 index, ViaLine line,
+                                       Layout const& layout) {
    if (auto const* const fallback = fec.fallbackVia.find(index); fallback != nullptr) {
       printFallback(*fallback);
       line.nexthop = line.weight = {};

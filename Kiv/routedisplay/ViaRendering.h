@@ -45,7 +45,7 @@ class ViaRendering {
    bool printIpVia(CachedFec const& fec, CachedVia const& via, U16 index, Layout const& layout);
    void printEvpnVias(CachedFec const& fec, U16 index, Layout const& layout);
    void printResolvedVias(CachedVia const& via, ViaLine const& line, Layout const& layout);
-   void printTarget(CachedFec const& fec, CachedVia const& via, U16 index, Layout const& layout);
+   void printTarget(CachedFec const& fec, CachedVia const& via, U16 index, ViaLine line, Layout const& layout);
    void printFallback(CachedFallbackVia const& via);
    void printTunnel(CachedFec const& fec, CachedVia const& via, U16 index);
    void printIpTunnel(Tunnel::CliSupport::CachedIpTunnelInfo const& tunnel, Vault::Fib::ForwardingAction action);

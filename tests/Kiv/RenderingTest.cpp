@@ -266,14 +266,18 @@ TYPED_TEST(RenderingTest, nexthopGroupZeroIsSkipped) {
 }
 
 TEST(RenderingDeathTest, aViaWithoutInterfaceIsAProgrammingError) {
-   CachedFec policies(Vault::Fib::FecId::of(CachedFec::adjTypeSrTePolicy, 1));
    RouteLine<Ipv4> line{.routeType = V4::ospf, .prefix = V4::Prefix::parse("10.0.0.0/8")};
    Tunnel::CliSupport::CachedIpTunnelInfo const ipInIp({{}, Tunnel::IpEncapType::ipInIp, {}, {}, 0, 0, 0});
    line.via = {.nexthop = "0.0.0.0", .ipTunnelInfo = &ipInIp};
+   auto group = line;  // one that cannot be left out as unresolved
+   group.routeType = V4::RouteType::nexthopGroup;
+   group.via = {.nexthop = V4::hop};
    auto const sorter = V4::sorter({});
-   EXPECT_DEATH(RenderingTest<V4>::printed(
-                    1, [&](auto& renderer) { RouteRendering<Ipv4>(*sorter, renderer).printFormatRoute(line); }),
-                "assertion failed: false, source Kiv/CliSupport");
+   for (auto const& each : {line, group}) {
+      EXPECT_DEATH(RenderingTest<V4>::printed(
+                       1, [&](auto& renderer) { RouteRendering<Ipv4>(*sorter, renderer).printFormatRoute(each); }),
+                   "assertion failed: false, source Kiv/CliSupport");
+   }
 }
 
 // What a via leads into counts, also when it has an address that says nothing.
@@ -364,6 +368,30 @@ TYPED_TEST(RenderingTest, aClassOverANamelessTunnel) {
    EXPECT_NE(text.find(" via 192.0.2.9, Ethernet7, label 900\n"), std::string::npos) << text;
    EXPECT_NE(text.find(" via 192.0.2.9, Vlan1, weight 5/0\n"), std::string::npos) << text;
    EXPECT_EQ(text.find("Vlan1, weight"), text.rfind("Vlan1, weight")) << "the link has no share: " << text;
+}
+
+// Leaked or not, in any order: what a policy FEC prints for one route is not what it prints for the other.
+TYPED_TEST(RenderingTest, policyFecsOfLeakedAndOtherRoutes) {
+   auto const sorter = this->box_.sorter();
+   auto const fec = cachedFecFactory(Vault::Fib::FecId::of(CachedFec::adjTypeSrTePolicy, 1));
+   fec->policyVias.push_back({.tunnelId = Tunnel::tunnelIdOf(TunnelType::srTePolicy, 1), .nexthop = {}, .label = {}});
+   sorter->fecIs(fec);
+   auto const text = this->printed(1, [&](auto& renderer) {
+      RouteRendering<typename TypeParam::Base> rendering(*sorter, renderer);
+      for (U32 i = 0; i < 8; ++i) {
+         auto const leakedFrom = i % 4 < 2 ? Vrf::VrfIdMap::noVrf : U32{8};
+         rendering.printRoute(
+             this->box_.routeIs(TypeParam::nested[0], TypeParam::ospf, fec->fecId(), 1, 2, leakedFrom));
+      }
+   });
+   std::set<std::string> routeLines;
+   std::istringstream lines(text);
+   for (std::string line; std::getline(lines, line);) {
+      if (line.find(TypeParam::nested[0]) != std::string::npos) {
+         routeLines.insert(line);
+      }
+   }
+   EXPECT_EQ(routeLines.size(), 2U) << text;
 }
 
 // By its type, a route leads into the first group among its vias; by all its vias, into theirs.
