@@ -1,5 +1,6 @@
 #include "Kiv/CliSupport.h"
 
+#include "Kiv/summary/Types.h"
 #include "Zam/TypeRegistry.h"
 
 #include <tuple>
@@ -144,6 +145,7 @@ void registerTypes() {
    registerFilters();
    registerSorter<RouteSorter>(Ipv4::sorterName);
    registerSorter<Route6Sorter>(Ipv6::sorterName);
+   registerSummaryTypes();
 }
 
 }  // namespace Kiv

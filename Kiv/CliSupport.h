@@ -4,6 +4,7 @@
 #include "Kiv/routedisplay/RouteFilter.h"
 #include "Kiv/routedisplay/RouteSorter.h"
 #include "Kiv/routedisplay/RouteTypeStrings.h"
+#include "Kiv/summary/RouteSummary.h"
 #include "Zam/Export.h"
 
 // The library's front door. A command handler registers the types once, constructs one of them by name through

@@ -188,6 +188,18 @@ void selectFloor(benchmark::State& state) {
 }
 BENCHMARK(selectFloor)->Unit(benchmark::kMillisecond);
 
+// Counting every route by type and length; walkTable is its floor.
+void summarizeRoutes(benchmark::State& state) {
+   Kiv::RouteSummary summary;
+   summary.routingStatus = fullTable().routingStatus;
+   for (auto _ : state) {
+      summary.loadInternalStructures();
+   }
+   benchmark::DoNotOptimize(summary.totalNumRoutes);
+   state.SetItemsProcessed(state.iterations() * static_cast<S64>(summary.routingStatus->routes()));
+}
+BENCHMARK(summarizeRoutes)->Unit(benchmark::kMillisecond);
+
 void longestMatch(benchmark::State& state) {
    auto inputs = fullTable();
    inputs.prefix = Lumen::Prefix::parse("203.0.113.7/32");

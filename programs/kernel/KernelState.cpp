@@ -150,10 +150,9 @@ class RouteMapper {
    // A static default route that has no way out left is still a configured one.
    void noteUnusable(KernelRoute const& route, Kind const& kind, std::size_t vrf) {
       Routing::RouteKey const key{{}, route.prefix, kind.preference};
-      auto& configured = state_.vrfs[vrf].configuredRoutes;
-      if (route.prefix.length() == 0 && kind.type == RouteType::staticConfig &&
-          std::ranges::find(configured, key) == configured.end()) {
-         configured.push_back(key);
+      if (route.prefix.length() == 0 && kind.type == RouteType::staticConfig) {
+         auto& configured = state_.vrfs[vrf].staticRoutes;
+         configured.of(Lumen::IpGenPrefix(route.prefix).family()).routeIs(key, Routing::RouteType::forward);
       }
    }
 

@@ -57,6 +57,9 @@ void checkNexthop(std::string_view word) {
    requestedNexthop(word);
 }
 
+constexpr Clause vrfClause{
+    .keyword = routeClause::vrf, .parameter = "NAME|all", .help = "of this VRF, or of all, not of the default one"};
+
 template <class Prefix>
 constexpr auto clausesOf(std::span<Word const> protocolWords) {
    return std::to_array<Clause>({
@@ -91,10 +94,11 @@ constexpr auto clausesOf(std::span<Word const> protocolWords) {
         .parameter = "",
         .help = "instead, the addresses that the box receives on or reaches directly",
         .excludes = notOfHosts},
-       {.keyword = routeClause::vrf, .parameter = "NAME|all", .help = "of this VRF, or of all, not of the default one"},
+       vrfClause,
    });
 }
 
+constexpr std::array vrfClauses{vrfClause};
 constexpr auto clauses = clausesOf<Lumen::Prefix>(protocols);
 constexpr auto clauses6 = clausesOf<Lumen::Ip6Prefix>(protocols6);
 
@@ -106,6 +110,10 @@ std::span<Clause const> ipRouteClauses() {
 
 std::span<Clause const> ipv6RouteClauses() {
    return clauses6;
+}
+
+std::span<Clause const> summaryClauses() {
+   return vrfClauses;
 }
 
 }  // namespace kiv

@@ -25,5 +25,6 @@ inline constexpr std::string_view anyGroup = "any";
 
 std::span<Clause const> ipRouteClauses();
 std::span<Clause const> ipv6RouteClauses();
+std::span<Clause const> summaryClauses();
 
 }  // namespace kiv

@@ -3,10 +3,9 @@
 #include "Kiv/CliSupport.h"
 #include "Zam/OrderedMap.h"
 #include "Zam/TypeRegistry.h"
-#include "cliprint/RendererV2.h"
-#include "programs/kiv/Output.h"
 #include "programs/kiv/RouteRequest.h"
 #include "programs/kiv/Source.h"
+#include "programs/kiv/VrfOutput.h"
 
 #include <unistd.h>
 
@@ -79,51 +78,12 @@ ExitStatus printVrf(state::Inputs& inputs, state::Inputs::Vrf const& vrf, RouteQ
    return error == 0 ? ExitStatus::interrupted : outputFailed(error);
 }
 
-template <class PrintVrf>
-ExitStatus printText(std::vector<state::Inputs::Vrf> const& vrfs, PrintVrf const& print) {
-   for (auto const& vrf : vrfs) {
-      if (ExitStatus const status = print(vrf, cliprint::textFormat); status != ExitStatus::ok) {
-         return status;
-      }
-   }
-   return ExitStatus::ok;
-}
-
-// One document, with the document of each VRF under its name.
-template <class PrintVrf>
-ExitStatus printJson(std::vector<state::Inputs::Vrf> const& vrfs, PrintVrf const& print) {
-   cliprint::CliPrintBuffer buffer(STDOUT_FILENO);
-   constexpr bool ownsDocument = true;
-   cliprint::RendererV2 document(cliprint::modelFormat, buffer, ownsDocument);
-   document._startJsonObject("vrfs");
-   for (auto const& vrf : vrfs) {
-      document.startNestedDocument(std::string_view(vrf.name));
-      if (ExitStatus const status = print(vrf, cliprint::modelFormat); status != ExitStatus::ok) {
-         return status;
-      }
-   }
-   document.endJsonDict();
-   document.endDocument();
-   document.ioflush();
-   return buffer.error() == 0 ? ExitStatus::ok : outputFailed(buffer.error());
-}
-
-// Tells of damage that the display met and went around.
-template <class Table>
-ExitStatus checked(Table const& table, ExitStatus status) {
-   if (!table || table->corruptions() == 0) {
-      return status;
-   }
-   report(table->corruption());
-   return status == ExitStatus::ok ? ExitStatus::internal : status;
-}
-
 ExitStatus checkedTables(state::Inputs const& inputs, ExitStatus status) {
-   status = checked(inputs.forwardingStatus, status);
-   status = checked(inputs.forwarding6Status, status);
-   status = checked(inputs.forwardingGenStatus, status);
-   status = checked(inputs.unprogrammedRouteStatus, status);
-   return checked(inputs.kernelUnprogrammedRoute, status);
+   status = checkedTable(inputs.forwardingStatus, status);
+   status = checkedTable(inputs.forwarding6Status, status);
+   status = checkedTable(inputs.forwardingGenStatus, status);
+   status = checkedTable(inputs.unprogrammedRouteStatus, status);
+   return checkedTable(inputs.kernelUnprogrammedRoute, status);
 }
 
 template <class Family>
@@ -135,10 +95,10 @@ ExitStatus showRoute(Request const& request) {
    auto const print = [&](state::Inputs::Vrf const& vrf, cliprint::OutputFormat format) {
       return printVrf<Family>(inputs, vrf, query, format);
    };
-   ExitStatus status = request.options.json ? printJson(vrfs, print) : printText(vrfs, print);
+   ExitStatus status = printPerVrf(request.options.json, vrfs, print);
    for (auto const& vrf : vrfs) {
-      status = checked(inputs.routes(vrf.id), status);
-      status = checked(inputs.routes6(vrf.id), status);
+      status = checkedTable(inputs.routes(vrf.id), status);
+      status = checkedTable(inputs.routes6(vrf.id), status);
    }
    return checkedTables(inputs, status);
 }

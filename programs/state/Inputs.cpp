@@ -23,16 +23,10 @@ void addAddresses(Status& status, Interface const& interface, L3::VrfName const&
    status.intfStatusIs(interface.intfId, std::move(intf));
 }
 
-Inputs::OfVrf ofVrf(VrfState const& vrf, AddressFamily family, bool routing) {
+Zam::Ptr<Routing::ConfigGen const> routingConfig(bool routing) {
    auto const config = Zam::makePtr<Routing::ConfigGen>();
    config->routingIs(routing);
-   auto const routeList = Zam::makePtr<Routing::RouteList>();
-   for (Routing::RouteKey const& key : vrf.configuredRoutes) {
-      if (key.prefix.family() == family) {
-         routeList->routeIs(key, Routing::RouteType::forward);
-      }
-   }
-   return {config, routeList};
+   return config;
 }
 
 template <class Table>
@@ -125,8 +119,10 @@ void Inputs::vrfsAre(State const& state) {
    auto const attached6 = Zam::makePtr<Routing::AttachedRouteStatus>();
    for (VrfState const& vrf : state.vrfs) {
       names->vrfNameIs(vrf.id, vrf.name);
-      vrfs_.push_back({vrf.id, vrf.name, ofVrf(vrf, AddressFamily::ipv4, vrf.routing),
-                       ofVrf(vrf, AddressFamily::ipv6, vrf.routing6)});
+      vrfs_.push_back({.id = vrf.id,
+                       .name = vrf.name,
+                       .ip = {routingConfig(vrf.routing), vrf.staticRoutes.ip, vrf.dynamicRoutes.ip},
+                       .ip6 = {routingConfig(vrf.routing6), vrf.staticRoutes.ip6, vrf.dynamicRoutes.ip6}});
       for (AttachedRoute const& route : vrf.attachedRoutes) {
          auto const& status = route.address.family() == AddressFamily::ipv4 ? attached : attached6;
          status->routeIs({{}, route.intfId, route.address}, {{}, vrf.id, route.active});

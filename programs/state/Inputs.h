@@ -52,7 +52,8 @@ class Inputs {
    // What each address family has of its own, for one VRF.
    struct OfVrf {
       Table<Routing::ConfigGen> routingConfig{};
-      Table<Routing::RouteList> routeList{};
+      Table<Routing::RouteList> routeList{};         // as configured
+      Table<Routing::RouteList> routeListDynamic{};  // added while the box runs
    };
    struct Vrf {
       VrfId id = 0;

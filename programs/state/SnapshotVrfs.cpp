@@ -110,20 +110,6 @@ void readNotInKernel(Node const& list, VrfTarget& target) {
    readUnique(list, target.vrf.kernelUnprogrammed, read, [](UnprogrammedRoute const& route) { return route.prefix; });
 }
 
-constexpr auto staticMembers = std::to_array<Member<Routing::RouteKey>>({
-    {"prefix", [](Node const& n, Routing::RouteKey& k) { k.prefix = genPrefixOf(n); }, true},
-    {"preference", [](Node const& n, Routing::RouteKey& k) { k.preference = n.number<U8>(); }},
-});
-
-void readStaticRoutes(Node const& list, VrfTarget& target) {
-   auto const read = [](Node const& node) {
-      Routing::RouteKey key;
-      readObject(node, staticMembers, key);
-      return key;
-   };
-   readUnique(list, target.vrf.configuredRoutes, read, [](Routing::RouteKey const& key) { return key; });
-}
-
 struct AttachedTarget {
    Context const& context;
    AttachedRoute route{};
@@ -206,7 +192,8 @@ constexpr auto vrfMembers = std::to_array<Member<VrfTarget>>({
     {"ipv6Routes", readRoutes<Ip6>},
     {"notInHardware", readNotInHardware},
     {"notInKernel", readNotInKernel},
-    {"staticRoutes", readStaticRoutes},
+    {"staticRoutes", [](Node const& n, VrfTarget& t) { readStaticRoutes(n, t.vrf.name, t.vrf.staticRoutes); }},
+    {"dynamicRoutes", [](Node const& n, VrfTarget& t) { readStaticRoutes(n, t.vrf.name, t.vrf.dynamicRoutes); }},
     {"attachedRoutes", readAttachedRoutes},
     {"routeCache", readRouteConfig<&VrfState::routeCache>},
     {"secondRouteConfig", readRouteConfig<&VrfState::secondRouteConfig>},

@@ -16,13 +16,15 @@
 #include "Tunnel/TunnelTable/TunnelTables.h"
 #include "Vault/Fib.h"
 #include "Vrf/VrfId.h"
+#include "programs/state/StaticRoutes.h"
 
 #include <string>
 #include <vector>
 
 // The whole state of a box as plain values: what a snapshot file describes, what the Linux kernel tells, and what the
 // shared tables and entities of a state directory are made from. Whoever fills it vouches that ids and prefixes do not
-// repeat and that VRF and interface references lead somewhere; StateWriter relies on it.
+// repeat and that VRF and interface references lead somewhere; StateWriter relies on it. Copies share their static
+// routes.
 namespace state {
 
 using VrfId = Vrf::VrfIdMap::VrfId;
@@ -65,7 +67,8 @@ struct VrfState {
    std::vector<Vault::Fib6::Route> routes6{};
    std::vector<UnprogrammedRoute> hardwareUnprogrammed{};
    std::vector<UnprogrammedRoute> kernelUnprogrammed{};
-   std::vector<Routing::RouteKey> configuredRoutes{};
+   StaticRoutes staticRoutes{};   // as configured
+   StaticRoutes dynamicRoutes{};  // added while the box runs
    std::vector<AttachedRoute> attachedRoutes{};
    std::vector<CachedRoute> routeCache{};
    std::vector<CachedRoute> secondRouteConfig{};

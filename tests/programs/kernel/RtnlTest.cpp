@@ -251,7 +251,7 @@ TEST_F(BuiltMachine, holdsTheRouteThatTheKernelUses) {
    route(dead, Attributes().add(RTA_OIF, U32{1}).add(RTA_PRIORITY, U32{1}));
    route(dead, Attributes().add(RTA_OIF, U32{1}).add(RTA_PRIORITY, U32{2}));
    EXPECT_EQ(routeLines(state()), Lines{});
-   EXPECT_EQ(state().vrfs[0].configuredRoutes.size(), 1U);  // configured, but not reachable
+   EXPECT_EQ(state().vrfs[0].staticRoutes.ip->route().size(), 1U);  // configured, but not reachable
 
    route(routeHeader(AF_INET, 0), Attributes().add(RTA_OIF, U32{77}));  // through a link that is gone
    route(routeHeader(AF_INET, 0),

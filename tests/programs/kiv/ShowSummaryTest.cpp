@@ -1,0 +1,41 @@
+#include "Kiv/CliSupport.h"
+#include "programs/kiv/ShowSummary.h"
+#include "tests/programs/kiv/ProgramRun.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace {
+
+using testsupport::Finished;
+using testsupport::ProgramRun;
+
+template <class RouteType>
+void expectRowFor(RouteType type, std::span<kiv::SummaryRow const> rows) {
+   auto const* const strings = Kiv::routeTypeStringsFind(type);
+   EXPECT_TRUE(strings == nullptr ||
+               std::ranges::count(rows, std::string_view(strings->summaryCategory), &kiv::SummaryRow::category) == 1)
+       << int{static_cast<U8>(type)};
+}
+
+TEST(ShowSummary, HasOneRowForEveryCategory) {
+   for (U32 type = 0; type < 256; ++type) {
+      expectRowFor(static_cast<Routing::Fib::RouteType>(type), kiv::ipSummaryRows());
+      expectRowFor(static_cast<Routing6::Fib::RouteType>(type), kiv::ipv6SummaryRows());
+   }
+}
+
+// A table that is damaged is told of, beside what was counted.
+TEST(ShowSummary, TellsOfDamage) {
+   ProgramRun const run;
+   ASSERT_EQ(run("$KIV load $DEMO --state $DIR/s").status, 0);
+   ASSERT_EQ(
+       run("printf '\\377\\377\\377\\177' | dd of=$DIR/s/fib/route/0 bs=1 seek=64 conv=notrunc status=none").status, 0);
+   Finished const finished = run("$KIV --state $DIR/s show ip route summary");
+   EXPECT_EQ(finished.status, 3);
+   EXPECT_NE(finished.err.find("high-water mark"), std::string::npos) << finished.err;
+   EXPECT_NE(finished.out.find("Total routes: "), std::string::npos) << finished.out;
+}
+
+}  // namespace
