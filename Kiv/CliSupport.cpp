@@ -1,5 +1,6 @@
 #include "Kiv/CliSupport.h"
 
+#include "Kiv/config/Types.h"
 #include "Kiv/summary/Types.h"
 #include "Zam/TypeRegistry.h"
 
@@ -143,6 +144,7 @@ void registerFilters() {
 void registerTypes() {
    registerFecCache();
    registerFilters();
+   registerConfigTypes();
    registerSorter<RouteSorter>(Ipv4::sorterName);
    registerSorter<Route6Sorter>(Ipv6::sorterName);
    registerSummaryTypes();

@@ -1,5 +1,11 @@
 #pragma once
 
+#include "Kiv/CliRdAssignmentChecker.h"
+#include "Kiv/KivIpRouteCliHelper.h"
+#include "Kiv/config/AddressAssignmentChecker.h"
+#include "Kiv/config/ProtocolCodeWordHelper.h"
+#include "Kiv/config/StaticRoutesCliSaver.h"
+#include "Kiv/config/StaticRoutesRibCommon.h"
 #include "Kiv/routedisplay/FilteredRoutes.h"
 #include "Kiv/routedisplay/RouteFilter.h"
 #include "Kiv/routedisplay/RouteSorter.h"

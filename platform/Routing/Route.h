@@ -4,7 +4,7 @@
 #include "Routing/RouteType.h"
 #include "Routing/Via.h"
 #include "Zam/Export.h"
-#include "Zam/HashMap.h"
+#include "Zam/OrderedMap.h"
 #include "Zam/Ptr.h"
 #include "Zam/String.h"
 
@@ -14,10 +14,13 @@ namespace Routing {
 
 // One configured static route. It belongs to the RouteList that made it; key and route type are fixed for its life.
 // A forward route has vias; the drop and nexthop-group attributes mean something on routes of those types only.
+//
+// Nearly every route has a single via, so what is kept per via is in ordered maps: a hash map of one via is eight
+// slots.
 class KIV_EXPORT Route final : public Zam::PtrInterface {
  public:
-   using Vias = Zam::HashMap<Via, RouteMetric>;
-   using ViaNames = Zam::HashMap<Via, Zam::String>;
+   using Vias = Zam::OrderedMap<Via, RouteMetric>;
+   using ViaNames = Zam::OrderedMap<Via, Zam::String>;
 
    Route(RouteKey const& key, RouteType routeType) noexcept : key_(key), routeType_(routeType) {}
    std::string_view fwkType() const noexcept override { return "Routing::Route"; }
@@ -46,9 +49,15 @@ class KIV_EXPORT Route final : public Zam::PtrInterface {
    Vias const& via() const noexcept { return via_; }
    void viaIs(Via const& via, RouteMetric metric) { via_.insertOrReplace(via, metric); }
    void viaDel(Via const& via) { via_.erase(via); }
-   // Configured names; they outlive the deletion of their via.
+   // Configured names; they outlive the deletion of their via. An empty name is none.
    ViaNames const& viaNextHopName() const noexcept { return viaNextHopName_; }
-   void viaNextHopNameIs(Via const& via, Zam::String name) { viaNextHopName_.insertOrReplace(via, std::move(name)); }
+   void viaNextHopNameIs(Via const& via, Zam::String name) {
+      if (name.empty()) {
+         viaNextHopName_.erase(via);
+      } else {
+         viaNextHopName_.insertOrReplace(via, std::move(name));
+      }
+   }
    void viaNextHopNameDel(Via const& via) { viaNextHopName_.erase(via); }
    // The vias whose reachability BFD tracks.
    std::set<Via> const& bfdTracked() const noexcept { return bfdTracked_; }

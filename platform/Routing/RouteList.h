@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Routing/Route.h"
+#include "Zam/HashMap.h"
 
 namespace Routing {
 

@@ -11,6 +11,10 @@
 
 // What a command is: its words, the clauses that may follow them in any order, and who carries it out. Parsing and help
 // follow from the table in Commands.h, and nothing else knows how a command is spelled.
+namespace state {
+struct State;
+}
+
 namespace kiv {
 
 // One of the words that a parameter can be, and the value that it stands for.
@@ -20,7 +24,8 @@ struct Word {
    std::string_view help;
 };
 
-// A keyword, a keyword with a parameter, or a parameter alone, which is one of some words or is known by its form.
+// A keyword (or several, one after the other), a keyword with a parameter, or a parameter alone, which is one of some
+// words or is known by its form.
 struct Clause {
    std::string_view keyword;
    std::string_view parameter;
@@ -46,6 +51,9 @@ struct Command {
    std::string_view help;
    std::span<Clause const> clauses;
    ExitStatus (*run)(Request const& request);
+   // A command of the configuration, which changes it; run() is for the others. Its clauses are not to be shortened: a
+   // line that is kept for years must not change its meaning when a keyword is added, and names may begin like one.
+   void (*configure)(state::State& state, Request const& request) = nullptr;
 };
 
 // A command as the user gave it.

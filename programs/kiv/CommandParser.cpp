@@ -127,7 +127,8 @@ class Walk {
       }
       if (Command const* const command = complete()) {
          for (std::size_t i = 0; i < command->clauses.size(); ++i) {
-            found.push_back({command->clauses[i].keyword, command->clauses[i].help, &command->clauses[i], i});
+            Clause const& clause = command->clauses[i];
+            found.push_back({wordAt(clause.keyword, 0), clause.help, &clause, i});
          }
       }
       return found;
@@ -152,10 +153,12 @@ class Walk {
 
    // Null when none begins like this; throws when several do.
    Choice const* shortened(std::string_view word, std::vector<Choice> const& among) const {
+      Command const* const command = complete();
+      bool const onlyCommands = command != nullptr && command->configure != nullptr;
       std::vector<Choice> fitting;
       Choice const* found = nullptr;
       for (Choice const& choice : among) {
-         if (choice.word.starts_with(word)) {
+         if (choice.word.starts_with(word) && (choice.clause == nullptr || !onlyCommands)) {
             fitting.push_back(choice);
             found = &choice;
          }
@@ -175,8 +178,9 @@ class Walk {
 
    void step() {
       std::string_view const word = words_[at_];
-      std::vector<Choice> const all = choices();
+      std::vector<Choice> all = choices();
       std::vector<Choice> const words = parameterWords(all);
+      std::erase_if(all, [&](Choice const& choice) { return spelledOut(choice.word, words) && !leadsOn(choice); });
       for (Choice const* const choice : {spelledOut(word, all), spelledOut(word, words)}) {
          if (choice != nullptr) {
             return take(*choice);
@@ -197,6 +201,16 @@ class Walk {
       wrong("not known here, expected ", left);
    }
 
+   // A word of a command that is also one that a parameter can be is the former when the next word of the command
+   // follows.
+   bool leadsOn(Choice const& choice) const {
+      return choice.clause != nullptr || std::ranges::any_of(possible_, [&](Command const* command) {
+                std::string_view const next = wordAt(command->words, depth_ + 1);
+                return wordAt(command->words, depth_) == choice.word && !next.empty() && at_ + 1 < words_.size() &&
+                       next.starts_with(words_[at_ + 1]);
+             });
+   }
+
    void take(Choice const& choice) {
       if (choice.clause != nullptr) {
          takeClause(choice);
@@ -215,8 +229,20 @@ class Walk {
       clausesOnly_ = true;
       given_.resize(complete()->clauses.size());
       given_[choice.index].at = at_;
-      at_ += clause.keyword.empty() ? 0 : 1;
+      takeKeyword(clause);
       given_[choice.index].value = clause.parameter.empty() ? "" : takeParameter(choice);
+   }
+
+   // The first word of it fits already.
+   void takeKeyword(Clause const& clause) {
+      at_ += clause.keyword.empty() ? 0 : 1;
+      for (std::size_t i = 1; !wordAt(clause.keyword, i).empty(); ++i) {
+         if (at_ == words_.size() || words_[at_] != wordAt(clause.keyword, i)) {
+            throw UsageError(quoted(words_[at_ - 1]) + ": word " + std::to_string(at_) + " of " + line() + ": " +
+                             std::string(wordAt(clause.keyword, i)) + " should follow");
+         }
+         ++at_;
+      }
    }
 
    std::string takeParameter(Choice const& choice) {

@@ -54,7 +54,7 @@ std::string notOfFamily(std::string_view word) {
 }  // namespace
 
 bool looksLikePrefix(std::string_view word) {
-   return word.find_first_of(".:/") != std::string_view::npos || (word.front() >= '0' && word.front() <= '9');
+   return word.find_first_of(".:/") != std::string_view::npos || word.find_first_of("0123456789") == 0;
 }
 
 template <class Prefix>

@@ -63,14 +63,18 @@ std::any requestedFilters(state::Inputs const& inputs, Request const& request,
 
 }  // namespace
 
+std::vector<state::Inputs::Vrf> vrfsInOrder(state::Inputs const& inputs) {
+   auto vrfs = inputs.vrfs();
+   std::ranges::sort(vrfs, {}, [](auto const& vrf) {
+      return std::pair(vrf.id != Vrf::VrfIdMap::defaultVrf, std::string_view(vrf.name));
+   });
+   return vrfs;
+}
+
 std::vector<state::Inputs::Vrf> requestedVrfs(state::Inputs const& inputs, Request const& request) {
    std::string const name = request.value(routeClause::vrf).value_or(std::string(L3::VrfName::defaultVrf));
    if (name == allVrfs) {
-      auto vrfs = inputs.vrfs();
-      std::ranges::sort(vrfs, {}, [](auto const& vrf) {
-         return std::pair(vrf.id != Vrf::VrfIdMap::defaultVrf, std::string_view(vrf.name));
-      });
-      return vrfs;
+      return vrfsInOrder(inputs);
    }
    state::Inputs::Vrf const* const vrf = inputs.vrf(name);
    if (vrf == nullptr) {

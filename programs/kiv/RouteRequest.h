@@ -10,7 +10,9 @@
 // group that there is not.
 namespace kiv {
 
-// In the order in which they are shown: the default VRF first, then by name.
+// All VRFs in the order in which they are shown: the default one first, then by name.
+std::vector<state::Inputs::Vrf> vrfsInOrder(state::Inputs const& inputs);
+// One of them or all.
 std::vector<state::Inputs::Vrf> requestedVrfs(state::Inputs const& inputs, Request const& request);
 
 // The library's types have to be registered.

@@ -122,7 +122,9 @@ void Inputs::vrfsAre(State const& state) {
       vrfs_.push_back({.id = vrf.id,
                        .name = vrf.name,
                        .ip = {routingConfig(vrf.routing), vrf.staticRoutes.ip, vrf.dynamicRoutes.ip},
-                       .ip6 = {routingConfig(vrf.routing6), vrf.staticRoutes.ip6, vrf.dynamicRoutes.ip6}});
+                       .ip6 = {routingConfig(vrf.routing6), vrf.staticRoutes.ip6, vrf.dynamicRoutes.ip6},
+                       .routeDistinguisher = vrf.routeDistinguisher,
+                       .autoRouteDistinguisher = vrf.autoRouteDistinguisher});
       for (AttachedRoute const& route : vrf.attachedRoutes) {
          auto const& status = route.address.family() == AddressFamily::ipv4 ? attached : attached6;
          status->routeIs({{}, route.intfId, route.address}, {{}, vrf.id, route.active});
@@ -214,8 +216,7 @@ void Inputs::policiesAre(State const& state) {
 
 Inputs mountStateDir(std::string const& stateDir) {
    auto const manager = Zam::makePtr<Hive::EntityManager>(stateDir);
-   std::string const file = stateDir + "/" + std::string(entitiesFile);
-   return Inputs(manager, readEntities(JsonDocument::load(file)));
+   return Inputs(manager, readStateDir(stateDir));
 }
 
 Inputs mountPrivately(State const& state) {

@@ -60,6 +60,8 @@ class Inputs {
       L3::VrfName name{};
       OfVrf ip{};
       OfVrf ip6{};
+      std::optional<Lumen::RouteDistinguisher> routeDistinguisher{};
+      std::optional<Lumen::RouteDistinguisher> autoRouteDistinguisher{};
    };
 
    // Mounts what all VRFs share; the route tables are mounted when they are asked for.

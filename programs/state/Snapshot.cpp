@@ -46,10 +46,10 @@ constexpr auto snapshotMembers = std::to_array<Member<Sections>>({
     {"maxViasIpv6", [](Node const& n, Sections& s) { s.context.state.maxVias6 = n.number<U32>(); }},
 });
 
-// What is in the shared tables once a snapshot is loaded.
+// What is in the shared tables, or in the configuration file, once a snapshot is loaded.
 constexpr auto tableSections = std::to_array<std::string_view>({"fecs", "policyFecs", "$schema"});
 constexpr auto tableSectionsOfVrf =
-    std::to_array<std::string_view>({"ipv4Routes", "ipv6Routes", "notInHardware", "notInKernel"});
+    std::to_array<std::string_view>({"ipv4Routes", "ipv6Routes", "notInHardware", "notInKernel", "staticRoutes"});
 
 State readSections(Node const& root, bool fecsElsewhere) {
    struct Step {

@@ -11,7 +11,7 @@ namespace state {
 
 struct Snapshot {
    State state{};
-   // A snapshot again, of all but what the shared tables hold.
+   // A snapshot again, of all but what the shared tables and the configuration file hold.
    std::string entities{};
 };
 

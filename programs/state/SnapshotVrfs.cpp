@@ -184,10 +184,16 @@ void readRouteConfig(Node const& list, VrfTarget& target) {
    readUnique(list, target.vrf.*routes, read, [](CachedRoute const& route) { return route.prefix; });
 }
 
+constexpr char const* rdForm = "a route distinguisher such as 65000:100";
+
 constexpr auto vrfMembers = std::to_array<Member<VrfTarget>>({
     {"id", [](Node const&, VrfTarget&) {}},  // read before everything that refers to a VRF
     {"ipv4Routing", [](Node const& n, VrfTarget& t) { t.vrf.routing = n.boolean(); }},
     {"ipv6Routing", [](Node const& n, VrfTarget& t) { t.vrf.routing6 = n.boolean(); }},
+    {"routeDistinguisher",
+     [](Node const& n, VrfTarget& t) { t.vrf.routeDistinguisher = n.parsed<Lumen::RouteDistinguisher>(rdForm); }},
+    {"autoRouteDistinguisher",
+     [](Node const& n, VrfTarget& t) { t.vrf.autoRouteDistinguisher = n.parsed<Lumen::RouteDistinguisher>(rdForm); }},
     {"ipv4Routes", readRoutes<Ip4>},
     {"ipv6Routes", readRoutes<Ip6>},
     {"notInHardware", readNotInHardware},

@@ -7,6 +7,7 @@
 #include "Lumen/IpAddrWithMask.h"
 #include "Lumen/IpGenPrefix.h"
 #include "Lumen/MplsLabelOperation.h"
+#include "Lumen/RouteDistinguisher.h"
 #include "Routing/NexthopGroup/NexthopGroupId.h"
 #include "Routing/Rib/RouteConfig.h"
 #include "SrTePolicy/CbfFecOverrideMap.h"
@@ -18,6 +19,7 @@
 #include "Vrf/VrfId.h"
 #include "programs/state/StaticRoutes.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -63,6 +65,8 @@ struct VrfState {
    L3::VrfName name{};
    bool routing = true;  // IPv4 packets are routed
    bool routing6 = true;
+   std::optional<Lumen::RouteDistinguisher> routeDistinguisher{};      // as configured
+   std::optional<Lumen::RouteDistinguisher> autoRouteDistinguisher{};  // as assigned by the box
    std::vector<Vault::Fib::Route> routes{};
    std::vector<Vault::Fib6::Route> routes6{};
    std::vector<UnprogrammedRoute> hardwareUnprogrammed{};

@@ -5,6 +5,7 @@
 #include "Vault/RouteStatus.h"
 #include "Vault/UnprogrammedRouteStatus.h"
 #include "cliprint/Interrupt.h"
+#include "programs/state/ConfigFile.h"
 
 #include <fcntl.h>
 #include <sys/statvfs.h>
@@ -15,6 +16,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <optional>
 
 namespace state {
 namespace {
@@ -174,10 +176,24 @@ void writeStateDir(Snapshot const& snapshot, std::string const& stateDir) {
    Hive::EntityManager::stateDirIs(fresh.beside());
    writeTables(snapshot.state, *Zam::makePtr<Hive::EntityManager>(fresh.beside()));
    writeText(fs::path(fresh.beside()) / entitiesFile, snapshot.entities);
+   writeText(fs::path(fresh.beside()) / configFile, configText(snapshot.state));
+   std::optional<StateDirLock> lock;
+   if (fs::exists(place)) {
+      lock.emplace(place);
+   }
    if (cliprint::interrupted()) {
       throw cliprint::SigIntException();
    }
    fresh.putInPlace();
+}
+
+State readStateDir(std::string const& stateDir) {
+   fs::path const dir(stateDir);
+   State state = readEntities(JsonDocument::load((dir / entitiesFile).string()));
+   if (fs::path const config = dir / configFile; fs::exists(config)) {
+      readConfig(JsonDocument::load(config.string()), state);
+   }
+   return state;
 }
 
 PrivateStateDir::PrivateStateDir() {

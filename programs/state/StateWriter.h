@@ -17,8 +17,12 @@ void writeTables(State const& state, Hive::EntityManager const& manager);
 
 // Makes `stateDir` hold this snapshot and nothing else. It is written beside its place and then put there in one step:
 // whatever fails, the place is as it was. A directory that is there is replaced when it is a state directory or empty,
-// and left alone otherwise. Readers of an earlier state keep what they have mounted.
+// and left alone otherwise. Readers of an earlier state keep what they have mounted; a change of its configuration that
+// is under way is waited for.
 void writeStateDir(Snapshot const& snapshot, std::string const& stateDir);
+
+// What a state directory holds beside its tables.
+State readStateDir(std::string const& stateDir);
 
 // A state directory for one process, in memory where there is /dev/shm. It goes with this object; what was mounted from
 // it stays mounted.

@@ -83,11 +83,15 @@ void checkVia(Node const& node, StaticVia const& read) {
    Routing::Via const& via = read.via;
    bool const isEvpn = !via.vtepAddr.isEmpty();
    bool const isElsewhere = !via.egressVrf.isDefaultVrf();
-   if (isEvpn && (!via.hop.isEmpty() || via.intfId.isValid() || isElsewhere || via.mplsLabel.isLabel())) {
-      node.fail("a via to a VTEP has no next hop, interface, label or egress VRF");
+   if (isEvpn &&
+       (!via.hop.isEmpty() || via.intfId.isValid() || isElsewhere || via.mplsLabel.isLabel() || read.bfdTracked)) {
+      node.fail("a via to a VTEP has no next hop, interface, label, egress VRF or BFD");
    }
    if (isEvpn == via.routerMac.isZero()) {
       node.fail(isEvpn ? "a via to a VTEP needs a router MAC address" : "a router MAC address without a VTEP");
+   }
+   if (isEvpn && via.vni == Lumen::Vni()) {
+      node.fail("a via to a VTEP needs a VNI");
    }
    if (!isEvpn && (via.vni != Lumen::Vni() || via.localIntf.isValid() || via.vtepSipValidation)) {
       node.fail("a VNI, local interface or source VTEP validation without a VTEP");
@@ -161,6 +165,11 @@ void checkRoute(Node const& node, StaticRoute const& route) {
    }
    if (!route.leakToVrf.isDefaultVrf() && route.type != RouteType::forward) {
       node.fail("a route of this type is not leaked");
+   }
+   constexpr Lumen::IpAddr firstMulticast(0xe0000000);
+   if (route.key.prefix.family() == Lumen::AddressFamily::ipv4 &&
+       route.key.prefix.prefix().address() >= firstMulticast) {
+      node.fail("the prefix is not unicast");
    }
    if (route.type == RouteType::routeCacheConnected && (route.tag != 0 || route.key.preference != 1)) {
       node.fail("a route-cache route has no tag or preference of its own");
@@ -315,7 +324,7 @@ void appendStaticRoutes(std::string& out, StaticRoutes const& routes) {
 }
 
 bool isConfigWord(std::string_view text) {
-   return !text.empty() &&
+   return !text.empty() && simdjson::validate_utf8(text) &&
           std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) > ' ' && c != '\x7f'; });
 }
 

@@ -14,6 +14,7 @@ struct StaticRoutes {
    Zam::Ptr<Routing::RouteList> ip = Zam::makePtr<Routing::RouteList>();
    Zam::Ptr<Routing::RouteList> ip6 = Zam::makePtr<Routing::RouteList>();
 
+   bool isEmpty() const { return ip->route().empty() && ip6->route().empty(); }
    Routing::RouteList& of(Lumen::AddressFamily family) { return family == Lumen::AddressFamily::ipv6 ? *ip6 : *ip; }
 };
 
@@ -25,7 +26,7 @@ void readStaticRoutes(Node const& list, L3::VrfName const& vrfName, StaticRoutes
 // The list again, as a snapshot has it, in the order of the routes' keys. Equal routes have equal texts.
 void appendStaticRoutes(std::string& out, StaticRoutes const& routes);
 
-// Whether a text can be one word of a configuration command: printable, without blanks, not empty.
+// Whether a text can be one word of a configuration command: UTF-8 without blanks and control characters, not empty.
 bool isConfigWord(std::string_view text);
 
 }  // namespace state

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "programs/state/Json.h"
+#include "programs/state/State.h"
+
+#include <string>
+#include <string_view>
+
+// The configuration of a state directory: a file of its own beside what the agents write, because commands change it.
+namespace state {
+
+inline constexpr char const* configFile = "config.json";
+
+// A snapshot of nothing but the configuration of a state. Equal configurations have equal texts.
+std::string configText(State const& state);
+
+// Takes a configuration file's routes into a state in place of those that it has. JsonError for a VRF that the state
+// does not have.
+void readConfig(JsonDocument const& document, State& state);
+
+// The right to change the files of a state directory. Whoever wants it waits for whoever has it; it goes with the
+// object, or with its process. It is about the directory that is in the place now, not about one that was there before.
+class StateDirLock {
+ public:
+   // Hive::StateError when there is no such state directory, SigIntException when interrupted.
+   explicit StateDirLock(std::string const& stateDir);
+   ~StateDirLock();
+   StateDirLock(StateDirLock const&) = delete;
+   StateDirLock& operator=(StateDirLock const&) = delete;
+
+   // Of the directory.
+   int descriptor() const { return descriptor_; }
+
+ private:
+   int descriptor_ = -1;
+};
+
+// A change of the configuration: read when it is made, and written at commit(), in one step. Whatever happens between,
+// the configuration is the old one or the new one. Changes wait for each other, so none is lost.
+class ConfigChange {
+ public:
+   explicit ConfigChange(std::string const& stateDir);
+
+   // What the agents wrote, and the configuration, to be changed in place.
+   State& state() { return state_; }
+   void commit();
+
+   // The two halves of commit(): the new configuration under another name, and then in its place.
+   void writeBeside();
+   void putInPlace();
+
+ private:
+   [[noreturn]] void fail(std::string_view what) const;
+
+   std::string stateDir_;
+   StateDirLock lock_;
+   State state_;
+};
+
+}  // namespace state
