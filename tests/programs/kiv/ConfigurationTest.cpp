@@ -3,6 +3,7 @@
 #include "programs/state/ConfigFile.h"
 #include "programs/state/Snapshot.h"
 #include "programs/state/StateWriter.h"
+#include "support/StrictJson.h"
 #include "tests/Vault/VaultTesting.h"
 #include "tests/programs/kiv/ProgramRun.h"
 
@@ -218,6 +219,23 @@ TEST_F(Configuration, TakesAllCommandsOfAFileOrNone) {
              "2 kiv: commands: line 1: \"show ip route\": is no command of the configuration\n");
    EXPECT_EQ(run_("$KIV --state $DIR/s configure $DIR").status, 1);
    EXPECT_EQ(config(), before);
+}
+
+TEST_F(Configuration, IsCheckedBeforeItIsTaken) {
+   for (auto const& [question, answer] : casesOf("check")) {
+      Finished const finished = run_("$KIV --snapshot $STATIC check " + question);
+      EXPECT_EQ(std::to_string(finished.status) + ' ' + finished.out + finished.err, answer + '\n') << question;
+      bool const isAcceptable = finished.status == 0;
+      if (finished.status != 2) {
+         Finished const json = run_("$KIV --snapshot $STATIC --json check " + question);
+         EXPECT_EQ(json.status, finished.status);
+         auto const document = testsupport::StrictJson::parse(json.out);
+         ASSERT_TRUE(document) << json.out;
+         EXPECT_EQ(document->find("acceptable")->text, isAcceptable ? "true" : "false");
+         EXPECT_EQ(finished.err.empty(), isAcceptable);
+         EXPECT_EQ(document->find("msg")->text.empty(), isAcceptable);
+      }
+   }
 }
 
 Routing::RouteKey dropKey(U32 number) {

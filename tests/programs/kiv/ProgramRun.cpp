@@ -12,6 +12,7 @@ ProgramRun::ProgramRun() {
    ::setenv("KIV", KIV_PROGRAM, 1);
    ::setenv("DEMO", KIV_SOURCE_DIR "/examples/demo.json", 1);
    ::setenv("ROUTES", KIV_SOURCE_DIR "/examples/routes.json", 1);
+   ::setenv("STATIC", KIV_SOURCE_DIR "/examples/static.json", 1);
    ::setenv("CORNERS", KIV_SOURCE_DIR "/tests/programs/kiv/corners.json", 1);
    ::setenv("DIR", (dir_ / "").c_str(), 1);
    ::unsetenv("KIV_STATE");
