@@ -46,17 +46,6 @@ constexpr auto configMembers = std::to_array<Member<VrfsTarget>>({
      [](Node const& n, VrfsTarget& t) { n.forEachMember([&](Node const& vrf) { readVrfConfig(vrf, t.state); }); }},
 });
 
-bool isSame(struct stat const& a, struct stat const& b) {
-   return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
-}
-
-// Whether the directory is still the one in its place.
-bool isInPlace(int descriptor, std::string const& stateDir) {
-   struct stat held {};
-   struct stat there {};
-   return ::fstat(descriptor, &held) == 0 && ::stat(stateDir.c_str(), &there) == 0 && isSame(held, there);
-}
-
 void waitForLock(int descriptor, std::string const& stateDir) {
    while (::flock(descriptor, LOCK_EX) != 0) {
       if (errno != EINTR) {
@@ -92,6 +81,22 @@ void readConfig(JsonDocument const& document, State& state) {
    readObject(document.root(), configMembers, target);
 }
 
+StateDirId::StateDirId(std::string const& stateDir) {
+   struct stat info {};
+   if (::stat(stateDir.c_str(), &info) == 0) {
+      device_ = info.st_dev;
+      inode_ = info.st_ino;
+   }
+}
+
+StateDirId::StateDirId(int descriptor) {
+   struct stat info {};
+   if (::fstat(descriptor, &info) == 0) {
+      device_ = info.st_dev;
+      inode_ = info.st_ino;
+   }
+}
+
 StateDirLock::StateDirLock(std::string const& stateDir) {
    while (true) {
       descriptor_ = ::open(stateDir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -105,7 +110,7 @@ StateDirLock::StateDirLock(std::string const& stateDir) {
          ::close(descriptor_);
          throw;
       }
-      if (isInPlace(descriptor_, stateDir)) {
+      if (StateDirId(descriptor_) == StateDirId(stateDir)) {
          return;
       }
       ::close(descriptor_);

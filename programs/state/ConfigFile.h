@@ -18,6 +18,19 @@ std::string configText(State const& state);
 // does not have.
 void readConfig(JsonDocument const& document, State& state);
 
+// Which directory is in a place: another load puts another one there.
+class StateDirId {
+ public:
+   // Of no directory when there is none.
+   explicit StateDirId(std::string const& stateDir);
+   explicit StateDirId(int descriptor);
+   bool operator==(StateDirId const&) const = default;
+
+ private:
+   U64 device_ = 0;
+   U64 inode_ = 0;
+};
+
 // The right to change the files of a state directory. Whoever wants it waits for whoever has it; it goes with the
 // object, or with its process. It is about the directory that is in the place now, not about one that was there before.
 class StateDirLock {

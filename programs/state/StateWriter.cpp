@@ -189,11 +189,22 @@ void writeStateDir(Snapshot const& snapshot, std::string const& stateDir) {
 
 State readStateDir(std::string const& stateDir) {
    fs::path const dir(stateDir);
-   State state = readEntities(JsonDocument::load((dir / entitiesFile).string()));
-   if (fs::path const config = dir / configFile; fs::exists(config)) {
-      readConfig(JsonDocument::load(config.string()), state);
+   while (true) {
+      StateDirId const before(stateDir);
+      auto const entities = JsonDocument::load((dir / entitiesFile).string());
+      std::optional<JsonDocument> config;
+      if (fs::exists(dir / configFile)) {
+         config = JsonDocument::load((dir / configFile).string());
+      }
+      if (before != StateDirId(stateDir)) {
+         continue;  // another state was loaded meanwhile, so the files may be of either
+      }
+      State state = readEntities(entities);
+      if (config) {
+         readConfig(*config, state);
+      }
+      return state;
    }
-   return state;
 }
 
 PrivateStateDir::PrivateStateDir() {
