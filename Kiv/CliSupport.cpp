@@ -1,6 +1,7 @@
 #include "Kiv/CliSupport.h"
 
 #include "Kiv/config/Types.h"
+#include "Kiv/nexthopgroup/Types.h"
 #include "Kiv/summary/Types.h"
 #include "Zam/TypeRegistry.h"
 
@@ -148,6 +149,7 @@ void registerTypes() {
    registerSorter<RouteSorter>(Ipv4::sorterName);
    registerSorter<Route6Sorter>(Ipv6::sorterName);
    registerSummaryTypes();
+   registerNexthopGroupTypes();
 }
 
 }  // namespace Kiv

@@ -1,7 +1,7 @@
 # The floors of the house: each folder of platform/ that has sources, and Kiv, is an object library of its own. They are
 # listed from the ground up; the display side of an entity folder, CliSupport, is one above the renderer. What is named neither in kiv_ground nor in kiv_upper is an entity folder between the two.
 set(kiv_ground Zam Lumen)
-set(kiv_upper Vault Hive cliprint)
+set(kiv_upper Vault FlexCounters NexthopGroup Hive cliprint)
 
 function(kiv_object_library name)
    add_library(${name} OBJECT ${ARGN})
@@ -61,8 +61,12 @@ function(kiv_floors_up_to folder result)
       set(floors Zam Lumen)
    elseif(folder STREQUAL "Vault")
       set(floors Zam Lumen ${kiv_entities} Vault)
+   elseif(folder STREQUAL "FlexCounters")
+      set(floors Zam Lumen ${kiv_entities} Vault FlexCounters)
+   elseif(folder STREQUAL "NexthopGroup")
+      set(floors Zam Lumen ${kiv_entities} Vault FlexCounters NexthopGroup)
    elseif(folder STREQUAL "Hive")
-      set(floors Zam Lumen ${kiv_entities} Vault Hive)
+      set(floors Zam Lumen ${kiv_entities} Vault FlexCounters NexthopGroup Hive)
    elseif(IS_DIRECTORY ${PROJECT_SOURCE_DIR}/platform/${folder})
       set(floors Zam Lumen ${kiv_entities})
    else()

@@ -40,9 +40,12 @@ void RouteSorterOf<Family>::buildNexthopGroupIdToName() {
    if (!inputs_.nexthopGroupEntryStatus) {
       return;
    }
-   for (auto const& [name, id] : inputs_.nexthopGroupEntryStatus->nexthopGroupId()) {
-      cachedNexthopGroupIdToName_.insertOrReplace(id, name);
-   }
+   // Of groups with one id, the last by name; the walk has no order.
+   inputs_.nexthopGroupEntryStatus->walk([this](std::string_view name, U32 id) {
+      if (nexthopGroupName(id) < name) {
+         cachedNexthopGroupIdToName_.insertOrReplace(id, name);
+      }
+   });
 }
 
 template <class Family>

@@ -1,5 +1,8 @@
 #include "Hive/EntityManager.h"
 
+#include "FlexCounters/CounterTable.h"
+#include "NexthopGroup/EntryStatus.h"
+#include "NexthopGroup/NexthopGroupEntryToCounterKeyTable.h"
 #include "Vault/ForwardingStatus.h"
 #include "Vault/KernelUnprogrammedRoute.h"
 #include "Vault/RouteStatus.h"
@@ -94,6 +97,10 @@ constexpr auto tableTypes = std::to_array<TableType>({
     tableType<Vault::FibGen::ForwardingStatus>("Vault::FibGen::ForwardingStatus"),
     tableType<Vault::Fib::UnprogrammedRouteStatus>("Vault::Fib::UnprogrammedRouteStatus"),
     tableType<Vault::KernelUnprogrammedRoute::UnprogrammedRoute>("Vault::KernelUnprogrammedRoute::UnprogrammedRoute"),
+    tableType<NexthopGroup::EntryStatus>("NexthopGroup::EntryStatus"),
+    tableType<Routing::NexthopGroup::NexthopGroupEntryToCounterKeyTable>(
+        "Routing::NexthopGroup::NexthopGroupEntryToCounterKeyTable"),
+    tableType<FlexCounters::CounterTable>("FlexCounters::CounterTable"),
 });
 
 }  // namespace
@@ -141,6 +148,23 @@ std::string EntityManager::fileToCreate(std::string_view path) const {
       throw StateError(file + ": its directory cannot be made: " + error.message());
    }
    return file;
+}
+
+EntityManager::Beside::Beside(std::string place)
+    : place_(std::move(place)),
+      file_(place_ + ".new." + std::to_string(::getpid())) {}
+
+EntityManager::Beside::~Beside() {
+   std::error_code ignored;
+   fs::remove(file_, ignored);
+}
+
+void EntityManager::Beside::putInPlace() const {
+   std::error_code error;
+   fs::rename(file_, place_, error);
+   if (error) {
+      throw StateError(place_ + ": cannot be replaced: " + error.message());
+   }
 }
 
 Zam::Ptr<Zam::PtrInterface const> EntityManager::mountEntity(std::string_view path, std::string_view typeName) const {

@@ -52,6 +52,15 @@ class KIV_EXPORT EntityManager final : public Zam::PtrInterface {
    Zam::Ptr<Writer> create(std::string_view path, U32 capacity) const {
       return create<Writer>(path, Vault::TableFile::Sizes{.capacity = capacity});
    }
+   // The same with what `fill(writer)` puts into it, all at once: whoever mounts the path finds the earlier table or
+   // the filled one. Vault::MountError when the earlier one has a writer, or is no such table.
+   template <class Writer, class Fill>
+   void replace(std::string_view path, Vault::TableFile::Sizes sizes, Fill&& fill) const {
+      auto const earlier = exists(path) ? open<Writer>(path) : nullptr;  // keeps other writers out meanwhile
+      Beside const beside(fileToCreate(path));
+      fill(*Zam::makePtr<Writer>(beside.file(), sizes));
+      beside.putInPlace();
+   }
    // The table that is there, for the next writer to go on with. Vault::MountError when there is none.
    template <class Writer>
    Zam::Ptr<Writer> open(std::string_view path) const {
@@ -59,6 +68,22 @@ class KIV_EXPORT EntityManager final : public Zam::PtrInterface {
    }
 
  private:
+   // A file of another name beside its place; gone again unless it is put there.
+   class KIV_EXPORT Beside {
+    public:
+      explicit Beside(std::string place);
+      ~Beside();
+      Beside(Beside const&) = delete;
+      Beside& operator=(Beside const&) = delete;
+
+      std::string const& file() const noexcept { return file_; }
+      void putInPlace() const;
+
+    private:
+      std::string place_;
+      std::string file_;
+   };
+
    std::string fileOf(std::string_view path) const;
    std::string fileToCreate(std::string_view path) const;
 

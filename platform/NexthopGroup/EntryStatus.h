@@ -1,34 +1,110 @@
 #pragma once
 
 #include "Routing/NexthopGroup/NexthopGroupId.h"
+#include "Routing/NexthopGroup/NexthopGroupName.h"
+#include "Vault/TableEntity.h"
 #include "Zam/Export.h"
-#include "Zam/OrderedMap.h"
-#include "Zam/Ptr.h"
-#include "Zam/String.h"
 
+#include <array>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+// The nexthop groups that have an id, in shared memory: the id by name. Written by the nexthop group agent. Names are
+// unique; ids need not be while a group is being renamed.
 namespace NexthopGroup {
 
-// The nexthop groups that have an id. Written by the nexthop group agent. Names are unique; ids need not be while a
-// group is being renamed.
-class KIV_EXPORT EntryStatus final : public Zam::PtrInterface {
- public:
-   using NexthopGroupId = Routing::NexthopGroup::NexthopGroupId;
-   using NexthopGroupIds = Zam::OrderedMap<Zam::String, NexthopGroupId>;
+using Routing::NexthopGroup::NexthopGroupId;
 
-   std::string_view fwkType() const noexcept override { return "NexthopGroup::EntryStatus"; }
+// The path at which a state has the table.
+inline constexpr std::string_view entryStatusPath = "nexthopGroup/entryStatus";
 
-   // The id of each group, in name order.
-   NexthopGroupIds const& nexthopGroupId() const noexcept { return nexthopGroupId_; }
-   // 0 when there is no group of that name.
-   NexthopGroupId nexthopGroupNameToId(Zam::String const& name) const {
-      auto const* const id = nexthopGroupId_.find(name);
-      return id != nullptr ? *id : NexthopGroupId{0};
+// A name, filled up with NULs.
+struct EntryKey {
+   alignas(U64) std::array<char, Routing::NexthopGroup::maxNameLength + 1> name;
+
+   bool operator==(EntryKey const&) const noexcept = default;
+   // Lives as long as the key.
+   std::string_view text() const noexcept { return {name.data(), ::strnlen(name.data(), name.size())}; }
+};
+
+// Of a name that is one (Routing::NexthopGroup::isName).
+inline EntryKey toKey(std::string_view name) noexcept {
+   EntryKey key{};
+   name.copy(key.name.data(), key.name.size());
+   return key;
+}
+
+struct EntryRecord {
+   using Key = EntryKey;
+   using Element = void;
+   static constexpr std::string_view name = "NexthopGroup::Entry";
+   static constexpr std::string_view fields = "name:U8x128 id:U32 zero:U32";
+
+   Key key;
+   NexthopGroupId id;
+   U32 zero;
+
+   bool hasId() const noexcept { return id != 0 && zero == 0; }
+   bool isPossible() const noexcept {
+      auto const text = key.text();
+      return hasId() && Routing::NexthopGroup::isName(text) && key == toKey(text);
    }
-   void nexthopGroupIdIs(Zam::String const& name, NexthopGroupId id) { nexthopGroupId_.insertOrReplace(name, id); }
-   void nexthopGroupIdDel(Zam::String const& name) { nexthopGroupId_.erase(name); }
+};
+static_assert(Vault::TableRecord<EntryRecord> && sizeof(EntryRecord) == 136);
+
+template <class Core>
+class BasicEntryStatus : public Vault::TableEntity<Core> {
+ public:
+   U32 entries() const noexcept { return this->core_.live(); }
+
+   // 0 when there is no group of that name. CorruptionError when the index or the group's row is broken.
+   NexthopGroupId nexthopGroupNameToId(std::string_view name) const {
+      EntryRecord record;
+      if (!Routing::NexthopGroup::isName(name) || !this->core_.find(toKey(name), record)) {
+         return 0;
+      }
+      return checked(record, record.hasId()).id;  // what was looked for is a name
+   }
+
+   // Calls `visit(name, id)` for every group, in no order. An impossible row is reported and left out.
+   template <class Visit>
+   void walk(Visit&& visit) const {
+      this->core_.walk(
+          [&](EntryRecord const& record) { visit(checked(record, record.isPossible()).key.text(), record.id); });
+   }
+
+ protected:
+   using Vault::TableEntity<Core>::TableEntity;
 
  private:
-   NexthopGroupIds nexthopGroupId_;
+   EntryRecord const& checked(EntryRecord const& record, bool isPossible) const {
+      if (!isPossible) [[unlikely]] {
+         this->core_.file().corrupted("impossible nexthop group, id", record.id);
+      }
+      return record;
+   }
+};
+
+class KIV_EXPORT EntryStatus final : public BasicEntryStatus<Vault::Table<EntryRecord>> {
+ public:
+   explicit EntryStatus(std::string path);
+   std::string_view fwkType() const noexcept override;
+};
+
+class KIV_EXPORT EntryStatusWriter final : public BasicEntryStatus<Vault::TableWriter<EntryRecord>> {
+ public:
+   // The table that is there; with sizes, a new one.
+   explicit EntryStatusWriter(std::string path);
+   EntryStatusWriter(std::string path, Vault::TableFile::Sizes sizes);
+   std::string_view fwkType() const noexcept override;
+
+   // RangeError for what is no name and for the id 0; TableFull when there is no room.
+   void nexthopGroupIdIs(std::string_view name, NexthopGroupId id);
+   // False when there was none.
+   bool nexthopGroupIdDel(std::string_view name);
+   // Entries that the writer before this one had left unfinished.
+   U32 repaired() const noexcept { return core_.repaired(); }
 };
 
 }  // namespace NexthopGroup

@@ -8,12 +8,12 @@
 
 namespace Tunnel {
 
-enum class IpEncapType : U8 { none = 0, ipInIp = 1, gre = 2, vxlan = 3 };
+enum class IpEncapType : U8 { none = 0, ipInIp = 1, gre = 2, vxlan = 3, udp = 4 };
 
 constexpr auto zamEnumerators(IpEncapType) {
    using enum IpEncapType;
    return std::to_array<Zam::Enumerator<IpEncapType>>(
-       {{none, "none"}, {ipInIp, "ipInIp"}, {gre, "gre"}, {vxlan, "vxlan"}});
+       {{none, "none"}, {ipInIp, "ipInIp"}, {gre, "gre"}, {vxlan, "vxlan"}, {udp, "udp"}});
 }
 
 // The outer header that a tunnel puts in front of a packet. Present exactly when it has a type.

@@ -1,11 +1,13 @@
 #include "programs/kiv/Commands.h"
 
 #include "programs/kiv/Check.h"
+#include "programs/kiv/ClearCounters.h"
 #include "programs/kiv/Configure.h"
 #include "programs/kiv/Help.h"
 #include "programs/kiv/Load.h"
 #include "programs/kiv/RouteClauses.h"
 #include "programs/kiv/ShowConfiguration.h"
+#include "programs/kiv/ShowNexthopGroup.h"
 #include "programs/kiv/ShowRoute.h"
 #include "programs/kiv/ShowSummary.h"
 #include "programs/kiv/StaticRouteClauses.h"
@@ -110,6 +112,12 @@ std::span<Command const> commands() {
        {"check ipv6 address", "may an interface have this IPv6 address?", checkIpv6Clauses, checkIpv6Address},
        {"check route-distinguisher", "may a VRF have this route distinguisher?", checkRdClauses,
         checkRouteDistinguisher},
+       {"show nexthop-group", "all nexthop groups with their entries and counters", nexthopGroupClauses(),
+        showNexthopGroup},
+       {"clear nexthop-group counters",
+        "let the counters in the state directory start again from 0",
+        {},
+        clearCounters},
        {"load", "make the directory given with --state hold the state of a snapshot", loadClauses, loadSnapshot},
        {"help", "the commands and options", {}, help},
    });

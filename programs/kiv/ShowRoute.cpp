@@ -82,6 +82,7 @@ ExitStatus checkedTables(state::Inputs const& inputs, ExitStatus status) {
    status = checkedTable(inputs.forwardingStatus, status);
    status = checkedTable(inputs.forwarding6Status, status);
    status = checkedTable(inputs.forwardingGenStatus, status);
+   status = checkedTable(inputs.nexthopGroupEntryStatus, status);
    status = checkedTable(inputs.unprogrammedRouteStatus, status);
    return checkedTable(inputs.kernelUnprogrammedRoute, status);
 }

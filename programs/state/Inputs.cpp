@@ -80,18 +80,21 @@ Inputs::Inputs(Zam::Ptr<Hive::EntityManager const> manager, State const& state) 
    unprogrammedRouteStatus = manager_->mount<Vault::Fib::UnprogrammedRouteStatus>("fib/unprogrammedRoute");
    kernelUnprogrammedRoute =
        manager_->mount<Vault::KernelUnprogrammedRoute::UnprogrammedRoute>("kernel/unprogrammedRoute");
+   nexthopGroupEntryStatus = manager_->mount<::NexthopGroup::EntryStatus>(::NexthopGroup::entryStatusPath);
    vrfsAre(state);
    interfacesAre(state);
+   nexthopGroupsAre(state);
    routeCacheIs(state);
    tunnelsAre(state);
    policiesAre(state);
 }
 
-void Inputs::routesMounted() {
+void Inputs::allMounted() {
    for (Vrf const& vrf : vrfs_) {
       routes(vrf.id);
       routes6(vrf.id);
    }
+   nexthopGroupCounters();
 }
 
 Inputs::Vrf const* Inputs::vrf(std::string_view name) const {
@@ -106,6 +109,15 @@ Inputs::Table<Vault::Fib::RouteStatus> Inputs::routes(VrfId vrfId) {
 
 Inputs::Table<Vault::Fib6::RouteStatus> Inputs::routes6(VrfId vrfId) {
    return mounted(routes6_, vrfId, *manager_, "fib6/route/");
+}
+
+Inputs::Table<Kiv::NexthopGroupCounterHelper> Inputs::nexthopGroupCounters() {
+   if (!nexthopGroupCounters_) {
+      auto const counters = Kiv::nexthopGroupCounterHelperFactory();
+      counters->mountCounterVaults(manager_);
+      nexthopGroupCounters_ = counters;
+   }
+   return nexthopGroupCounters_;
 }
 
 Inputs::Table<::Interface::IntfStatus> Inputs::intfStatus(std::string_view name) const {
@@ -158,18 +170,34 @@ void Inputs::interfacesAre(State const& state) {
    ip6Status = ip6;
    auto const hardware = Zam::makePtr<Routing::Hardware::Status>();
    hardware->maxViasIs(state.maxVias);
+   hardware->maxNexthopGroupSizeIs(state.maxNexthopGroupSize);
    routingHardwareStatus = hardware;
    auto const hardware6 = Zam::makePtr<Routing6::Hardware::Status>();
    hardware6->maxViasIs(state.maxVias6);
    routing6HardwareStatus = hardware6;
 }
 
-void Inputs::routeCacheIs(State const& state) {
-   auto const groups = Zam::makePtr<::NexthopGroup::EntryStatus>();
+void Inputs::nexthopGroupsAre(State const& state) {
+   auto const config = Zam::makePtr<Routing::NexthopGroup::Config>();
    for (auto const& group : state.nexthopGroups) {
-      groups->nexthopGroupIdIs(Zam::String(group.name), group.id);
+      auto const configured = Zam::makePtr<Routing::NexthopGroup::NexthopGroupConfigEntry>(group.name, group.type);
+      for (auto const& [index, entry] : group.entries) {
+         configured->entryIs(index, entry);
+      }
+      config->nexthopGroupIs(configured);
    }
-   nexthopGroupEntryStatus = groups;
+   nexthopGroupConfig = config;
+   auto const hardware = Zam::makePtr<Routing::Hardware::NexthopGroupStatus>();
+   for (VrfState const& vrf : state.vrfs) {
+      auto const status = hardware->vrfStatusIs(vrf.name);
+      for (ProgrammedGroup const& group : vrf.programmedGroups) {
+         status->programmedIs(group.id, group.entries);
+      }
+   }
+   nexthopGroupHardwareStatus = hardware;
+}
+
+void Inputs::routeCacheIs(State const& state) {
    auto const evpn = Zam::makePtr<Routing::Rib::RouteCache::Evpn::ViaConfig>();
    for (EvpnFec const& fec : state.evpnFecs) {
       evpn->viaIs(fec.fecId.value(), fec.vias);
@@ -225,7 +253,7 @@ Inputs mountPrivately(State const& state) {
    auto const manager = Zam::makePtr<Hive::EntityManager>(dir.path());
    writeTables(state, *manager);
    Inputs inputs(manager, state);
-   inputs.routesMounted();
+   inputs.allMounted();
    return inputs;
 }
 

@@ -6,11 +6,14 @@
 #include "Interface/IntfStatus.h"
 #include "Ip/Status.h"
 #include "Ip6/Status.h"
+#include "Kiv/nexthopgroup/NexthopGroupCounterHelper.h"
 #include "L3/Config.h"
 #include "NexthopGroup/EntryStatus.h"
 #include "Routing/AttachedRouteStatus.h"
 #include "Routing/ConfigGen.h"
+#include "Routing/Hardware/NexthopGroupStatus.h"
 #include "Routing/Hardware/Status.h"
+#include "Routing/NexthopGroup/Config.h"
 #include "Routing/Rib/RouteCache/Evpn/ViaConfig.h"
 #include "Routing/Rib/RouteConfig.h"
 #include "Routing/RouteList.h"
@@ -66,13 +69,15 @@ class Inputs {
 
    // Mounts what all VRFs share; the route tables are mounted when they are asked for.
    Inputs(Zam::Ptr<Hive::EntityManager const> manager, State const& state);
-   // Mounts every route table now; the state directory may go afterwards.
-   void routesMounted();
+   // Mounts now what is mounted when it is asked for; the state directory may go afterwards.
+   void allMounted();
 
    std::vector<Vrf> const& vrfs() const { return vrfs_; }
    Vrf const* vrf(std::string_view name) const;
    Table<Vault::Fib::RouteStatus> routes(VrfId vrfId);
    Table<Vault::Fib6::RouteStatus> routes6(VrfId vrfId);
+   // What the entries of nexthop groups have carried; mounted when it is asked for.
+   Table<Kiv::NexthopGroupCounterHelper> nexthopGroupCounters();
    // Null when there is no interface of that name.
    Table<::Interface::IntfStatus> intfStatus(std::string_view name) const;
 
@@ -93,6 +98,8 @@ class Inputs {
    Table<Routing::AttachedRouteStatus> attachedRouteStatus{};
    Table<Routing::AttachedRouteStatus> attachedRoute6Status{};
    Table<::NexthopGroup::EntryStatus> nexthopGroupEntryStatus{};
+   Table<Routing::NexthopGroup::Config> nexthopGroupConfig{};
+   Table<Routing::Hardware::NexthopGroupStatus> nexthopGroupHardwareStatus{};
    Table<Routing::Rib::RouteConfig> routeCacheConfig{};  // null while the route cache has no routes
    Table<Routing::Rib::RouteCache::Evpn::ViaConfig> routeCacheEvpnViaConfig{};
    Table<Routing::Rib::RouteConfig> secondRouteConfig{};  // null while it has no routes
@@ -107,6 +114,7 @@ class Inputs {
  private:
    void vrfsAre(State const& state);
    void interfacesAre(State const& state);
+   void nexthopGroupsAre(State const& state);
    void routeCacheIs(State const& state);
    void tunnelsAre(State const& state);
    void policiesAre(State const& state);
@@ -115,6 +123,7 @@ class Inputs {
    std::vector<Vrf> vrfs_;
    std::map<VrfId, Table<Vault::Fib::RouteStatus>> routes_;
    std::map<VrfId, Table<Vault::Fib6::RouteStatus>> routes6_;
+   Table<Kiv::NexthopGroupCounterHelper> nexthopGroupCounters_{};
    std::map<std::string, Table<::Interface::IntfStatus>, std::less<>> intfStatus_;
 };
 

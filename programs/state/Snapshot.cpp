@@ -14,6 +14,7 @@ struct Sections {
    std::optional<Node> vrfs{};
    std::optional<Node> interfaces{};
    std::optional<Node> nexthopGroups{};
+   std::optional<Node> nexthopGroupCounters{};
    std::optional<Node> fecs{};
    std::optional<Node> policyFecs{};
    std::optional<Node> evpnFecs{};
@@ -31,6 +32,7 @@ constexpr auto snapshotMembers = std::to_array<Member<Sections>>({
     {"vrfs", [](Node const& n, Sections& s) { s.vrfs = n; }},
     {"interfaces", [](Node const& n, Sections& s) { s.interfaces = n; }},
     {"nexthopGroups", [](Node const& n, Sections& s) { s.nexthopGroups = n; }},
+    {"nexthopGroupCounters", [](Node const& n, Sections& s) { s.nexthopGroupCounters = n; }},
     {"fecs", [](Node const& n, Sections& s) { s.fecs = n; }},
     {"policyFecs", [](Node const& n, Sections& s) { s.policyFecs = n; }},
     {"evpnFecs", [](Node const& n, Sections& s) { s.evpnFecs = n; }},
@@ -44,10 +46,12 @@ constexpr auto snapshotMembers = std::to_array<Member<Sections>>({
     {"genericFib", [](Node const& n, Sections& s) { s.context.state.genericFib = n.boolean(); }},
     {"maxViasIpv4", [](Node const& n, Sections& s) { s.context.state.maxVias = n.number<U32>(); }},
     {"maxViasIpv6", [](Node const& n, Sections& s) { s.context.state.maxVias6 = n.number<U32>(); }},
+    {"maxNexthopGroupSize", [](Node const& n, Sections& s) { s.context.state.maxNexthopGroupSize = n.number<U32>(); }},
 });
 
 // What is in the shared tables, or in the configuration file, once a snapshot is loaded.
-constexpr auto tableSections = std::to_array<std::string_view>({"fecs", "policyFecs", "$schema"});
+constexpr auto tableSections =
+    std::to_array<std::string_view>({"fecs", "policyFecs", "nexthopGroupCounters", "$schema"});
 constexpr auto tableSectionsOfVrf =
     std::to_array<std::string_view>({"ipv4Routes", "ipv6Routes", "notInHardware", "notInKernel", "staticRoutes"});
 
@@ -60,6 +64,7 @@ State readSections(Node const& root, bool fecsElsewhere) {
    constexpr auto steps = std::to_array<Step>({{&Sections::vrfs, nameVrfs},
                                                {&Sections::interfaces, readInterfaces},
                                                {&Sections::nexthopGroups, readNexthopGroups},
+                                               {&Sections::nexthopGroupCounters, readNexthopGroupCounters},
                                                {&Sections::fecs, nameFecs},
                                                {&Sections::evpnFecs, readEvpnFecs},
                                                {&Sections::fecs, readFecs},

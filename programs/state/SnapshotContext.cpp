@@ -49,8 +49,12 @@ Lumen::IntfId Context::interface(Node const& node) const {
    return known(node, interfaces, "interface");
 }
 
-U32 Context::nexthopGroup(Node const& node) const {
-   return known(node, nexthopGroups, "nexthop group");
+U32 Context::nexthopGroup(Node const& node, std::string_view name) const {
+   U32 const* const id = nexthopGroups.find(name);
+   if (id == nullptr) {
+      node.fail("no such nexthop group");
+   }
+   return *id != 0 ? *id : (node.fail("this nexthop group has no id"), 0);
 }
 
 FecId Context::fec(Node const& node) const {

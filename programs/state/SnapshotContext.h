@@ -41,7 +41,8 @@ struct Context {
    // Each fails at the node when nothing of that name is in the snapshot.
    VrfId vrf(Node const& node) const;
    Lumen::IntfId interface(Node const& node) const;
-   U32 nexthopGroup(Node const& node) const;
+   U32 nexthopGroup(Node const& node) const { return nexthopGroup(node, node.text()); }
+   U32 nexthopGroup(Node const& node, std::string_view name) const;
    FecId fec(Node const& node) const;
    FecId policyFec(Node const& node) const;
    // One of either kind: a policy's FEC needs no vias of its own to be a route's.
@@ -118,6 +119,8 @@ void readInterfaces(Node const& node, Context& context);
 void nameVrfs(Node const& node, Context& context);
 void readVrfs(Node const& node, Context& context);
 void readNexthopGroups(Node const& node, Context& context);
+void readNexthopGroupCounters(Node const& node, Context& context);
+std::vector<ProgrammedGroup> readProgrammedGroups(Node const& node, Context const& context);
 void readEvpnFecs(Node const& node, Context& context);
 Tunnel::TunnelTable::EvpnVxlanTunnelEntry readEvpnVia(Node const& node, Context const& context);
 void readTunnels(Node const& node, Context& context);

@@ -71,19 +71,6 @@ void readInterfaces(Node const& node, Context& context) {
    });
 }
 
-void readNexthopGroups(Node const& node, Context& context) {
-   Zam::HashMap<U32, bool> seen;
-   node.forEachMember([&](Node const& member) {
-      auto const id = numberFrom<U32>(member, 1);
-      if (seen.contains(id)) {
-         member.fail("another nexthop group has this id");
-      }
-      seen.insertOrReplace(id, true);
-      context.nexthopGroups.insertOrReplace(member.key(), id);
-      context.state.nexthopGroups.push_back({id, std::string(member.key())});
-   });
-}
-
 Tunnel::TunnelTable::EvpnVxlanTunnelEntry readEvpnVia(Node const& node, Context const& context) {
    EvpnTarget target{context};
    readObject(node, evpnMembers, target);

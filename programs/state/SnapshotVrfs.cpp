@@ -203,6 +203,8 @@ constexpr auto vrfMembers = std::to_array<Member<VrfTarget>>({
     {"attachedRoutes", readAttachedRoutes},
     {"routeCache", readRouteConfig<&VrfState::routeCache>},
     {"secondRouteConfig", readRouteConfig<&VrfState::secondRouteConfig>},
+    {"nexthopGroupsInHardware",
+     [](Node const& n, VrfTarget& t) { t.vrf.programmedGroups = readProgrammedGroups(n, t.context); }},
 });
 
 // The default VRF is number 0, which it need not say; the others have numbers of their own.

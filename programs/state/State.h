@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FlexAlgo/Config.h"
+#include "FlexCounters/CounterTable.h"
 #include "L3/VrfName.h"
 #include "Lumen/IntfId.h"
 #include "Lumen/Ip6AddrWithMask.h"
@@ -8,6 +9,7 @@
 #include "Lumen/IpGenPrefix.h"
 #include "Lumen/MplsLabelOperation.h"
 #include "Lumen/RouteDistinguisher.h"
+#include "Routing/NexthopGroup/Config.h"
 #include "Routing/NexthopGroup/NexthopGroupId.h"
 #include "Routing/Rib/RouteConfig.h"
 #include "SrTePolicy/CbfFecOverrideMap.h"
@@ -21,6 +23,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 // The whole state of a box as plain values: what a snapshot file describes, what the Linux kernel tells, and what the
@@ -60,6 +63,12 @@ struct CachedRoute {
    Routing::Rib::RouteConfigEntry entry{};
 };
 
+// A nexthop group that the hardware forwards by, and which of its entries.
+struct ProgrammedGroup {
+   Routing::NexthopGroup::NexthopGroupId id = 0;
+   std::vector<U32> entries{};
+};
+
 struct VrfState {
    VrfId id = Vrf::VrfIdMap::defaultVrf;
    L3::VrfName name{};
@@ -76,11 +85,22 @@ struct VrfState {
    std::vector<AttachedRoute> attachedRoutes{};
    std::vector<CachedRoute> routeCache{};
    std::vector<CachedRoute> secondRouteConfig{};
+   std::vector<ProgrammedGroup> programmedGroups{};
 };
 
 struct NexthopGroup {
-   Routing::NexthopGroup::NexthopGroupId id = 0;
+   Routing::NexthopGroup::NexthopGroupId id = 0;  // 0 while it has none
    std::string name{};
+   Routing::NexthopGroup::NexthopGroupType type = Routing::NexthopGroup::NexthopGroupType::invalid;
+   std::vector<std::pair<U32, Routing::NexthopGroup::NexthopGroupEntry>> entries{};  // by index
+};
+
+struct NexthopGroupCounter {
+   Routing::NexthopGroup::NexthopGroupId groupId = 0;
+   U32 entry = 0;
+   U64 chips = 1;  // those that have the counter, at least one
+   FlexCounters::Counter current{};
+   std::optional<FlexCounters::Counter> cleared{};  // what it was when the counters were last cleared
 };
 
 struct EvpnFec {
@@ -128,6 +148,7 @@ struct State {
    bool genericFib = false;  // routes use the FECs of fecsGen, whatever their adjacency type
 
    std::vector<NexthopGroup> nexthopGroups{};
+   std::vector<NexthopGroupCounter> nexthopGroupCounters{};
    std::vector<EvpnFec> evpnFecs{};
 
    std::vector<OfTunnel<Tunnel::TunnelFib::Entry>> tunnels{};
@@ -140,9 +161,10 @@ struct State {
    std::vector<FecOverride> fecOverrides{};
    std::vector<FlexAlgorithm> flexAlgorithms{};
 
-   // How many vias the hardware takes per route; 0 for no limit.
+   // How many vias the hardware takes per route, and entries per nexthop group; 0 for no limit.
    U32 maxVias = 0;
    U32 maxVias6 = 0;
+   U32 maxNexthopGroupSize = 0;
 };
 
 }  // namespace state

@@ -1,5 +1,7 @@
 #include "programs/state/StateWriter.h"
 
+#include "NexthopGroup/EntryStatus.h"
+#include "NexthopGroup/NexthopGroupEntryToCounterKeyTable.h"
 #include "Vault/ForwardingStatus.h"
 #include "Vault/KernelUnprogrammedRoute.h"
 #include "Vault/RouteStatus.h"
@@ -44,7 +46,8 @@ U64 bytesOf(State const& state) {
       bytes += vrf.routes.size() * 64 + vrf.routes6.size() * 80;
       bytes += (vrf.hardwareUnprogrammed.size() + vrf.kernelUnprogrammed.size()) * 64;
    }
-   return bytes + (state.vrfs.size() * 2 + 6) * 16384;
+   bytes += state.nexthopGroups.size() * 192 + state.nexthopGroupCounters.size() * 160;
+   return bytes + (state.vrfs.size() * 2 + 10) * 16384;
 }
 
 // Tables are written through mappings, where a full file system has no way to say so.
@@ -85,6 +88,38 @@ void writeUnprogrammed(Hive::EntityManager const& manager, std::string_view path
          put(*writer, vrf.id, route);
       }
    }
+}
+
+// Counters are numbered as they are listed.
+void writeCounters(State const& state, Hive::EntityManager const& manager) {
+   using FlexCounters::CounterTableWriter;
+   constexpr auto feature = FlexCounters::FeatureId::nexthopGroup;
+   auto const& counters = state.nexthopGroupCounters;
+   U32 const capacity = capacityFor(counters.size());
+   auto const keys = manager.create<Routing::NexthopGroup::NexthopGroupEntryToCounterKeyTableWriter>(
+       Routing::NexthopGroup::counterKeyTablePath, capacity);
+   auto const current =
+       manager.create<CounterTableWriter>(FlexCounters::counterTablePath(feature, FlexCounters::allUnits), capacity);
+   auto const cleared =
+       manager.create<CounterTableWriter>(FlexCounters::snapshotTablePath(feature, FlexCounters::allUnits), capacity);
+   for (U64 i = 0; i < counters.size(); ++i) {
+      keys->counterKeyInfoIs(counters[i].groupId, counters[i].entry, {i, {{}, counters[i].chips}});
+      current->counterIs(i, counters[i].current);
+      if (counters[i].cleared) {
+         cleared->counterIs(i, *counters[i].cleared);
+      }
+   }
+}
+
+void writeNexthopGroups(State const& state, Hive::EntityManager const& manager) {
+   auto const ids = manager.create<::NexthopGroup::EntryStatusWriter>(::NexthopGroup::entryStatusPath,
+                                                                      capacityFor(state.nexthopGroups.size()));
+   for (NexthopGroup const& group : state.nexthopGroups) {
+      if (group.id != 0) {
+         ids->nexthopGroupIdIs(group.name, group.id);
+      }
+   }
+   writeCounters(state, manager);
 }
 
 bool isReplaceable(fs::path const& dir) {
@@ -157,6 +192,7 @@ void writeTables(State const& state, Hive::EntityManager const& manager) {
    if (state.genericFib) {
       writeFecs<Vault::FibGen::ForwardingStatusWriter>(manager, "fibGen/forwarding", state.fecsGen);
    }
+   writeNexthopGroups(state, manager);
    writeUnprogrammed<Vault::Fib::UnprogrammedRouteStatusWriter>(
        manager, "fib/unprogrammedRoute", state, &VrfState::hardwareUnprogrammed,
        [](auto& writer, VrfId vrfId, UnprogrammedRoute const& route) { writer.unprogrammedIs(vrfId, route.prefix); });

@@ -1,4 +1,7 @@
+#include "FlexCounters/CounterTable.h"
 #include "Hive/EntityManager.h"
+#include "NexthopGroup/EntryStatus.h"
+#include "NexthopGroup/NexthopGroupEntryToCounterKeyTable.h"
 #include "Vault/ForwardingStatus.h"
 #include "Vault/KernelUnprogrammedRoute.h"
 #include "Vault/RouteStatus.h"
@@ -77,6 +80,10 @@ TEST_F(EntityManagerTest, createsAndMountsTablesByPathAndName) {
    expectMounted(type_identity<Vault::Fib::UnprogrammedRouteStatusWriter>(), "Vault::Fib::UnprogrammedRouteStatus");
    expectMounted(type_identity<Vault::KernelUnprogrammedRoute::UnprogrammedRouteWriter>(),
                  "Vault::KernelUnprogrammedRoute::UnprogrammedRoute");
+   expectMounted(type_identity<NexthopGroup::EntryStatusWriter>(), "NexthopGroup::EntryStatus");
+   expectMounted(type_identity<Routing::NexthopGroup::NexthopGroupEntryToCounterKeyTableWriter>(),
+                 "Routing::NexthopGroup::NexthopGroupEntryToCounterKeyTable");
+   expectMounted(type_identity<FlexCounters::CounterTableWriter>(), "FlexCounters::CounterTable");
    EXPECT_THROW(manager->mountEntity("t/0", "Vault::Fib::Nothing"), StateError);
 }
 

@@ -93,13 +93,24 @@ TYPED_TEST(OutputTest, gatewayOfLastResort) {
    EXPECT_EQ(box.textAfterLegend().find("Gateway"), std::string::npos) << "another prefix was asked for";
 }
 
-TYPED_TEST(OutputTest, nexthopGroupWithoutAName) {
+// Of groups with one id the last by name is shown, wherever they are in the table; damage to it costs the names.
+TYPED_TEST(OutputTest, namesOfNexthopGroups) {
    auto& box = this->box_;
-   box.inputs.nexthopGroupEntryStatus = Zam::makePtr<NexthopGroup::EntryStatus>();
    auto via = box.via("", "");
    via.intfId = Lumen::IntfId::fromNexthopGroup(8);
    box.routeIs(TypeParam::nested[0], TypeParam::RouteType::nexthopGroup, box.fecIs(1, {via}));
-   EXPECT_NE(box.text().find("via NexthopGroupUnknown, Nexthop Group ID 8\n"), std::string::npos);
+   auto const expect = [&box](std::string const& name) {
+      EXPECT_NE(box.text().find("via " + name + ", Nexthop Group ID 8\n"), std::string::npos) << box.text();
+   };
+   expect("NexthopGroupUnknown");
+   for (auto const* const name : {"m", "z", "a"}) {
+      box.nexthopGroupIs(name, 8);
+   }
+   expect("z");
+   box.damage("groups");
+   expect("NexthopGroupUnknown");
+   box.inputs.nexthopGroupEntryStatus = nullptr;
+   expect("NexthopGroupUnknown");
 }
 
 // Vias that resolve through each other, four ways each: without a bound, 4 to the power of 16 of them.

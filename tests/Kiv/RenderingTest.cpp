@@ -27,9 +27,7 @@ class RenderingTest : public ::testing::Test {
    RenderingTest() {
       box_.vrfs->vrfNameIs(8, "blue");
       box_.inputs.tunnelFib = tunnels_;
-      auto const groups = Zam::makePtr<NexthopGroup::EntryStatus>();
-      groups->nexthopGroupIdIs("web", 5);
-      box_.inputs.nexthopGroupEntryStatus = groups;
+      box_.nexthopGroupIs("web", 5);
       box_.inputs.nexthopGroupDisplay = true;
    }
 

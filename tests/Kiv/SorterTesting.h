@@ -60,6 +60,9 @@ class Box {
       hardware_ = manager_->template create<Vault::Fib::UnprogrammedRouteStatusWriter>("hardware", 64);
       kernel_ = manager_->template create<Vault::KernelUnprogrammedRoute::UnprogrammedRouteWriter>("kernel", 64);
 
+      groups_ = manager_->template create<NexthopGroup::EntryStatusWriter>("groups", 64);
+
+      inputs.nexthopGroupEntryStatus = manager_->template mount<NexthopGroup::EntryStatus>("groups");
       inputs.vrfId = vrfId;
       inputs.routingConfig = config;
       config->routingIs(true);
@@ -127,6 +130,8 @@ class Box {
       kernel_->errorIs(vrfId, Lumen::IpGenPrefix(Prefix::parse(prefix)), {12});
    }
 
+   void nexthopGroupIs(char const* name, U32 id) { groups_->nexthopGroupIdIs(name, id); }
+
    Zam::Ptr<Sorter> sorter() const {
       auto const made = Family::sorter(inputs);
       made->handleInitialized();
@@ -170,6 +175,7 @@ class Box {
    Zam::Ptr<typename Family::FecWriter> fecs_;
    Zam::Ptr<Vault::Fib::UnprogrammedRouteStatusWriter> hardware_;
    Zam::Ptr<Vault::KernelUnprogrammedRoute::UnprogrammedRouteWriter> kernel_;
+   Zam::Ptr<NexthopGroup::EntryStatusWriter> groups_;
 };
 
 extern template class Box<V4>;  // takes long to compile, and does so once

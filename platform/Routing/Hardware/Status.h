@@ -17,10 +17,17 @@ class KIV_EXPORT BasicStatus : public Zam::PtrInterface {
    U32 maxVias_ = 0;
 };
 
-// The hardware's limits for IPv4 routes. Written by the forwarding agent.
+// The hardware's limits for IPv4 routes and for nexthop groups. Written by the forwarding agent.
 class KIV_EXPORT Status final : public BasicStatus {
  public:
    std::string_view fwkType() const noexcept override { return "Routing::Hardware::Status"; }
+
+   // How many entries of a nexthop group it spreads traffic over; 0 means no limit.
+   U32 maxNexthopGroupSize() const noexcept { return maxNexthopGroupSize_; }
+   void maxNexthopGroupSizeIs(U32 size) noexcept { maxNexthopGroupSize_ = size; }
+
+ private:
+   U32 maxNexthopGroupSize_ = 0;
 };
 
 }  // namespace Routing::Hardware

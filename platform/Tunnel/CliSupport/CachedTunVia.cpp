@@ -78,6 +78,8 @@ std::string_view CachedIpTunnelInfo::name() const noexcept {
          return "GRE";
       case IpEncapType::vxlan:
          return "VXLAN";
+      case IpEncapType::udp:
+         return "UDP";
    }
    return "";
 }

@@ -24,7 +24,7 @@ class KIV_EXPORT CachedIpTunnelInfo {
    explicit CachedIpTunnelInfo(IpTunnelEncap const& encap) : encap_(encap) {}
 
    explicit operator bool() const noexcept { return static_cast<bool>(encap_); }
-   // "IP-in-IP", "GRE" or "VXLAN"; empty without an outer header.
+   // "IP-in-IP", "GRE", "VXLAN" or "UDP"; empty without an outer header.
    std::string_view name() const noexcept;
    bool isIpInIp() const noexcept { return encap_.type == IpEncapType::ipInIp; }
    // Source, destination and what else the header says. Behind an interface it begins with a comma and the kind of

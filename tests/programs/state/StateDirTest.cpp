@@ -101,7 +101,6 @@ void expectOddEntities(Inputs const& inputs) {
    EXPECT_TRUE(ip.loopback);
    EXPECT_EQ(inputs.attachedRouteStatus->route().size(), 1U);
    EXPECT_EQ(inputs.attachedRoute6Status->route().size(), 1U);
-   EXPECT_EQ(inputs.nexthopGroupEntryStatus->nexthopGroupNameToId("g"), 4294967295U);
    EXPECT_EQ(inputs.routingHardwareStatus->maxVias(), 128U);
    Routing::Rib::RouteConfigKey const key{{}, Lumen::IpGenPrefix::parse("10.9.0.0/16"), red};
    auto const& cached = the(inputs.routeCacheConfig->route(key));
@@ -110,6 +109,44 @@ void expectOddEntities(Inputs const& inputs) {
    EXPECT_EQ(inputs.routeCacheEvpnViaConfig->via(cached.fecId)[0].localIntf, e1);
    EXPECT_EQ(inputs.secondRouteConfig->route().size(), 1U);
    EXPECT_EQ(the(inputs.secondRouteConfig->route(key)).preference, 8);
+}
+
+void expectOddNexthopGroups(Inputs& inputs) {
+   using Routing::NexthopGroup::NexthopGroupEntry;
+   using Routing::NexthopGroup::NexthopGroupType;
+   auto const& ids = *inputs.nexthopGroupEntryStatus;
+   auto const& groups = *inputs.nexthopGroupConfig;
+   EXPECT_EQ(groups.nexthopGroup().size(), 3U);
+   for (auto const& [name, id] : std::map<std::string, U32>{{"g", 4294967295U}, {"full", 9}, {"bare", 0}}) {
+      EXPECT_EQ(ids.nexthopGroupNameToId(name), id);
+   }
+   EXPECT_EQ(ids.entries(), 2U);
+   EXPECT_EQ(the(groups.nexthopGroup("g")).type(), NexthopGroupType::invalid);
+   EXPECT_EQ(the(groups.nexthopGroup("bare")).type(), NexthopGroupType{255});
+   auto const& full = the(groups.nexthopGroup("full"));
+   EXPECT_EQ(full.type(), NexthopGroupType::mplsOverUdp);
+   EXPECT_EQ(full.entry().size(), 3U);
+   EXPECT_EQ(the(full.entry().find(3)), NexthopGroupEntry());
+   EXPECT_EQ(the(full.entry().find(4)), NexthopGroupEntry()) << "right after the one before it";
+   EXPECT_EQ(the(full.entry().find(4294967295U)), (NexthopGroupEntry{{},
+                                                                     Lumen::IpGenAddr::parse("::1"),
+                                                                     Lumen::IntfId::named("e1"),
+                                                                     Lumen::MplsLabelOperation::parse("push 0 1048575"),
+                                                                     Lumen::IpGenAddr::parse("10.0.0.1"),
+                                                                     Lumen::IpGenAddr::parse("fe80::1"),
+                                                                     4294967295U,
+                                                                     65535}));
+   EXPECT_EQ(inputs.routingHardwareStatus->maxNexthopGroupSize(), 4294967295U);
+   auto const& red = the(inputs.nexthopGroupHardwareStatus->vrfStatus("red"));
+   EXPECT_TRUE(red.programmed(9, 3) && red.programmed(9, 4294967295U) && red.programmed(4294967295U));
+   EXPECT_FALSE(red.programmed(9, 4) || red.programmed(4294967295U, 0));
+   EXPECT_FALSE(the(inputs.nexthopGroupHardwareStatus->vrfStatus("default")).programmed(9));
+   auto const& counters = the(inputs.nexthopGroupCounters());
+   EXPECT_EQ(counters.getCounters(9, 3), (Kiv::CounterEntry{{}, 18446744073709551613U, 5}));
+   EXPECT_EQ(counters.getCounters(4294967295U, 4294967295U), (Kiv::CounterEntry{{}, 0, 7}));
+   EXPECT_EQ(counters.counterIndex(9, 3), (Kiv::CounterIndex{{}, 0, {{}, ~U64{0}}}));
+   EXPECT_EQ(counters.counterIndex(4294967295U, 4294967295U), (Kiv::CounterIndex{{}, 1, {{}, 1}}));
+   EXPECT_EQ(the(counters.snapshotTable()).counters(), 1U) << "the other was never cleared";
 }
 
 // Every table holds the tunnel of index 3, and what it leads to tells the type.
@@ -168,6 +205,8 @@ TEST_F(StateDir, HoldsWhatTheSnapshotSays) {
    expectTables(snapshot.state, loaded);
    expectOddEntities(loaded);
    expectOddTunnels(loaded);
+   expectOddNexthopGroups(loaded);
+   EXPECT_EQ(snapshot.entities.find("nexthopGroupCounters"), std::string::npos) << "they are in the tables";
    EXPECT_EQ(filesBeside(), 1U);
 
    // The same without a directory; nothing of it is left behind.
@@ -175,6 +214,7 @@ TEST_F(StateDir, HoldsWhatTheSnapshotSays) {
    expectTables(snapshot.state, inPrivate);
    expectOddEntities(inPrivate);
    expectOddTunnels(inPrivate);
+   expectOddNexthopGroups(inPrivate);
    EXPECT_FALSE(fs::exists(fs::path(inPrivate.forwardingStatus->path())));
 }
 

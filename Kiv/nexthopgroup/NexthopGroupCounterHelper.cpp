@@ -1,0 +1,62 @@
+#include "Kiv/nexthopgroup/NexthopGroupCounterHelper.h"
+
+#include "Kiv/routedisplay/SafeLookup.h"
+
+namespace Kiv {
+
+namespace {
+
+using FlexCounters::FeatureId;
+
+// Null when there is nothing at the path.
+template <class Table>
+Zam::Ptr<Table const> mounted(Hive::EntityManager const& manager, std::string_view path, std::string_view type) {
+   return Zam::ptrCast<Table const>(manager.mountEntity(path, type));
+}
+
+FlexCounters::Counter counterAt(FlexCounters::CounterTable const* table, U64 counterIndex) {
+   auto const found = safeLookup(table, [&](auto const& counters) { return counters.counter(counterIndex); });
+   return found.value_or(FlexCounters::Counter());
+}
+
+}  // namespace
+
+NexthopGroupCounterHelper::~NexthopGroupCounterHelper() = default;
+
+std::string_view NexthopGroupCounterHelper::fwkType() const noexcept {
+   return "Kiv::NexthopGroupCounterHelper";
+}
+
+void NexthopGroupCounterHelper::mountCounterVaults(Zam::Ptr<Hive::EntityManager const> const& entityManager) {
+   using KeyTable = Routing::NexthopGroup::NexthopGroupEntryToCounterKeyTable;
+   constexpr auto feature = FeatureId::nexthopGroup;
+   auto const counters = [&](std::string const& path) {
+      return mounted<FlexCounters::CounterTable>(*entityManager, path, "FlexCounters::CounterTable");
+   };
+   counterKeyTable_ = mounted<KeyTable>(*entityManager, Routing::NexthopGroup::counterKeyTablePath,
+                                        "Routing::NexthopGroup::NexthopGroupEntryToCounterKeyTable");
+   counterTable_ = counters(FlexCounters::counterTablePath(feature, FlexCounters::allUnits));
+   snapshotTable_ = counters(FlexCounters::snapshotTablePath(feature, FlexCounters::allUnits));
+}
+
+CounterIndex NexthopGroupCounterHelper::counterIndex(NexthopGroupId groupId, U32 entry) const {
+   auto const info =
+       safeLookup(counterKeyTable_.get(), [&](auto const& keys) { return keys.counterKeyInfo(groupId, entry); });
+   return {{}, info.counterIndex, info.chipMask};
+}
+
+CounterEntry NexthopGroupCounterHelper::getCounters(NexthopGroupId groupId, U32 entry) const {
+   auto const index = counterIndex(groupId, entry);
+   if (!Zam::isSet(index)) {
+      return {};
+   }
+   auto const current = counterAt(counterTable_.get(), index.counterIndex);
+   auto const cleared = counterAt(snapshotTable_.get(), index.counterIndex);
+   return {{}, current.packets - cleared.packets, current.bytes - cleared.bytes};
+}
+
+Zam::Ptr<NexthopGroupCounterHelper> nexthopGroupCounterHelperFactory() {
+   return Zam::makePtr<NexthopGroupCounterHelper>();
+}
+
+}  // namespace Kiv

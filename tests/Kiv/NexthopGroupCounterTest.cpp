@@ -1,0 +1,153 @@
+#include "NexthopGroupTesting.h"
+#include "Zam/TypeRegistry.h"
+
+namespace Kiv::Testing {
+
+namespace {
+
+using FlexCounters::Counter;
+using FlexCounters::CounterTableWriter;
+using Routing::NexthopGroup::NexthopGroupEntryToCounterKeyTableWriter;
+
+constexpr U64 biggest = ~U64{0};
+
+class NexthopGroupCounterTest : public ::testing::Test {
+ protected:
+   static constexpr char const* currentPath = "flexCounters/counterTable/nexthopGroup/4294967295";
+   static constexpr char const* snapshotPath = "flexCounters/snapshotTable/nexthopGroup/4294967295";
+   static constexpr char const* keyPath = "tunnel/nexthop/counterkeyinfo";
+
+   void keysAre(std::map<std::pair<U32, U32>, U64> const& counters) {
+      auto const writer = box_.manager->create<NexthopGroupEntryToCounterKeyTableWriter>(keyPath, 16);
+      for (auto const& [key, index] : counters) {
+         writer->counterKeyInfoIs(key.first, key.second, {index, {{}, 1}});
+      }
+   }
+   void countersAre(char const* path, std::map<U64, Counter> const& counters) const {
+      auto const writer = box_.manager->create<CounterTableWriter>(path, 16);
+      for (auto const& [index, counter] : counters) {
+         writer->counterIs(index, counter);
+      }
+   }
+   Zam::Ptr<NexthopGroupCounterHelper> helper() const {
+      auto helper = NexthopGroupCounterHelperIs();
+      helper->mountCounterVaults(box_.manager);
+      return helper;
+   }
+
+   GroupBox box_;
+};
+
+TEST_F(NexthopGroupCounterTest, countsSinceTheLastClear) {
+   keysAre({{{7, 0}, 100}, {{7, 1}, 101}, {{7, 2}, 102}, {{7, 3}, 103}, {{8, 0}, 0}});
+   countersAre(currentPath, {{0, {5, 6}}, {100, {10, 1000}}, {101, {20, 2000}}, {102, {biggest, biggest}}});
+   countersAre(snapshotPath,
+               {{100, {4, 400}}, {101, {21, 2000}}, {102, {biggest, 0}}, {103, {1, biggest}}, {9, {1, 1}}});
+   struct Case {
+      U32 groupId, entry;
+      U64 packets, bytes;
+   };
+   auto const counters = helper();
+   for (auto const& [groupId, entry, packets, bytes] : {
+            Case{7, 0, 6, 600}, Case{7, 1, biggest, 0},  // the snapshot is one packet ahead
+            Case{7, 2, 0, biggest},                      //
+            Case{7, 3, biggest, 1},                      // a counter that went, but for its snapshot
+            Case{8, 0, 5, 6},                            // the counter 0, which has no snapshot
+            Case{7, 4, 0, 0},                            // no counter
+            Case{0, 0, 0, 0},                            // no group
+        }) {
+      EXPECT_EQ(counters->getCounters(groupId, entry), (CounterEntry{{}, packets, bytes})) << groupId << ' ' << entry;
+   }
+}
+
+// A missing table is an empty one.
+TEST_F(NexthopGroupCounterTest, withoutSomeOfTheTables) {
+   auto const expect = [this](U64 packets) {
+      EXPECT_EQ(helper()->getCounters(7, 0), (CounterEntry{{}, packets, packets * 10})) << packets;
+   };
+   EXPECT_EQ(helper()->counterKeyTable(), nullptr);
+   expect(0);
+   countersAre(currentPath, {{100, {10, 100}}});
+   expect(0);
+   keysAre({{{7, 0}, 100}});
+   expect(10);
+   countersAre(snapshotPath, {{99, {3, 30}}});
+   expect(10);
+   countersAre(snapshotPath, {{100, {3, 30}}});
+   expect(7);
+   auto const cleared = helper();
+   cleared->snapshotTableIs(nullptr);
+   EXPECT_EQ(cleared->getCounters(7, 0).packets, 10U);
+   EXPECT_EQ(NexthopGroupCounterHelperIs()->getCounters(7, 0), CounterEntry());
+}
+
+// Damage is told to the table that has it; in the table of keys it makes an entry one without a counter.
+TEST_F(NexthopGroupCounterTest, damagedTables) {
+   keysAre({{{7, 0}, 100}});
+   countersAre(currentPath, {{100, {10, 1000}}});
+   countersAre(snapshotPath, {{100, {4, 400}}});
+   auto const ruinBuckets = [this](std::string_view path) {
+      for (U64 bucket = 0; bucket < 16; ++bucket) {
+         Vault::Testing::patch(box_.fileOf(path), Vault::pageSize + bucket * sizeof(U32), 0xeeeeeeeeU);
+      }
+   };
+   ruinBuckets(snapshotPath);
+   auto const counters = helper();
+   EXPECT_EQ(counters->getCounters(7, 0), (CounterEntry{{}, 10, 1000}));
+   EXPECT_EQ(counters->snapshotTable()->corruptions(), 1U);
+   EXPECT_EQ(counters->counterTable()->corruptions(), 0U);
+   std::string told;
+   ruinBuckets(keyPath);
+   counters->counterKeyTable()->corruptionHookIs([&](std::string_view message) { told = message; });
+   EXPECT_EQ(counters->getCounters(7, 0), CounterEntry());
+   EXPECT_EQ(told, box_.fileOf(keyPath) + ": slot 4008636141");
+   std::ofstream(box_.fileOf(currentPath)) << "no table";
+   EXPECT_THROW(helper(), Vault::MountError);
+}
+
+TEST_F(NexthopGroupCounterTest, valuesAsTheScriptingLayerSeesThem) {
+   registerTypes();
+   CounterIndex const index{{}, biggest, {{}, 5}};
+   CounterEntry const entry{{}, 1, biggest};
+   EXPECT_EQ(Zam::valueToStrep(index),
+             "Value('Kiv::CounterIndex', ** {'counterIndex': 18446744073709551615, 'chipMask': "
+             "Value('FlexCounters::ChipMask', ** {'chips': 5})})");
+   EXPECT_EQ(Zam::valueToStrep(entry), "Value('Kiv::CounterEntry', ** {'packets': 1, 'bytes': 18446744073709551615})");
+   EXPECT_EQ(Zam::strepToValue<CounterIndex>(Zam::valueToStrep(index)), index);
+   EXPECT_EQ(Zam::strepToValue<CounterEntry>(Zam::valueToStrep(entry)), entry);
+   EXPECT_NE(index, (CounterIndex{{}, biggest, {{}, 4}}));
+   keysAre({{{7, 0}, 100}});
+   countersAre(currentPath, {{100, {10, 1000}}});
+   auto const& type = *Zam::TypeRegistry::instance().type("Kiv::NexthopGroupCounterHelper");
+   std::any object = type.construct();
+   type.call(object, "mountCounterVaults", std::vector<std::any>{box_.manager});
+   auto const counted = type.call(object, "getCounters", std::vector<std::any>{U32{7}, U32{0}});
+   EXPECT_EQ(std::any_cast<CounterEntry>(counted), (CounterEntry{{}, 10, 1000}));
+   EXPECT_DEATH(Zam::makePtr<NexthopGroupCliCounterInterface>()->getCounters(index),
+                "0 && \"Need to implement getCounters in a derived class\".*Kiv/CliSupport");
+}
+
+// The table replaced under a reader's feet: it keeps the one it has; the next mount finds the new one, whole.
+TEST_F(NexthopGroupCounterTest, replacedTablesAppearWhole) {
+   countersAre(snapshotPath, {{1, {1, 1}}, {2, {2, 2}}});
+   auto const before = helper();
+   auto const replace = [this](auto&& fill) {
+      box_.manager->replace<CounterTableWriter>(snapshotPath, {.capacity = 4}, fill);
+   };
+   replace([&](CounterTableWriter& writer) {
+      writer.counterIs(2, {9, 9});
+      EXPECT_EQ(helper()->snapshotTable()->counters(), 2U) << "not there before it is filled";
+      EXPECT_THROW(replace([](auto&) {}), Vault::MountError) << "one at a time";
+   });
+   EXPECT_EQ(before->snapshotTable()->counters(), 2U);
+   EXPECT_EQ(helper()->snapshotTable()->counter(2), (Counter{9, 9}));
+   EXPECT_EQ(helper()->snapshotTable()->counters(), 1U);
+   EXPECT_THROW(replace([](auto&) { throw std::runtime_error("no"); }), std::runtime_error);
+   EXPECT_EQ(helper()->snapshotTable()->counters(), 1U);
+   auto const folder = std::filesystem::path(box_.fileOf(snapshotPath)).parent_path();
+   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1) << "nothing is left beside it";
+}
+
+}  // namespace
+
+}  // namespace Kiv::Testing

@@ -1,0 +1,154 @@
+#include "NexthopGroup/EntryStatus.h"
+#include "NexthopGroup/NexthopGroupEntryToCounterKeyTable.h"
+#include "Routing/Hardware/NexthopGroupStatus.h"
+#include "Routing/NexthopGroup/Config.h"
+#include "tests/Vault/VaultTesting.h"
+
+namespace NexthopGroup {
+
+namespace {
+
+using Vault::Testing::patch;
+
+// Names that differ at their ends and in their lengths, up to the longest.
+std::string nameOf(U32 i) {
+   std::string const number = std::to_string(i);
+   std::size_t const length = i % 3 == 0 ? Routing::NexthopGroup::maxNameLength : 8 + i % 60;
+   return std::string(length - number.size(), static_cast<char>('a' + i % 2)) + number;
+}
+
+class EntryStatusTest : public Vault::Testing::TableTest {
+ protected:
+   static constexpr U32 groups = 30;
+
+   void fill() const {
+      EntryStatusWriter writer(path_, {.capacity = 64});
+      for (U32 i = 0; i < groups; ++i) {
+         writer.nexthopGroupIdIs(nameOf(i), i + 1);
+      }
+   }
+   U64 row(U32 index) const {
+      return Vault::Testing::slotOffset<EntryRecord>(path_, index) + offsetof(Vault::Slot<EntryRecord>, words);
+   }
+   static std::map<std::string, U32> walked(EntryStatus const& reader) {
+      std::map<std::string, U32> found;
+      reader.walk([&](std::string_view name, U32 id) { EXPECT_TRUE(found.emplace(name, id).second) << name; });
+      return found;
+   }
+};
+
+TEST_F(EntryStatusTest, findsIdsByName) {
+   Vault::Testing::Random random(9);
+   std::map<std::string, U32> oracle;
+   EntryStatusWriter writer(path_, {.capacity = 32});
+   EntryStatus const reader(path_);
+   for (U32 step = 0; step < 3000; ++step) {
+      auto const name = nameOf(random.below(30));
+      if (U32 const id = random.below(4); id == 0) {
+         ASSERT_EQ(writer.nexthopGroupIdDel(name), oracle.erase(name) == 1);
+      } else {
+         writer.nexthopGroupIdIs(name, id);  // ids repeat
+         oracle[name] = id;
+      }
+      auto const sought = nameOf(random.below(31));
+      auto const expected = oracle.find(sought);
+      ASSERT_EQ(reader.nexthopGroupNameToId(sought), expected != oracle.end() ? expected->second : 0);
+   }
+   EXPECT_EQ(walked(reader), oracle);
+   EXPECT_EQ(reader.entries(), oracle.size());
+}
+
+// What is no name is refused where a group is configured, and is no group's where one is looked for.
+TEST_F(EntryStatusTest, namesHaveABound) {
+   using namespace std::string_literals;
+   EntryStatusWriter writer(path_, {.capacity = 4});
+   std::string const longest(127, 'n');
+   for (auto const& name : {""s, longest + "n", "a b"s, "a\tb"s, "a\0"s, "\x7f"s}) {
+      EXPECT_THROW(writer.nexthopGroupIdIs(name, 1), Zam::RangeError) << name;
+      EXPECT_THROW((Routing::NexthopGroup::NexthopGroupConfigEntry(name, Routing::NexthopGroup::NexthopGroupType::ip)),
+                   Zam::RangeError);
+      EXPECT_EQ(writer.nexthopGroupNameToId(name), 0U);
+      EXPECT_FALSE(writer.nexthopGroupIdDel(name));
+   }
+   EXPECT_THROW(writer.nexthopGroupIdIs("a", 0), Zam::RangeError);
+   writer.nexthopGroupIdIs(longest, 7);
+   writer.nexthopGroupIdIs("\xc3\xa9", 8);
+   EXPECT_EQ(writer.nexthopGroupNameToId(longest), 7U);
+   EXPECT_EQ(writer.nexthopGroupNameToId("\xc3\xa9"), 8U);
+   EXPECT_EQ(writer.nexthopGroupNameToId(longest.substr(1)), 0U);
+}
+
+// A row in the middle that no writer made: its group is lost and told of, the others are not.
+TEST_F(EntryStatusTest, damageCostsItsGroupAlone) {
+   struct Case {
+      U64 offset;
+      U32 value;
+      bool nameStays;
+   };
+   for (auto const& [offset, value, nameStays] :
+        {Case{offsetof(EntryRecord, id), 0, true}, Case{offsetof(EntryRecord, zero), 5, true},
+         Case{2, 0x01010101, false}, Case{0, 0, false}}) {
+      fill();
+      patch(path_, row(13) + offset, value);
+      EntryStatus const reader(path_);
+      EXPECT_EQ(walked(reader).size(), groups - 1);
+      EXPECT_EQ(reader.corruptions(), 1U);
+      EXPECT_TRUE(reader.corruption().starts_with(path_ + ": impossible nexthop group, id ")) << reader.corruption();
+      if (nameStays) {
+         EXPECT_THROW(reader.nexthopGroupNameToId(nameOf(13)), Vault::CorruptionError);
+         for (U32 i = 0; i < groups; ++i) {
+            EXPECT_EQ(i == 13 ? i + 1 : reader.nexthopGroupNameToId(nameOf(i)), i + 1);
+         }
+      }
+      EntryStatusWriter const next(path_);
+      EXPECT_EQ(next.repaired(), 1U);
+      EXPECT_EQ(next.nexthopGroupNameToId(nameOf(13)), 0U);
+      EXPECT_EQ(next.entries(), groups - 1);
+   }
+}
+
+using CounterKeyTableTest = Vault::Testing::TableTest;
+
+TEST_F(CounterKeyTableTest, tellsTheCounterOfAnEntry) {
+   using namespace Routing::NexthopGroup;
+   constexpr U32 last = ~U32{0};
+   NexthopGroupEntryToCounterKeyTableWriter writer(path_, {.capacity = 4});
+   NexthopGroupEntryToCounterKeyTable const reader(path_);
+   CounterKeyInfo const first{0, {{}, 1}};
+   CounterKeyInfo const second{~U64{0}, {{}, ~U64{0}}};
+   EXPECT_THROW(writer.counterKeyInfoIs(0, 1, first), Zam::RangeError);
+   writer.counterKeyInfoIs(1, 2, first);
+   writer.counterKeyInfoIs(2, 1, second);  // the same numbers the other way round
+   writer.counterKeyInfoIs(last, last, second);
+   EXPECT_EQ(reader.counterKeyInfo(1, 2), first);
+   EXPECT_EQ(reader.counterKeyInfo(2, 1), second);
+   EXPECT_EQ(reader.counterKeyInfo(last, last), second);
+   EXPECT_EQ(reader.counterKeyInfo(1, 1), CounterKeyInfo());
+   EXPECT_TRUE(writer.counterKeyInfoDel(2, 1));
+   EXPECT_FALSE(writer.counterKeyInfoDel(2, 1));
+   EXPECT_EQ(reader.counterKeyInfo(2, 1), CounterKeyInfo());
+   EXPECT_EQ(reader.entries(), 2U);
+}
+
+TEST(HardwareStatusTest, knowsGroupsAndTheirEntriesByVrf) {
+   Routing::Hardware::NexthopGroupStatus status;
+   status.vrfStatusIs("red")->programmedIs(5, {9, 0, 4});
+   status.vrfStatusIs("red")->programmedIs(6, {});
+   EXPECT_EQ(status.vrfStatus("default"), nullptr);
+   auto const red = status.vrfStatus("red");
+   for (auto const& [entry, programmed] :
+        std::map<U32, bool>{{0, true}, {1, false}, {4, true}, {9, true}, {10, false}}) {
+      EXPECT_EQ(red->programmed(5, entry), programmed) << entry;
+   }
+   EXPECT_TRUE(red->programmed(6));
+   EXPECT_FALSE(red->programmed(6, 0));
+   EXPECT_FALSE(red->programmed(0));
+   EXPECT_THROW(status.vrfStatusIs("red")->programmedIs(0, {}), Zam::RangeError);
+   status.vrfStatusDel("red");
+   EXPECT_EQ(status.vrfStatus("red"), nullptr);
+   EXPECT_TRUE(red->programmed(5)) << "who holds it keeps it";
+}
+
+}  // namespace
+
+}  // namespace NexthopGroup
