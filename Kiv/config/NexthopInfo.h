@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Routing/Via.h"
-#include "Zam/OrderedMap.h"
+#include "Zam/FlatMap.h"
 #include "Zam/String.h"
 #include "Zam/Value.h"
 
@@ -11,14 +11,14 @@ namespace Kiv {
 // one line for each via.
 struct NexthopInfo : Zam::ValueType {
    Zam::String nexthopCmd{};
-   Zam::OrderedMap<Routing::Via, Zam::String> sortedVia{};
+   Zam::FlatMap<Routing::Via, Zam::String> sortedVia{};
 
    static constexpr auto zamDescription() {
       return Zam::describe<NexthopInfo>("Kiv::NexthopInfo", Zam::attribute("nexthopCmd", &NexthopInfo::nexthopCmd),
                                         Zam::collection("sortedVia", &NexthopInfo::sortedVia));
    }
 
-   void sortedViaIs(Routing::Via via, Zam::String text) { sortedVia.insertOrReplace(std::move(via), std::move(text)); }
+   void sortedViaIs(Routing::Via const& via, Zam::String text) { sortedVia.insertOrReplace(via, std::move(text)); }
    void sortedViaDel(Routing::Via const& via) { sortedVia.erase(via); }
    void sortedViaDelAll() noexcept { sortedVia.clear(); }
 };

@@ -5,9 +5,12 @@
 #include "Lumen/TextValue.h"
 #include "Zam/ActivityLock.h"
 #include "Zam/Error.h"
+#include "Zam/WordSort.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <vector>
 
 namespace Kiv {
 
@@ -16,7 +19,6 @@ namespace {
 using Lumen::IpGenAddr;
 using Routing::Route;
 using Routing::Via;
-using PersistentRoutes = Zam::OrderedMap<RouteSortKey, Zam::Ptr<Route const>>;
 
 void append(std::string& out, std::string_view text) {
    out += text;
@@ -78,6 +80,7 @@ class TailWriter {
 
    NexthopInfo viaRoute(Route const& route) {
       NexthopInfo info;
+      info.sortedVia.reserve(route.via().size());
       for (auto const& [via, viaMetric] : route.via()) {
          text_.clear();
          nexthop(route, via);
@@ -90,7 +93,7 @@ class TailWriter {
          if (!route.leakToVrf().isDefaultVrf()) {
             piece(" leak vrf ", route.leakToVrf());
          }
-         info.sortedViaIs(via, std::string_view(text_));
+         info.sortedVia.valueOf(via) = std::string_view(text_);
       }
       return info;
    }
@@ -158,47 +161,91 @@ class TailWriter {
    std::string text_;
 };
 
-// In the order of their lines. Held, since the list may change whenever the activity lock is released, and a hash map
-// that changes cannot be walked on.
-PersistentRoutes persistentRoutes(Routing::RouteList const& routeList) {
-   PersistentRoutes routes;
-   for (auto const& [key, route] : routeList.route()) {
-      if (!route->nonPersistent()) {
-         routes.insertOrReplace({{}, key.prefix, key.preference}, route);
-      }
+// Asks for the memory of what will be read soon.
+template <class T>
+void prefetch(T const& object) {
+   constexpr std::size_t cacheLine = 64;
+   for (std::size_t at = 0; at < sizeof(T); at += cacheLine) {
+      __builtin_prefetch(reinterpret_cast<char const*>(&object) + at);
    }
-   return routes;
+}
+constexpr std::size_t ahead = 8;
+
+RouteSortKey sortKey(Routing::RouteKey const& key) {
+   return {{}, key.prefix, key.preference};
 }
 
-// Both phases of save() in one place would hold on to the routes while the lock is released.
-std::size_t fill(StaticRoutesCliSaver& saver, Routing::RouteList const& routeList, TailWriter writer) {
-   std::size_t tails = 0;
-   U32 count = 0;
-   for (auto const& [key, route] : persistentRoutes(routeList)) {
-      auto info = writer.nexthopInfo(*route);
-      tails += info.nexthopCmd.length();
-      for (auto const& [via, tail] : info.sortedVia) {
-         tails += tail.length();
+// The routes to save, in the order of their lines. They are held: the list may change whenever the activity lock is
+// released, and a hash map that changes cannot be walked on.
+//
+// The map alone is walked in its own order. Routes are first touched in the order of their lines, which is, more often
+// than not, the one in which a saved configuration made them, and so that of their memory.
+std::vector<Zam::Ptr<Route const>> persistentRoutes(Routing::RouteList const& routeList) {
+   std::vector<Route const*> routes;
+   std::vector<Zam::WordAndIndex> order;
+   routes.reserve(routeList.route().size());
+   order.reserve(routeList.route().size());
+   for (auto const& [key, route] : routeList.route()) {
+      order.push_back({sortKey(key).sortWord(), static_cast<U32>(routes.size())});
+      routes.push_back(route.get());
+   }
+   Zam::sortByWord(order);
+   auto const keyOf = [&routes](auto const& item) { return sortKey(routes[item.index]->key()); };
+   for (auto run = order.begin(); run != order.end();) {
+      auto const end = std::find_if(run, order.end(), [run](auto const& item) { return item.word != run->word; });
+      if (end - run > 1) {
+         std::sort(run, end, [&](auto const& a, auto const& b) { return keyOf(a) < keyOf(b); });
       }
-      saver.sortedRouteIs(key, std::move(info));
+      run = end;
+   }
+   std::vector<Zam::Ptr<Route const>> held;
+   held.reserve(order.size());
+   for (std::size_t i = 0; i != order.size(); ++i) {
+      __builtin_prefetch(routes[order[std::min(i + ahead, order.size() - 1)].index]);
+      if (auto const* const route = routes[order[i].index]; !route->nonPersistent()) {
+         held.emplace_back(route);
+      }
+   }
+   return held;
+}
+
+// Fills the saver; returns the length of all texts. Its end lets go of the routes, which takes the activity lock.
+std::size_t fill(StaticRoutesCliSaver& saver, Routing::RouteList const& routeList, TailWriter writer) {
+   std::size_t length = 0;
+   U32 count = 0;
+   auto const routes = persistentRoutes(routeList);
+   for (std::size_t i = 0; i != routes.size(); ++i) {
+      prefetch(*routes[std::min(i + 2 * ahead, routes.size() - 1)]);
+      if (auto const& vias = routes[std::min(i + ahead, routes.size() - 1)]->via(); !vias.empty()) {
+         prefetch(*vias.begin());
+      }
+      auto const& route = routes[i];
+      auto info = writer.nexthopInfo(*route);
+      length += info.nexthopCmd.length();
+      for (auto const& [via, tail] : info.sortedVia) {
+         length += tail.length();
+      }
+      saver.sortedRouteIs(sortKey(route->key()), std::move(info));
       allowWatchdog(count);
    }
-   return tails;
+   return length;
 }
 
 std::string lines(StaticRoutesCliSaver const& saver, std::string_view routeCmd, std::size_t expectedSize) {
    std::string out;
    out.reserve(expectedSize);
-   std::string head;
+   std::array<char, Lumen::IpGenPrefix::maxTextLength> text;
    for (auto const& [key, info] : saver.sortedRoute) {
-      head = routeCmd;
-      append(head, key.prefix);
+      std::string_view const prefix(text.data(), key.prefix.formatTo(text.data()));
+      auto const line = [&out, routeCmd, prefix](std::string_view tail) {
+         out.append(routeCmd).append(prefix).append(tail) += '\n';
+      };
       if (!info.nexthopCmd.empty()) {
-         out.append(head).append(info.nexthopCmd) += '\n';
+         line(info.nexthopCmd);
          continue;
       }
       for (auto const& [via, tail] : info.sortedVia) {
-         out.append(head).append(tail) += '\n';
+         line(tail);
       }
    }
    return out;

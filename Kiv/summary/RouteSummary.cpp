@@ -8,6 +8,8 @@
 
 #include "Zam/Error.h"
 
+#include <vector>
+
 namespace Kiv {
 
 namespace {
@@ -114,6 +116,19 @@ void loadAttached(Summary& summary) {
    }
 }
 
+// The VRF's prefixes in the route cache, apart from it, because others may change it whenever the watchdog is let in.
+std::vector<Lumen::Prefix> cachedPrefixes(RouteSummary const& summary) {
+   std::vector<Lumen::Prefix> prefixes;
+   if (summary.routeCacheConfig) {
+      for (auto const& [key, entry] : summary.routeCacheConfig->route()) {
+         if (key.prefix.family() == Lumen::AddressFamily::ipv4 && isOfVrf(summary, key.vrfId)) {
+            prefixes.push_back(key.prefix.prefix());
+         }
+      }
+   }
+   return prefixes;
+}
+
 }  // namespace
 
 void RouteSummary::loadInternalStructures() {
@@ -126,18 +141,13 @@ void RouteSummary::loadAttachedRoutes() {
 
 void RouteSummary::loadRouteCacheRoutes() {
    Counters<SummaryIpv4> counters;
-   if (routeCacheConfig) {
-      U32 sinceYield = 0;
-      for (auto const& [key, entry] : routeCacheConfig->route()) {
-         Lumen::Prefix const prefix = key.prefix.prefix();
-         bool const isCounted = !prefix.isNullPrefix() && isOfVrf(*this, key.vrfId) &&
-                                !safeLookup(routingStatus.get(), [&](auto const& fib) { return fib.route(prefix); });
-         if (isCounted) {
-            ++counters.staticPersistent;
-            counters.incrementRoute(Routing::Fib::RouteType::staticConfig, prefix.length());
-         }
-         allowWatchdog(sinceYield);
+   U32 sinceYield = 0;
+   for (Lumen::Prefix const& prefix : cachedPrefixes(*this)) {
+      if (!safeLookup(routingStatus.get(), [&](auto const& fib) { return fib.route(prefix); })) {
+         ++counters.staticPersistent;
+         counters.incrementRoute(Routing::Fib::RouteType::staticConfig, prefix.length());
       }
+      allowWatchdog(sinceYield);
    }
    trace(0, "loadRouteCacheRoutes", "void Kiv::RouteSummary::loadRouteCacheRoutes()", " applying final count");
    counters.apply(*this);

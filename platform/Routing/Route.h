@@ -4,7 +4,7 @@
 #include "Routing/RouteType.h"
 #include "Routing/Via.h"
 #include "Zam/Export.h"
-#include "Zam/OrderedMap.h"
+#include "Zam/FlatMap.h"
 #include "Zam/Ptr.h"
 #include "Zam/String.h"
 
@@ -15,12 +15,12 @@ namespace Routing {
 // One configured static route. It belongs to the RouteList that made it; key and route type are fixed for its life.
 // A forward route has vias; the drop and nexthop-group attributes mean something on routes of those types only.
 //
-// Nearly every route has a single via, so what is kept per via is in ordered maps: a hash map of one via is eight
+// Nearly every route has a single via, so what is kept per via is in sorted arrays: a hash map of one via is eight
 // slots.
 class KIV_EXPORT Route final : public Zam::PtrInterface {
  public:
-   using Vias = Zam::OrderedMap<Via, RouteMetric>;
-   using ViaNames = Zam::OrderedMap<Via, Zam::String>;
+   using Vias = Zam::FlatMap<Via, RouteMetric>;
+   using ViaNames = Zam::FlatMap<Via, Zam::String>;
 
    Route(RouteKey const& key, RouteType routeType) noexcept : key_(key), routeType_(routeType) {}
    std::string_view fwkType() const noexcept override { return "Routing::Route"; }

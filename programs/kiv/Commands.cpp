@@ -63,8 +63,11 @@ constexpr Clause addressClause{.keyword = "",
                                .required = true,
                                .accepts = anyWord,
                                .check = check};
-constexpr Clause onInterface{
-    .keyword = "interface", .parameter = "NAME", .help = "the interface that is to have it", .required = true};
+constexpr Clause onInterface{.keyword = "interface",
+                             .parameter = "NAME",
+                             .help = "the interface that is to have it",
+                             .required = true,
+                             .check = checkInterfaceText};
 constexpr std::array checkIpClauses{
     addressClause<checkIpAddressText>, onInterface,
     Clause{.keyword = "secondary", .parameter = "", .help = "beside the interface's primary address"}};

@@ -81,7 +81,7 @@ ExitStatus configureFromFile(Request const& request) {
          carryOut(change.state(), std::move(options));
       } catch (UsageError const& error) {
          throw UsageError(place() + error.what());
-      } catch (std::runtime_error const& error) {
+      } catch (std::exception const& error) {
          throw std::runtime_error(place() + error.what());
       }
    }

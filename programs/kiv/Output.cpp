@@ -1,6 +1,7 @@
 #include "programs/kiv/Output.h"
 
 #include "cliprint/CliPrintBuffer.h"
+#include "cliprint/Interrupt.h"
 
 #include <unistd.h>
 
@@ -23,6 +24,9 @@ ExitStatus writeOutput(std::string_view text) {
    cliprint::CliPrintBuffer buffer(STDOUT_FILENO);
    buffer.append(text);
    buffer.ioflush();
+   if (cliprint::interrupted()) {
+      return ExitStatus::interrupted;
+   }
    return buffer.error() == 0 ? ExitStatus::ok : outputFailed(buffer.error());
 }
 

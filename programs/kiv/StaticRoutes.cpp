@@ -4,6 +4,7 @@
 #include "programs/state/State.h"
 
 #include <algorithm>
+#include <limits>
 #include <stdexcept>
 
 namespace kiv {
@@ -84,11 +85,26 @@ Zam::Ptr<Routing::Hardware::Status const> hardwareStatus(state::State const& sta
    return status;
 }
 
+// What agents added may be of a kind that no command adds a via to. What is configured lasts, whoever began it.
+void makeConfigured(Routing::RouteList& list, Request const& request) {
+   Routing::RouteKey const key{{},
+                               Lumen::IpGenPrefix::parse(*request.value(prefix)),
+                               static_cast<U8>(numberOf(request, preference, defaultPreference))};
+   Routing::Route* const route = list.route(key);
+   if (route != nullptr && route->routeType() == Routing::RouteType::l2NexthopGroup) {
+      throw refusal(*request.value(prefix), request, "is a layer-2 nexthop group route");
+   }
+   if (route != nullptr) {
+      route->nonPersistentIs(false);
+   }
+}
+
 void addRoute(state::State& state, Request const& request, AddressFamily family) {
    auto const helper = Kiv::ipRouteCliPluginHelperFactory(hardwareStatus(state, family));
    checkDestination(*helper, request, family);
    state::VrfState& own = vrfOf(state, request);
    checkVrfs(request, own);
+   makeConfigured(own.staticRoutes.of(family), request);
    auto const& local = request.value(localInterface);
    bool const isDone = helper->manageRoute(
        family == AddressFamily::ipv6 ? own.staticRoutes.ip6 : own.staticRoutes.ip, Zam::String(own.name.bytes()),
@@ -103,8 +119,7 @@ void addRoute(state::State& state, Request const& request, AddressFamily family)
    }
 }
 
-// What is said fits, and what is not said fits anything. But where the route has the very via that the words would
-// configure, it is that one alone which is meant.
+// What is said fits, and what is not said fits anything.
 class Fits {
  public:
    explicit Fits(Request const& request, AddressFamily family)
@@ -112,15 +127,26 @@ class Fits {
          type_(typeOf(request)),
          hop_(Lumen::IpGenAddr::parse(hopOf(request, family))) {}
 
-   bool hasWayOut() const {
-      return std::ranges::any_of(waysOut, [&](auto clause) { return request_.has(clause); });
-   }
+   // Whether the words tell vias apart, and not just routes.
+   bool saysVia() const { return says(ofVias) || says(ofAnyWay); }
+   // Whether they say where the route leads.
+   bool saysWhere() const { return saysVia() || type_ != Routing::RouteType::forward; }
 
+   // The route; its vias are looked at one by one.
    bool operator()(Routing::Route const& route) const {
-      return fitsType(route) && fits(tag, route.tag()) && fits(leakVrf, route.leakToVrf().bytes()) &&
-             (!request_.has(ribBypass) || route.ribBypass());
+      return fits(tag, route.tag()) && fits(leakVrf, route.leakToVrf().bytes()) &&
+             (!request_.has(ribBypass) || route.ribBypass()) && fitsType(route);
    }
 
+   bool operator()(Routing::Route const& route, Routing::Via const& via, Routing::RouteMetric viaMetric) const {
+      auto const* const viaName = route.viaNextHopName().find(via);
+      return fits(egressVrf, via.egressVrf.bytes()) && fits(interface, via.intfId.name()) &&
+             (!request_.has(nexthop) || via.hop == hop_) && fits(label, via.mplsLabel.value()) &&
+             (!request_.has(trackBfd) || route.bfdTracked().contains(via)) && fitsVtep(via) &&
+             fits(metric, viaMetric) && fits(name, viaName != nullptr ? viaName->bytes() : "");
+   }
+
+   // Whether it is the very via that the words would configure.
    bool isExactly(Routing::Via const& via) const {
       return via.hop == hop_ && via.intfId.isValid() == request_.has(interface) &&
              via.mplsLabel.isLabel() == request_.has(label) &&
@@ -130,18 +156,15 @@ class Fits {
              via.vtepSipValidation == request_.has(sourceVtepValidation);
    }
 
-   // Of a route that fits.
-   bool operator()(Routing::Route const& route, Routing::Via const& via, Routing::RouteMetric viaMetric) const {
-      auto const* const viaName = route.viaNextHopName().find(via);
-      return fits(egressVrf, via.egressVrf.bytes()) && fits(interface, via.intfId.name()) &&
-             (hop_.isEmpty() || via.hop == hop_) && fits(label, via.mplsLabel.value()) &&
-             (!request_.has(trackBfd) || route.bfdTracked().contains(via)) && fitsVtep(via) &&
-             fits(metric, viaMetric) && fits(name, viaName != nullptr ? viaName->bytes() : "");
-   }
-
  private:
-   static constexpr std::array waysOut{egressVrf, interface, nexthop, label, trackBfd, vtep, metric, name};
+   static constexpr std::array ofVias{egressVrf, interface, nexthop,   label,          trackBfd,
+                                      vtep,      vni,       routerMac, localInterface, sourceVtepValidation};
+   static constexpr std::array ofAnyWay{metric, name};
 
+   template <std::size_t Size>
+   bool says(std::array<std::string_view, Size> const& clauses) const {
+      return std::ranges::any_of(clauses, [&](auto clause) { return request_.has(clause); });
+   }
    bool fits(std::string_view clause, std::string_view value) const {
       auto const& word = request_.value(clause);
       return !word || *word == value;
@@ -152,17 +175,20 @@ class Fits {
    }
 
    bool fitsType(Routing::Route const& route) const {
-      switch (type_) {
+      if (route.routeType() != type_ && type_ != Routing::RouteType::forward) {
+         return false;
+      }
+      switch (route.routeType()) {
          case Routing::RouteType::forward:
-            return !hasWayOut() || !route.via().empty();
-         case Routing::RouteType::drop:
-            return route.routeType() == type_ && fits(name, route.dropNextHopName().bytes());
-         case Routing::RouteType::nexthopGroup:
-            return route.routeType() == type_ && fits(nexthopGroup, route.nexthopGroupName().bytes()) &&
-                   fits(metric, route.nexthopGroupMetric());
          case Routing::RouteType::l2NexthopGroup:
+            return true;
+         case Routing::RouteType::drop:
+            return !says(ofVias) && !request_.has(metric) && fits(name, route.dropNextHopName().bytes());
+         case Routing::RouteType::nexthopGroup:
+            return !says(ofVias) && !request_.has(name) && fits(metric, route.nexthopGroupMetric()) &&
+                   fits(nexthopGroup, route.nexthopGroupName().bytes());
          case Routing::RouteType::routeCacheConnected:
-            return route.routeType() == type_;
+            return !saysVia();
       }
       return false;
    }
@@ -180,22 +206,25 @@ class Fits {
    Lumen::IpGenAddr hop_;
 };
 
-// Takes the vias away that fit; what is kept for the vias goes with them. Whether there were any.
-bool removeVias(Routing::Route& route, Fits const& fits) {
+// Whether only the very via that the words would configure is meant, or every one that fits.
+enum class Which { exact, allFitting };
+
+void dropVia(Routing::Route& route, Routing::Via const& via) {
+   route.viaDel(via);
+   route.viaNextHopNameDel(via);
+   route.bfdTrackedDel(via);
+}
+
+// Takes vias away, and what is kept for them. Whether there were any.
+bool removeVias(Routing::Route& route, Fits const& fits, Which which) {
    std::vector<Routing::Via> fitting;
    for (auto const& [via, viaMetric] : route.via()) {
-      if (fits(route, via, viaMetric)) {
+      if (fits(route, via, viaMetric) && (which == Which::allFitting || fits.isExactly(via))) {
          fitting.push_back(via);
       }
    }
-   auto const exact = std::ranges::find_if(fitting, [&](auto const& via) { return fits.isExactly(via); });
-   if (exact != fitting.end()) {
-      fitting = {*exact};
-   }
    for (Routing::Via const& via : fitting) {
-      route.viaDel(via);
-      route.viaNextHopNameDel(via);
-      route.bfdTrackedDel(via);
+      dropVia(route, via);
    }
    bool const keepsVtep =
        std::ranges::any_of(route.via(), [](auto const& entry) { return !entry.key.vtepAddr.isEmpty(); });
@@ -203,23 +232,42 @@ bool removeVias(Routing::Route& route, Fits const& fits) {
    return !fitting.empty();
 }
 
+// Whether anything of the route was meant, and is gone.
+bool removeFrom(Routing::RouteList& list, Routing::RouteKey const& key, Fits const& fits, Which which) {
+   Routing::Route* const route = list.route(key);
+   if (route == nullptr || !fits(*route)) {
+      return false;
+   }
+   bool const hasVias = !route->via().empty();
+   if (hasVias && fits.saysVia()) {
+      if (!removeVias(*route, fits, which)) {
+         return false;
+      }
+   } else if (fits.saysVia() && route->routeType() == Routing::RouteType::forward) {
+      return false;
+   }
+   if (!hasVias || !fits.saysVia() || route->via().empty()) {
+      list.routeDel(key);
+   }
+   return true;
+}
+
 void removeRoute(state::State& state, Request const& request, AddressFamily family) {
    auto const helper = Kiv::ipRouteCliPluginHelperFactory(hardwareStatus(state, family));
    checkDestination(*helper, request, family);
    Routing::RouteList& list = vrfOf(state, request).staticRoutes.of(family);
    Fits const fits(request, family);
-   bool const isVia = typeOf(request) == Routing::RouteType::forward && fits.hasWayOut();
-   U32 const wanted = numberOf(request, preference);
-   bool found = false;
-   for (U32 number = wanted; number <= (wanted != 0 ? wanted : 255); ++number) {
-      Routing::RouteKey const key{{}, Lumen::IpGenPrefix::parse(*request.value(prefix)), static_cast<U8>(number)};
-      Routing::Route* const route = list.route(key);
-      if (route == nullptr || !fits(*route) || (isVia && !removeVias(*route, fits))) {
-         continue;
-      }
-      found = true;
-      if (!isVia || route->via().empty()) {
-         list.routeDel(key);
+   auto const prefixKey = [&](U32 number) {
+      return Routing::RouteKey{{}, Lumen::IpGenPrefix::parse(*request.value(prefix)), static_cast<U8>(number)};
+   };
+   // The commands that are shown leave the usual preference out, and each of them means one via or route only.
+   constexpr U32 largest = std::numeric_limits<Routing::RoutePreference>::max();
+   U32 const said = numberOf(request, preference);
+   U32 const usual = said != 0 ? said : defaultPreference;
+   bool found = fits.saysWhere() && removeFrom(list, prefixKey(usual), fits, Which::exact);
+   if (!found) {
+      for (U32 number = said; number <= (said != 0 ? said : largest); ++number) {
+         found = removeFrom(list, prefixKey(number), fits, Which::allFitting) || found;
       }
    }
    if (!found) {

@@ -24,11 +24,15 @@ struct VrfsTarget {
 };
 
 struct RoutesTarget {
+   State const& state;
    VrfState& vrf;
 };
 
 constexpr auto vrfMembers = std::to_array<Member<RoutesTarget>>({
-    {"staticRoutes", [](Node const& n, RoutesTarget& t) { readStaticRoutes(n, t.vrf.name, t.vrf.staticRoutes); }},
+    {"staticRoutes",
+     [](Node const& n, RoutesTarget& t) {
+        readStaticRoutes(n, {t.vrf.name, true, t.state.maxVias, t.state.maxVias6}, t.vrf.staticRoutes);
+     }},
 });
 
 void readVrfConfig(Node const& node, State& state) {
@@ -37,7 +41,7 @@ void readVrfConfig(Node const& node, State& state) {
    if (vrf == state.vrfs.end()) {
       node.fail("no such VRF");
    }
-   RoutesTarget target{*vrf};
+   RoutesTarget target{state, *vrf};
    readObject(node, vrfMembers, target);
 }
 
@@ -47,17 +51,44 @@ constexpr auto configMembers = std::to_array<Member<VrfsTarget>>({
 });
 
 void waitForLock(int descriptor, std::string const& stateDir) {
-   while (::flock(descriptor, LOCK_EX) != 0) {
-      if (errno != EINTR) {
-         throw Hive::StateError(stateDir + ": cannot be locked: " + std::strerror(errno));
-      }
+   do {
       if (cliprint::interrupted()) {
          throw cliprint::SigIntException();
       }
+      if (::flock(descriptor, LOCK_EX) == 0) {
+         return;
+      }
+   } while (errno == EINTR);
+   throw Hive::StateError(stateDir + ": cannot be locked: " + std::strerror(errno));
+}
+
+bool writeAll(int file, std::string_view text) {
+   while (!text.empty()) {
+      ssize_t const written = ::write(file, text.data(), text.size());
+      if (written < 0 && errno != EINTR) {
+         return false;
+      }
+      text.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
    }
+   return true;
 }
 
 }  // namespace
+
+bool writeDurably(int dir, char const* name, std::string_view text, mode_t mode) {
+   int const file = ::openat(dir, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
+   if (file < 0) {
+      return false;
+   }
+   bool const isDone = writeAll(file, text) && ::fsync(file) == 0;
+   int const error = errno;
+   ::close(file);
+   if (!isDone) {
+      ::unlinkat(dir, name, 0);
+      errno = error;
+   }
+   return isDone;
+}
 
 std::string configText(State const& state) {
    std::string out = "{\"vrfs\":{";
@@ -138,22 +169,11 @@ void ConfigChange::fail(std::string_view what) const {
 
 void ConfigChange::writeBeside() {
    std::string const text = configText(state_);
-   int const file = ::openat(lock_.descriptor(), besideFile, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-   if (file < 0) {
-      fail("written");
-   }
-   std::string_view left = text;
-   ssize_t written = 0;
-   while (!left.empty() && (written >= 0 || errno == EINTR)) {
-      written = ::write(file, left.data(), left.size());
-      left.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
-   }
-   bool const isSafe = left.empty() && ::fsync(file) == 0;
-   int const error = errno;
-   ::close(file);
-   if (!isSafe) {
-      ::unlinkat(lock_.descriptor(), besideFile, 0);
-      errno = error;
+   readConfig(JsonDocument::parse(configFile, text), state_);  // what could not be read again is not written
+   struct stat before {};
+   bool const isNew = ::fstatat(lock_.descriptor(), configFile, &before, 0) != 0;
+   ::unlinkat(lock_.descriptor(), besideFile, 0);  // of a writer that was killed
+   if (!writeDurably(lock_.descriptor(), besideFile, text, isNew ? 0666 : before.st_mode & 0777)) {
       fail("written");
    }
 }
@@ -162,7 +182,9 @@ void ConfigChange::putInPlace() {
    if (::renameat(lock_.descriptor(), besideFile, lock_.descriptor(), configFile) != 0) {
       fail("put in place");
    }
-   ::fsync(lock_.descriptor());
+   if (::fsync(lock_.descriptor()) != 0) {
+      fail("made to last");
+   }
 }
 
 }  // namespace state

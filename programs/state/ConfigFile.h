@@ -3,6 +3,8 @@
 #include "programs/state/Json.h"
 #include "programs/state/State.h"
 
+#include <sys/types.h>
+
 #include <string>
 #include <string_view>
 
@@ -17,6 +19,9 @@ std::string configText(State const& state);
 // Takes a configuration file's routes into a state in place of those that it has. JsonError for a VRF that the state
 // does not have.
 void readConfig(JsonDocument const& document, State& state);
+
+// Writes a new file below a directory that outlasts a loss of power; false, and errno, when it cannot.
+bool writeDurably(int dir, char const* name, std::string_view text, mode_t mode);
 
 // Which directory is in a place: another load puts another one there.
 class StateDirId {

@@ -198,8 +198,14 @@ constexpr auto vrfMembers = std::to_array<Member<VrfTarget>>({
     {"ipv6Routes", readRoutes<Ip6>},
     {"notInHardware", readNotInHardware},
     {"notInKernel", readNotInKernel},
-    {"staticRoutes", [](Node const& n, VrfTarget& t) { readStaticRoutes(n, t.vrf.name, t.vrf.staticRoutes); }},
-    {"dynamicRoutes", [](Node const& n, VrfTarget& t) { readStaticRoutes(n, t.vrf.name, t.vrf.dynamicRoutes); }},
+    {"staticRoutes",
+     [](Node const& n, VrfTarget& t) {
+        readStaticRoutes(n, {t.vrf.name, true, t.context.state.maxVias, t.context.state.maxVias6}, t.vrf.staticRoutes);
+     }},
+    {"dynamicRoutes",
+     [](Node const& n, VrfTarget& t) {
+        readStaticRoutes(n, {t.vrf.name, false}, t.vrf.dynamicRoutes);
+     }},
     {"attachedRoutes", readAttachedRoutes},
     {"routeCache", readRouteConfig<&VrfState::routeCache>},
     {"secondRouteConfig", readRouteConfig<&VrfState::secondRouteConfig>},

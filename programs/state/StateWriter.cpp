@@ -156,8 +156,8 @@ class NewDir {
 
    std::string beside() const { return beside_.string(); }
    // What was in the place before is then under the other name, and goes with this object.
-   void putInPlace() const {
-      unsigned const flags = fs::exists(place_) ? RENAME_EXCHANGE : RENAME_NOREPLACE;
+   void putInPlace(bool replacing) const {
+      unsigned const flags = replacing ? RENAME_EXCHANGE : RENAME_NOREPLACE;
       if (::renameat2(AT_FDCWD, beside_.c_str(), AT_FDCWD, place_.c_str(), flags) != 0) {
          refuse(place_, std::string("cannot be put in place: ") + std::strerror(errno));
       }
@@ -169,10 +169,7 @@ class NewDir {
 };
 
 void writeText(fs::path const& file, std::string const& text) {
-   std::ofstream out(file, std::ios::binary);
-   out << text;
-   out.close();
-   if (!out) {
+   if (!writeDurably(AT_FDCWD, file.c_str(), text, 0666)) {
       refuse(file, std::string("cannot be written: ") + std::strerror(errno));
    }
 }
@@ -216,30 +213,34 @@ void writeStateDir(Snapshot const& snapshot, std::string const& stateDir) {
    std::optional<StateDirLock> lock;
    if (fs::exists(place)) {
       lock.emplace(place);
+      if (!isReplaceable(place)) {
+         refuse(stateDir, "is there and is no state directory");
+      }
    }
    if (cliprint::interrupted()) {
       throw cliprint::SigIntException();
    }
-   fresh.putInPlace();
+   fresh.putInPlace(lock.has_value());
 }
 
 State readStateDir(std::string const& stateDir) {
    fs::path const dir(stateDir);
    while (true) {
       StateDirId const before(stateDir);
-      auto const entities = JsonDocument::load((dir / entitiesFile).string());
-      std::optional<JsonDocument> config;
-      if (fs::exists(dir / configFile)) {
-         config = JsonDocument::load((dir / configFile).string());
+      try {
+         State state = readEntities(JsonDocument::load((dir / entitiesFile).string()));
+         if (fs::path const config = dir / configFile; fs::exists(config)) {
+            readConfig(JsonDocument::load(config.string()), state);
+         }
+         if (before == StateDirId(stateDir)) {
+            return state;
+         }
+      } catch (JsonError const&) {
+         if (before == StateDirId(stateDir)) {
+            throw;
+         }
       }
-      if (before != StateDirId(stateDir)) {
-         continue;  // another state was loaded meanwhile, so the files may be of either
-      }
-      State state = readEntities(entities);
-      if (config) {
-         readConfig(*config, state);
-      }
-      return state;
+      // Another state was loaded meanwhile: the files may be of either.
    }
 }
 

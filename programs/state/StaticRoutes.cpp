@@ -17,7 +17,7 @@ struct StaticVia {
 };
 
 struct StaticRoute {
-   L3::VrfName vrfName{};
+   StaticRoutesOf const& of;
    Routing::RouteKey key{};
    RouteType type = RouteType::forward;
    U32 tag = 0;
@@ -53,11 +53,10 @@ L3::VrfName otherVrf(Node const& node) {
 }
 
 Lumen::IntfId intfNamed(Node const& node) {
-   try {
-      return Lumen::IntfId::named(node.text());
-   } catch (std::exception const&) {
+   if (!isInterfaceWord(node.text())) {
       node.fail("not an interface name");
    }
+   return Lumen::IntfId::named(node.text());
 }
 
 constexpr auto viaMembers = std::to_array<Member<StaticVia>>({
@@ -124,7 +123,7 @@ void readVias(Node const& list, StaticRoute& route) {
       StaticVia via;
       readObject(node, viaMembers, via);
       checkVia(node, via);
-      if (!via.via.egressVrf.isDefaultVrf() && via.via.egressVrf == route.vrfName) {
+      if (!via.via.egressVrf.isDefaultVrf() && via.via.egressVrf == route.of.vrfName) {
          node.fail("the egress VRF is the route's own");
       }
       route.vias.push_back(std::move(via));
@@ -144,6 +143,30 @@ constexpr auto routeMembers = std::to_array<Member<StaticRoute>>({
     {"metric", [](Node const& n, StaticRoute& r) { r.metric = n.number<U32>(); }},
     {"vias", readVias},
 });
+
+// What is not shown as configuration need not be possible there.
+bool isShown(StaticRoute const& route) {
+   return route.of.configured && !route.nonPersistent;
+}
+
+void checkConfigured(Node const& node, StaticRoute const& route) {
+   bool const isIp6 = route.key.prefix.family() == Lumen::AddressFamily::ipv6;
+   U32 const maxVias = isIp6 ? route.of.maxVias6 : route.of.maxVias;
+   if (route.type == RouteType::l2NexthopGroup) {
+      node.fail("no command configures a layer-2 nexthop group route");
+   }
+   if (route.type == RouteType::forward && route.vias.empty()) {
+      node.fail("no command configures a forward route without vias");
+   }
+   if (maxVias != 0 && route.vias.size() > maxVias) {
+      node.fail("more vias than the hardware takes, " + std::to_string(maxVias));
+   }
+   for (StaticVia const& via : route.vias) {
+      if (isIp6 && via.via.hop.family() == Lumen::AddressFamily::ipv4) {
+         node.fail("an IPv4 next hop of an IPv6 route");
+      }
+   }
+}
 
 // Each attribute where it means something.
 void checkRoute(Node const& node, StaticRoute const& route) {
@@ -166,6 +189,9 @@ void checkRoute(Node const& node, StaticRoute const& route) {
    if (!route.leakToVrf.isDefaultVrf() && route.type != RouteType::forward) {
       node.fail("a route of this type is not leaked");
    }
+   if (!route.leakToVrf.isDefaultVrf() && route.leakToVrf == route.of.vrfName) {
+      node.fail("leaked into the VRF that it is in");
+   }
    constexpr Lumen::IpAddr firstMulticast(0xe0000000);
    if (route.key.prefix.family() == Lumen::AddressFamily::ipv4 &&
        route.key.prefix.prefix().address() >= firstMulticast) {
@@ -179,7 +205,10 @@ void checkRoute(Node const& node, StaticRoute const& route) {
 void addVia(Routing::Route& route, StaticVia const& read, Node const& node) {
    Routing::Via via = read.via;
    normalize(via, route.key().prefix.family());
-   if (route.via().contains(via)) {
+   Routing::Via opposite = via;
+   opposite.vtepSipValidation = !via.vtepSipValidation;
+   bool const isEvpn = !via.vtepAddr.isEmpty();
+   if (route.via().contains(via) || (isEvpn && route.via().contains(opposite))) {
       node.fail("one via twice");
    }
    route.viaIs(via, read.metric);
@@ -293,15 +322,17 @@ void appendRoute(std::string& out, Routing::Route const& route) {
 
 }  // namespace
 
-void readStaticRoutes(Node const& list, L3::VrfName const& vrfName, StaticRoutes& routes) {
-   if (!isConfigWord(vrfName)) {
+void readStaticRoutes(Node const& list, StaticRoutesOf const& of, StaticRoutes& routes) {
+   if (!isConfigWord(of.vrfName)) {
       list.fail("no command can name a VRF that has blanks in its name");
    }
    list.forEachElement([&](Node const& node) {
-      StaticRoute route;
-      route.vrfName = vrfName;
+      StaticRoute route{.of = of};
       readObject(node, routeMembers, route);
       checkRoute(node, route);
+      if (isShown(route)) {
+         checkConfigured(node, route);
+      }
       Routing::RouteList& ofFamily = routes.of(route.key.prefix.family());
       if (ofFamily.route(route.key) != nullptr) {
          node.fail("given twice");
@@ -324,8 +355,26 @@ void appendStaticRoutes(std::string& out, StaticRoutes const& routes) {
 }
 
 bool isConfigWord(std::string_view text) {
-   return !text.empty() && simdjson::validate_utf8(text) &&
+   bool const isOfCommandLine = text == "?" || text.starts_with('|') || text.starts_with("--");
+   return !text.empty() && !isOfCommandLine && simdjson::validate_utf8(text) &&
           std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) > ' ' && c != '\x7f'; });
+}
+
+bool isInterfaceWord(std::string_view word) {
+   constexpr auto others = std::to_array<std::string_view>(
+       {"nexthop-group", "cached", "egress-vrf", "label", "track", "vtep", "vni", "router-mac-address",
+        "local-interface", "rib-bypass", "source-vtep-validation", "tag", "name", "metric", "leak", "vrf"});
+   constexpr std::string_view null0 = "null0";
+   auto const isNull0 = [&] {
+      return std::ranges::equal(word, null0, {}, [](unsigned char c) { return std::tolower(c); });
+   };
+   if (!isConfigWord(word) || std::isalpha(static_cast<unsigned char>(word.front())) == 0 || isNull0() ||
+       word.find(':') != std::string_view::npos || word.size() > Lumen::IntfId::maxNameLength ||
+       std::ranges::find(others, word) != others.end()) {
+      return false;
+   }
+   // What stands for something else, such as FecId(0x1), is no name.
+   return Lumen::IntfId::named(word).stringValue() == word;
 }
 
 }  // namespace state

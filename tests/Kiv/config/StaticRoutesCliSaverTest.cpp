@@ -1,21 +1,239 @@
-#include "Kiv/CliSupport.h"
-#include "support/Testing.h"
+#include "ConfigTesting.h"
+#include "Zam/ActivityLock.h"
 
 namespace Kiv::Testing {
+
 namespace {
-TEST(StaticRoutesCliSaverTest, first) {
-   auto const list = Zam::makePtr<Routing::RouteList>();
-   auto const hw = Zam::makePtr<Routing::Hardware::Status>();
-   auto const helper = ipRouteCliPluginHelperFactory(hw);
-   EXPECT_TRUE(helper->manageRoute(list, "default", "10.0.0.0/8", 1, Routing::RouteType::forward, "", "Ethernet1", false, 0,
-                       false, 0, "", false, "", false, 5, "", "192.0.2.1", "foo", true, "", {}, 7));
+
+using Lumen::IntfId;
+using Lumen::IpGenAddr;
+using Routing::Route;
+using Routing::Via;
+
+std::string saved(Zam::Ptr<Routing::RouteList const> const& list, bool saveAll = false,
+                  RoutingConsts const& defaults = {}) {
+   return StaticRoutesCliSaver().save(list, saveAll, "ip route ", defaults).bytes();
+}
+
+Via through(char const* hop, char const* intf = "") {
+   Via via;
+   via.hop = IpGenAddr::parse(hop);
+   via.intfId = IntfId::parse(intf);
+   return via;
+}
+
+// The default preference 1, tag 0 and so on are others for the last column.
+TEST(StaticRoutesCliSaverTest, routesOfOneLine) {
+   RoutingConsts const others{{}, 2, 9, "n", 5};
+   struct {
+      RouteType type;
+      U8 preference;
+      U32 tag;
+      char const* name;  // of the drop route or the group
+      U32 metric;
+      std::array<char const*, 3> lines;  // usual, save all, other defaults
+   } const cases[] = {
+       {RouteType::drop, 1, 0, "", 0, {" Null0", " Null0 1 tag 0", " Null0 1 tag 0 name "}},
+       {RouteType::drop, 2, 9, "n", 5, {" Null0 2 tag 9 name n", " Null0 2 tag 9 name n", " Null0"}},
+       {RouteType::nexthopGroup,
+        1,
+        0,
+        "",
+        0,
+        {" nexthop-group", " nexthop-group 1 tag 0", " nexthop-group 1 tag 0 metric 0"}},
+       {RouteType::nexthopGroup,
+        2,
+        9,
+        "n",
+        5,
+        {" nexthop-group n 2 tag 9 metric 5", " nexthop-group n 2 tag 9 metric 5", " nexthop-group n"}},
+       {RouteType::routeCacheConnected, 2, 9, "n", 5, {" cached", " cached", " cached"}},
+       {RouteType::l2NexthopGroup, 2, 9, "n", 5, {}},
+       {RouteType::forward, 2, 9, "n", 5, {}},
+   };
+   for (auto const& [type, preference, tag, name, metric, lines] : cases) {
+      auto const list = routeList();
+      auto const route = list->routeIs(key("10.0.0.0/8", preference), type);
+      route->tagIs(tag);
+      route->dropNextHopNameIs(name);
+      route->nexthopGroupNameIs(name);
+      route->nexthopGroupMetricIs(metric);
+      auto const line = [](char const* text) {
+         return text != nullptr ? "ip route 10.0.0.0/8" + std::string(text) + "\n" : "";
+      };
+      EXPECT_EQ(saved(list), line(lines[0]));
+      EXPECT_EQ(saved(list, true), line(lines[1]));
+      EXPECT_EQ(saved(list, false, others), line(lines[2]));
+      route->nonPersistentIs(true);
+      EXPECT_EQ(saved(list, true), "");
+   }
+}
+
+// Each piece of a via's line, in their order; every combination of them is a line with exactly those.
+struct Piece {
+   std::string text;
+   std::function<void(Via&)> onVia = [](Via&) {};
+   std::function<void(Route&, Via const&)> onRoute = [](Route&, Via const&) {};
+};
+
+TEST(StaticRoutesCliSaverTest, everyCombinationOfTheViasPieces) {
+   enum { egress, intf, hop, label, bfd, vtep, local, bypass, validation, tag, name, metric, leak, pieces };
+   Piece const all[pieces] = {
+       {" egress-vrf red", [](Via& via) { via.egressVrf = "red"; }},
+       {" Ethernet1", [](Via& via) { via.intfId = IntfId::parse("Ethernet1"); }},
+       {" 1.1.1.1", [](Via& via) { via.hop = IpGenAddr::parse("1.1.1.1"); }},
+       {" label 16", [](Via& via) { via.mplsLabel = Lumen::MplsLabel(16); }},
+       {" track bfd", {}, [](Route& route, Via const& via) { route.bfdTrackedIs(via); }},
+       {" vtep 9.9.9.9 vni 5 router-mac-address 00:1c:73:00:00:01",
+        [](Via& via) {
+           via.vtepAddr = IpGenAddr::parse("9.9.9.9");
+           via.vni = Lumen::Vni(5);
+           via.routerMac = Lumen::EthAddr::parse("00:1c:73:00:00:01");
+        }},
+       {" local-interface Loopback0", [](Via& via) { via.localIntf = IntfId::parse("Loopback0"); }},
+       {" rib-bypass", {}, [](Route& route, Via const&) { route.ribBypassIs(true); }},
+       {" source-vtep-validation", [](Via& via) { via.vtepSipValidation = true; }},
+       {" tag 7", {}, [](Route& route, Via const&) { route.tagIs(7); }},
+       {" name n", {}, [](Route& route, Via const& via) { route.viaNextHopNameIs(via, "n"); }},
+       {" metric 3", {}, [](Route& route, Via const& via) { route.viaIs(via, 3); }},
+       {" leak vrf blue", {}, [](Route& route, Via const&) { route.leakToVrfIs("blue"); }},
+   };
+   for (unsigned set = 0; set < 1U << pieces; ++set) {
+      auto const has = [set](int piece) { return (set >> piece & 1U) != 0; };
+      bool const hasHop = has(hop) || has(egress);
+      if (hasHop && has(vtep)) {
+         continue;  // a programming error
+      }
+      Via via;
+      std::string expected = "ip route 10.0.0.0/8";
+      for (int piece = 0; piece < pieces; ++piece) {
+         if (has(piece) && all[piece].onVia) {
+            all[piece].onVia(via);
+         }
+         bool const needsHop = piece == label;
+         bool const needsVtep = piece == local || piece == bypass || piece == validation;
+         if (has(piece) && (!needsHop || hasHop) && (!needsVtep || has(vtep))) {
+            expected += all[piece].text;
+         } else if (piece == hop && has(egress)) {
+            expected += " 0.0.0.0";
+         }
+      }
+      auto const list = routeList();
+      auto const route = list->routeIs(key("10.0.0.0/8"), RouteType::forward);
+      route->viaIs(via, 0);
+      for (int piece = 0; piece < pieces; ++piece) {
+         if (has(piece) && all[piece].onRoute) {
+            all[piece].onRoute(*route, via);
+         }
+      }
+      ASSERT_EQ(saved(list), expected + "\n");
+   }
+}
+
+TEST(StaticRoutesCliSaverTest, linesStandInTheOrderOfKeysAndVias) {
+   auto const list = routeList();
+   for (char const* const prefix : {"10.0.0.0/16", "9.255.0.0/16", "10.0.0.0/8", "0.0.0.0/0", "192.168.1.0/24"}) {
+      for (U8 const preference : {U8{200}, U8{3}, U8{1}}) {
+         list->routeIs(key(prefix, preference), RouteType::drop);
+      }
+   }
+   auto const route = list->routeIs(key("10.0.0.0/12", 1), RouteType::forward);
+   for (char const* const intf : {"Ethernet10", "Ethernet2", ""}) {
+      route->viaIs(through("10.0.0.2", intf), 0);
+      route->viaIs(through("9.9.9.9", intf), 0);
+   }
+   std::string expected;
+   auto const drops = [&](char const* prefix) {
+      for (char const* const tail : {" Null0", " Null0 3", " Null0 200"}) {
+         expected.append("ip route ").append(prefix).append(tail) += '\n';
+      }
+   };
+   for (char const* const prefix : {"0.0.0.0/0", "9.255.0.0/16", "10.0.0.0/8"}) {
+      drops(prefix);
+   }
+   for (char const* const tail : {"9.9.9.9", "Ethernet2 9.9.9.9", "Ethernet10 9.9.9.9", "10.0.0.2",
+                                  "Ethernet2 10.0.0.2", "Ethernet10 10.0.0.2"}) {
+      expected.append("ip route 10.0.0.0/12 ").append(tail) += '\n';
+   }
+   drops("10.0.0.0/16");
+   drops("192.168.1.0/24");
+   EXPECT_EQ(saved(list), expected);
+   EXPECT_EQ(saved(routeList()), "");
+}
+
+TEST(StaticRoutesCliSaverTest, zeroNextHopIsOfTheRoutesFamily) {
+   auto const list = routeList();
+   Via via = through("");
+   via.egressVrf = "red";
+   list->routeIs(key("2001:db8::/32"), RouteType::forward)->viaIs(via, 0);
+   EXPECT_EQ(saved(list), "ip route 2001:db8::/32 egress-vrf red ::\n");
+   via.hop = IpGenAddr::parse("0.0.0.0");
+   list->routeIs(key("2001:db8::/32"), RouteType::forward)->viaIs(via, 0);
+   EXPECT_EQ(saved(list), "ip route 2001:db8::/32 egress-vrf red 0.0.0.0\n");  // as it is configured
+   list->routeIs(key("2001:db8::/32"), RouteType::forward)->viaIs(through("::", "Vlan1"), 0);
+   EXPECT_EQ(saved(list), "ip route 2001:db8::/32 Vlan1\n");
+}
+
+TEST(StaticRoutesCliSaverTest, aSecondListIsAddedToTheFirst) {
+   auto const list = routeList();
+   list->routeIs(key("10.0.0.0/8"), RouteType::drop);
+   list->routeIs(key("11.0.0.0/8"), RouteType::drop);
    StaticRoutesCliSaver saver;
-   EXPECT_EQ(saver.save(list, false, "ip route ", {}).bytes(), "ip route 10.0.0.0/8 Ethernet1 192.0.2.1 track bfd tag 5 name foo metric 7\n");
-   EXPECT_EQ(Zam::valueToStrep(saver), "Value('Kiv::StaticRoutesCliSaver', ** {'sortedRoute': None})");
-   EXPECT_EQ(Zam::valueToStrep(ClearIntfRoutesAndViasHelper()), "");
-   ClearIntfRoutesAndViasHelper().clearIntfRoutesAndViasHelper(list, "Ethernet1");
-   EXPECT_TRUE(list->route().empty());
-   registerTypes();
+   saver.save(list, false, "", {});
+   list->routeDel(key("11.0.0.0/8"));
+   list->routeIs(key("10.0.0.0/8"), RouteType::routeCacheConnected);
+   list->routeIs(key("9.0.0.0/8"), RouteType::drop);
+   EXPECT_EQ(saver.save(list, false, "", {}).bytes(), "9.0.0.0/8 Null0\n10.0.0.0/8 cached\n11.0.0.0/8 Null0\n");
 }
+
+TEST(StaticRoutesCliSaverDeathTest, aViaHasANextHopOrAVtep) {
+   auto const list = routeList();
+   Via via = through("1.1.1.1");
+   via.vtepAddr = IpGenAddr::parse("9.9.9.9");
+   list->routeIs(key("10.0.0.0/8"), RouteType::forward)->viaIs(via, 0);
+   EXPECT_DEATH(saved(list), "!via.vtepAddr\\(\\), source Kiv/CliSupport");
 }
+
+// Whoever gets the lock while a large list is saved may change the list: what is written is what it held at first.
+TEST(StaticRoutesCliSaverTest, othersChangeTheListMeanwhile) {
+   constexpr U32 count = 20000;
+   auto const list = routeList();
+   auto const keyOf = [](U32 i) {
+      return Routing::RouteKey{{}, Lumen::Prefix(Lumen::IpAddr(0x0a000000 + i * 256), 24), 1};
+   };
+   for (U32 i = 0; i < count; ++i) {
+      list->routeIs(keyOf(i), RouteType::forward)->viaIs(through("1.1.1.1"), 0);
+   }
+   auto const before = saved(list);
+   EXPECT_EQ(std::ranges::count(before, '\n'), count);
+   std::atomic<bool> saving = true;
+   std::atomic<U32> turns = 0;
+   std::string during;
+   U32 turnsWhileSaving = 0;
+   std::thread other;
+   {
+      Zam::ScopedActivity const activity;
+      other = std::thread([&] {
+         for (U32 i = 0; saving; ++turns) {
+            Zam::ActivityLock::lock();
+            for (U32 const end = i + 500; i < end; ++i) {
+               list->routeDel(keyOf(i % count));
+               list->routeIs(keyOf(count + i), RouteType::drop);
+            }
+            Zam::ActivityLock::unlock();
+            std::this_thread::sleep_for(std::chrono::microseconds(100));  // a mutex is not fair
+         }
+      });
+      during = saved(list);
+      turnsWhileSaving = turns;
+      EXPECT_TRUE(Zam::ActivityLock::held());
+   }
+   saving = false;
+   other.join();
+   EXPECT_EQ(during == before, true);
+   EXPECT_GT(turnsWhileSaving, 0);
 }
+
+}  // namespace
+
+}  // namespace Kiv::Testing
