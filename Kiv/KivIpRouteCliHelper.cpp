@@ -149,6 +149,7 @@ bool IpRouteCliPluginHelper::manageVia(Route& route, NewRoute const& added) {
    Zam::assertThat(route.routeType() == added.routeType, "r->routeType() == routeType", traceSource, function);
    Via via;
    via.hop = Lumen::IpGenAddr::parse(added.hop);
+   Zam::assertThat(!added.isEvpn() || via.hop.isZero(), "!via.vtepAddr()", traceSource, function);
    via.intfId = Lumen::IntfId::parse(added.intfName);
    if (!via.intfId.isValid() && !added.egressVrf.empty() && added.egressVrf != added.vrfName) {
       via.egressVrf = std::string_view(added.egressVrf);

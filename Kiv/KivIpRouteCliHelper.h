@@ -33,7 +33,8 @@ class KIV_EXPORT IpRouteCliPluginHelper final : public Zam::PtrInterface {
 
    // Adds one route, or one via to a route that may be there already. What was done before a refusal stays: a new
    // route, its tag, the VRF it leaks into. The interface, the next hop, the VTEP address and the VRFs are none when
-   // their text is empty; the MAC address counts when `routerMacGiven`, the VNI when it is not 0.
+   // their text is empty; a via has a next hop or a VTEP address, not both; no egress VRF and the default one are the
+   // same in a via. The MAC address counts when `routerMacGiven`, the VNI when it is not 0.
    bool manageRoute(Zam::Ptr<Routing::RouteList> const& rConfig, Zam::String const& vrfName, Zam::String const& prefix,
                     U16 preference, Routing::RouteType routeType, Zam::String const& leakToVrf,
                     Zam::String const& intfName, bool label, U32 labelValue, bool routerMacGiven, U32 vniValue,

@@ -168,9 +168,7 @@ class Check {
    }
 
    // Management interfaces may be several ways to one network.
-   bool isManagement(std::string_view intfName) const {
-      return !params_.mgmtPrefix().empty() && intfName.starts_with(params_.mgmtPrefix().bytes());
-   }
+   bool isManagement(std::string_view intfName) const { return intfName.starts_with(params_.mgmtPrefix().bytes()); }
 
    Params const& params_;
    AddrWithMask const added_;

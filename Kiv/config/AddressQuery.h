@@ -45,7 +45,7 @@ class KIV_EXPORT AddressQueryParams final : public Zam::PtrInterface {
 
    Zam::Ptr<Ip::Config const> const& ipConfig() const noexcept { return ipConfig_; }
    Zam::String const& intfName() const noexcept { return intfName_; }
-   // What the names of management interfaces begin with; empty when there are none.
+   // What the names of management interfaces begin with. Every name begins with an empty one.
    Zam::String const& mgmtPrefix() const noexcept { return mgmtPrefix_; }
    AddrMatchType primaryMatch() const noexcept { return primaryMatch_; }
    AddrMatchType secondaryMatch() const noexcept { return secondaryMatch_; }

@@ -118,7 +118,7 @@ class Dump {
 
    void printVia(Route const& route, Via const& via) {
       renderer_.startLine(indent_);
-      bool const hasHop = !via.hop.isZero();
+      bool const hasHop = !via.hop.isEmpty();
       if (hasHop) {
          StringAttrInfo const hop("nexthopAddr", renderer_, via.hop);
          emit(renderer_, " via %s", hop.getArg());
@@ -175,8 +175,10 @@ Zam::String StaticRoutesRibCommon::legend() const {
 
 int StaticRoutesRibCommon::dump(RoutingConsts const& routingConsts) {
    for (auto const& input : routeInputConf) {
-      for (auto const& [key, route] : input->route()) {
-         sortedRouteIs(key, route);
+      if (input) {
+         for (auto const& [key, route] : input->route()) {
+            sortedRouteIs(key, route);
+         }
       }
    }
    cliprint::CliPrintBuffer buffer(static_cast<int>(fd), cliprint::globalBufsize, 0);

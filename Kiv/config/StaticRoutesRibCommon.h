@@ -42,9 +42,15 @@ struct KIV_EXPORT StaticRoutesRibCommon : Zam::ValueType {
    void sortedRouteDel(Routing::RouteKey const& key) { sortedRoute.erase(key); }
    void sortedRouteDelAll() noexcept { sortedRoute.clear(); }
 
+   void routeInputConfIs(Zam::Ptr<Routing::RouteInput const> input) { routeInputConf.insert(std::move(input)); }
+   void routeInputConfDel(Zam::Ptr<Routing::RouteInput const> const& input) { routeInputConf.erase(input); }
+   void routeInputConfDelAll() noexcept { routeInputConf.clear(); }
+
    Zam::String legend() const;
-   // Writes the whole output; names and tags that are the defaults are left out. Returns 0, or the errno of what ended
-   // the output early: that of a write that failed, EINTR when the user interrupted.
+   // Of a key that several inputs have, one route is shown. What an earlier call left in sortedRoute is shown as well:
+   // take a fresh object for each output. Writes the whole output; names and tags that are the defaults are left out.
+   // Returns 0, or the errno of what ended the output early: that of a write that failed, EINTR when the user
+   // interrupted.
    int dump(RoutingConsts const& routingConsts);
 };
 

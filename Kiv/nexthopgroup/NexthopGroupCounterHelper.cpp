@@ -14,9 +14,8 @@ Zam::Ptr<Table const> mounted(Hive::EntityManager const& manager, std::string_vi
    return Zam::ptrCast<Table const>(manager.mountEntity(path, type));
 }
 
-FlexCounters::Counter counterAt(FlexCounters::CounterTable const* table, U64 counterIndex) {
-   auto const found = safeLookup(table, [&](auto const& counters) { return counters.counter(counterIndex); });
-   return found.value_or(FlexCounters::Counter());
+std::optional<FlexCounters::Counter> counterAt(FlexCounters::CounterTable const* table, U64 counterIndex) {
+   return safeLookup(table, [&](auto const& counters) { return counters.counter(counterIndex); });
 }
 
 }  // namespace
@@ -51,8 +50,11 @@ CounterEntry NexthopGroupCounterHelper::getCounters(NexthopGroupId groupId, U32 
       return {};
    }
    auto const current = counterAt(counterTable_.get(), index.counterIndex);
-   auto const cleared = counterAt(snapshotTable_.get(), index.counterIndex);
-   return {{}, current.packets - cleared.packets, current.bytes - cleared.bytes};
+   if (!current) {
+      return {};  // nothing was counted, or it cannot be read; a difference to it would be a huge number
+   }
+   auto const cleared = counterAt(snapshotTable_.get(), index.counterIndex).value_or(FlexCounters::Counter());
+   return {{}, current->packets - cleared.packets, current->bytes - cleared.bytes};
 }
 
 Zam::Ptr<NexthopGroupCounterHelper> nexthopGroupCounterHelperFactory() {

@@ -76,7 +76,7 @@ class DetailRendering {
          maxSize_(in.routingHwStatus ? in.routingHwStatus->maxNexthopGroupSize() : 0) {}
 
    void print() {
-      renderer_.addFrills("* - not programmed in hardware\n\n  Entry %16s %20s\n", "Packets", "Bytes");
+      renderer_.addFrills("* - not programmed in hardware\n\n      Entry %20s %20s\n", "Packets", "Bytes");
       auto const groups = JsonScope::object(renderer_, "nexthopGroups");
       if (!in_.nhgConfig) {
          return;
@@ -139,8 +139,8 @@ class DetailRendering {
       auto const counted = counters(group.id, index);
       Attr64Info const packets("packets", renderer_, counted.packets);
       Attr64Info const bytes("bytes", renderer_, counted.bytes);
-      renderer_.addFrills("%6u", index);
-      renderer_.addAttributes(" %16lu %20lu", packets.getArg(), bytes.getArg());
+      renderer_.addFrills("%10u", index);
+      renderer_.addAttributes(" %20lu %20lu", packets.getArg(), bytes.getArg());
       printVia(group, entry);
       renderer_.addFrills("\n");
    }

@@ -19,6 +19,14 @@ enum class RouteType : U8 {
    routeCacheConnected = 4,
 };
 
+constexpr auto zamEnumerators(RouteType) {
+   return std::to_array<Zam::Enumerator<RouteType>>({{RouteType::forward, "forward"},
+                                                     {RouteType::drop, "drop"},
+                                                     {RouteType::nexthopGroup, "nexthopGroup"},
+                                                     {RouteType::l2NexthopGroup, "l2nexthopgroup"},
+                                                     {RouteType::routeCacheConnected, "routeCacheConnected"}});
+}
+
 namespace Fib {
 
 enum class RouteType : U8 {

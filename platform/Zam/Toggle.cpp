@@ -1,5 +1,6 @@
 #include "Zam/Toggle.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>

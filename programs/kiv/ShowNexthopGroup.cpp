@@ -108,6 +108,10 @@ U32 requestedId(state::Inputs const& inputs, Request const& request) {
       });
    }
    if (!isKnown) {
+      if (inputs.nexthopGroupEntryStatus && inputs.nexthopGroupEntryStatus->corruptions() != 0) {
+         throw Vault::CorruptionError(
+             inputs.nexthopGroupEntryStatus->corruption());  // it may be in what cannot be read
+      }
       throw noSuch("nexthop group", *word, request);
    }
    return id;

@@ -46,8 +46,12 @@ struct GroupTarget {
 void readEntries(Node const& list, GroupTarget& target) {
    auto& entries = target.group.entries;
    auto const read = [&](Node const& node) {
-      EntryTarget entry{target.context, entries.empty() ? 0 : entries.back().first + 1};
+      U64 const next = entries.empty() ? 0 : U64{entries.back().first} + 1;
+      EntryTarget entry{target.context, static_cast<U32>(next)};
       readObject(node, entryMembers, entry);
+      if (next > std::numeric_limits<U32>::max() && entry.index == 0) {
+         node.fail("its index would be beyond the largest");
+      }
       return std::pair(entry.index, entry.entry);
    };
    readUnique(list, entries, read, [](auto const& entry) { return entry.first; });

@@ -43,15 +43,12 @@ TEST_F(NexthopGroupCounterTest, countsSinceTheLastClear) {
    countersAre(currentPath, {{0, {5, 6}}, {100, {10, 1000}}, {101, {20, 2000}}, {102, {biggest, biggest}}});
    countersAre(snapshotPath,
                {{100, {4, 400}}, {101, {21, 2000}}, {102, {biggest, 0}}, {103, {1, biggest}}, {9, {1, 1}}});
-   struct Case {
-      U32 groupId, entry;
-      U64 packets, bytes;
-   };
+   using Case = std::tuple<U32, U32, U64, U64>;
    auto const counters = helper();
    for (auto const& [groupId, entry, packets, bytes] : {
             Case{7, 0, 6, 600}, Case{7, 1, biggest, 0},  // the snapshot is one packet ahead
             Case{7, 2, 0, biggest},                      //
-            Case{7, 3, biggest, 1},                      // a counter that went, but for its snapshot
+            Case{7, 3, 0, 0},                            // a counter that went, but for its snapshot
             Case{8, 0, 5, 6},                            // the counter 0, which has no snapshot
             Case{7, 4, 0, 0},                            // no counter
             Case{0, 0, 0, 0},                            // no group
@@ -108,14 +105,12 @@ TEST_F(NexthopGroupCounterTest, damagedTables) {
 TEST_F(NexthopGroupCounterTest, valuesAsTheScriptingLayerSeesThem) {
    registerTypes();
    CounterIndex const index{{}, biggest, {{}, 5}};
-   CounterEntry const entry{{}, 1, biggest};
    EXPECT_EQ(Zam::valueToStrep(index),
              "Value('Kiv::CounterIndex', ** {'counterIndex': 18446744073709551615, 'chipMask': "
              "Value('FlexCounters::ChipMask', ** {'chips': 5})})");
-   EXPECT_EQ(Zam::valueToStrep(entry), "Value('Kiv::CounterEntry', ** {'packets': 1, 'bytes': 18446744073709551615})");
    EXPECT_EQ(Zam::strepToValue<CounterIndex>(Zam::valueToStrep(index)), index);
-   EXPECT_EQ(Zam::strepToValue<CounterEntry>(Zam::valueToStrep(entry)), entry);
-   EXPECT_NE(index, (CounterIndex{{}, biggest, {{}, 4}}));
+   EXPECT_EQ(Zam::valueToStrep(CounterEntry{{}, 1, biggest}),
+             "Value('Kiv::CounterEntry', ** {'packets': 1, 'bytes': 18446744073709551615})");
    keysAre({{{7, 0}, 100}});
    countersAre(currentPath, {{100, {10, 1000}}});
    auto const& type = *Zam::TypeRegistry::instance().type("Kiv::NexthopGroupCounterHelper");

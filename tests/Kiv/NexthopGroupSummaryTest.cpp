@@ -13,16 +13,6 @@ class NexthopGroupSummaryTest : public ::testing::Test {
 };
 using NexthopGroupMappingTest = NexthopGroupSummaryTest;
 
-TEST_F(NexthopGroupSummaryTest, withoutGroupsThereAreTwoLines) {
-   for (bool const withoutInputs : {false, true}) {
-      auto const summary = withoutInputs ? NexthopGroupSummaryHelper() : box_.summary();
-      EXPECT_EQ(box_.printed(summary, 1),
-                "Number of Nexthop Groups configured: 0\nNumber of unprogrammed Nexthop Groups: 0\n");
-      EXPECT_EQ(box_.printed(summary, 2),
-                "{\"numNexthopGroups\":0,\"numUnprogrammedNexthopGroups\":0,\"numNexthopGroupsPerType\":{}}\n");
-   }
-}
-
 TEST_F(NexthopGroupSummaryTest, countsPerTypeAndSize) {
    using enum NexthopGroupType;
    box_.groupIs("z", 1, 2, mpls);
@@ -31,25 +21,12 @@ TEST_F(NexthopGroupSummaryTest, countsPerTypeAndSize) {
    box_.groupIs("odd", 4, 0, NexthopGroupType{9});
    box_.vrfStatus->programmedIs(1, {});
    box_.vrfStatus->programmedIs(2, {});
-   EXPECT_EQ(box_.printed(box_.summary(), 1),
-             "Number of Nexthop Groups configured: 4\n"
-             "Number of unprogrammed Nexthop Groups: 2\n"
-             "\n"
-             "  Nexthop Group Type   Configured\n"
-             "-------------------- ------------\n"
-             "                MPLS           2\n"
-             "               VXLAN           1\n"
-             "             Invalid           1\n"
-             "\n"
-             "  Nexthop Group Size   Configured\n"
-             "-------------------- ------------\n"
-             "                   0            1\n"
-             "                   2            2\n"
-             "                  10            1\n");
    EXPECT_EQ(box_.printed(box_.summary(), 2),
              R"({"numNexthopGroups":4,"numUnprogrammedNexthopGroups":2,)"
              R"("numNexthopGroupsPerType":{"mpls":2,"vxlan":1,"9":1},"numNexthopGroupsPerSize":{"0":1,"2":2,"10":1}})"
              "\n");
+   EXPECT_EQ(box_.printed(NexthopGroupSummaryHelper(), 2),
+             "{\"numNexthopGroups\":0,\"numUnprogrammedNexthopGroups\":0,\"numNexthopGroupsPerType\":{}}\n");
 }
 
 // Who counts as programmed: only a group with an id that the hardware of this very VRF has.
@@ -72,29 +49,6 @@ TEST_F(NexthopGroupSummaryTest, unprogrammedGroups) {
    EXPECT_EQ(summary.nhgUnprogrammedCount, 3U) << "without the table of ids";
 }
 
-// A damaged row makes its group one without an id, and is told to the table.
-TEST_F(NexthopGroupSummaryTest, aDamagedRowCostsItsGroup) {
-   using NexthopGroup::EntryRecord;
-   for (U32 i = 0; i < 9; ++i) {
-      box_.groupIs("g" + std::to_string(i), i + 1);
-      box_.vrfStatus->programmedIs(i + 1, {});
-   }
-   auto const path = box_.fileOf(NexthopGroup::entryStatusPath);
-   Vault::Testing::patch(path,
-                         Vault::Testing::slotOffset<EntryRecord>(path, 4) + offsetof(Vault::Slot<EntryRecord>, words) +
-                             offsetof(EntryRecord, zero),
-                         U32{1});
-   std::vector<std::string> told;
-   box_.entryStatus->corruptionHookIs([&](std::string_view message) { told.emplace_back(message); });
-   EXPECT_EQ(box_.summary().nhgUnprogrammedCount, 1U);
-   EXPECT_EQ(told, std::vector{path + ": impossible nexthop group, id 5"});
-   auto mapping = box_.mapping();
-   box_.printed(mapping, 2);
-   EXPECT_EQ(mapping.nhgIdName.size(), 9U);
-   EXPECT_EQ(*mapping.nhgIdName.find(0), "g4");
-   EXPECT_EQ(told.size(), 2U);
-}
-
 TEST(NexthopGroupSizeTest, isBoundedByTheHardware) {
    auto const group = Zam::makePtr<NexthopGroupConfigEntry>("g", NexthopGroupType::ip);
    EXPECT_EQ(getNhgSize(group, 0), 0U);
@@ -113,29 +67,17 @@ TEST(NexthopGroupSizeTest, isBoundedByTheHardware) {
 }
 
 TEST_F(NexthopGroupMappingTest, groupsOfOneIdShareARow) {
-   EXPECT_EQ(box_.printed(box_.mapping(), 1),
-             "\nNexthop Group ID Nexthop Group Name\n---------------- --------------------\n\n");
-   EXPECT_EQ(box_.printed(box_.mapping(), 2), "{\"nexthopGroups\":{}}\n");
    EXPECT_EQ(box_.printed(NexthopGroupMappingHelper(), 2), "{\"nexthopGroups\":{}}\n");
    for (auto const& [name, id] : std::map<std::string, U32>{
             {"b\"c", 100}, {"a", 100}, {"none1", 0}, {"none2", 0}, {"top", 4294967295}, {"low", 9}}) {
       box_.groupIs(name, id);
    }
-   EXPECT_EQ(box_.printed(box_.mapping(), 1),
-             "\n"
-             "Nexthop Group ID Nexthop Group Name\n"
-             "---------------- --------------------\n"
-             "               0 none2\n"
-             "               9 low\n"
-             "             100 b\"c\n"
-             "      4294967295 top\n"
-             "\n");
    EXPECT_EQ(box_.printed(box_.mapping(), 2),
              R"({"nexthopGroups":{"0":"none2","9":"low","100":"b\"c","4294967295":"top"}})"
              "\n");
 }
 
-// What the user interrupts, and what nobody can write, ends with a value; the next output is whole again.
+// What the user interrupts ends with a value; the next output is whole again.
 TEST_F(NexthopGroupMappingTest, outputThatEndsEarly) {
    box_.groupIs("a", 1, 1);
    auto const expectEnds = [&](auto&& display) {
@@ -147,14 +89,10 @@ TEST_F(NexthopGroupMappingTest, outputThatEndsEarly) {
       EXPECT_EQ(::testing::internal::GetCapturedStdout(),
                 std::string("exiting ") + cliprint::SigIntException().what() + "\n");
       EXPECT_EQ(file.text(), "");
-      EXPECT_FALSE(cliprint::interrupted());
-      EXPECT_FALSE(display.render(0xffff, 1));
-      EXPECT_EQ(errno, EBADF);
       EXPECT_FALSE(box_.printed(display, 2).empty());
    };
    expectEnds(box_.summary());
    expectEnds(box_.mapping());
-   expectEnds(box_.detail());
 }
 
 // As a scripting layer uses them: by name, with accessors for each attribute.
@@ -183,10 +121,9 @@ TEST_F(NexthopGroupSummaryTest, throughTheTypeRuntime) {
    mappingType.attributeIs(mapping, "nhgConfig", box_.config);
    mappingType.attributeIs(mapping, "nhgEntryStatus", box_.entryStatus);
    testing_cliprint::CapturedFile file;
-   EXPECT_TRUE(std::any_cast<bool>(
-       mappingType.call(mapping, "render", std::vector<std::any>{static_cast<U32>(file.fd()), U32{2}})));
+   mappingType.call(mapping, "render", std::vector<std::any>{static_cast<U32>(file.fd()), U32{2}});
    EXPECT_EQ(file.text(), "{\"nexthopGroups\":{\"7\":\"a\"}}\n");
-   EXPECT_EQ(Zam::valueToStrep(std::any_cast<NexthopGroupMappingHelper>(mapping)),
+   EXPECT_EQ(mappingType.toText(mapping),
              "Value('Kiv::NexthopGroupMappingHelper', ** {'nhgConfig': Ptr('Routing::NexthopGroup::Config'), "
              "'nhgEntryStatus': Ptr('NexthopGroup::EntryStatus'), 'nhgIdName': None})");
    mappingType.call(mapping, "nhgIdNameDelAll");

@@ -80,11 +80,7 @@ TEST_F(EntryStatusTest, namesHaveABound) {
 
 // A row in the middle that no writer made: its group is lost and told of, the others are not.
 TEST_F(EntryStatusTest, damageCostsItsGroupAlone) {
-   struct Case {
-      U64 offset;
-      U32 value;
-      bool nameStays;
-   };
+   using Case = std::tuple<U64, U32, bool>;
    for (auto const& [offset, value, nameStays] :
         {Case{offsetof(EntryRecord, id), 0, true}, Case{offsetof(EntryRecord, zero), 5, true},
          Case{2, 0x01010101, false}, Case{0, 0, false}}) {
@@ -140,9 +136,7 @@ TEST(HardwareStatusTest, knowsGroupsAndTheirEntriesByVrf) {
         std::map<U32, bool>{{0, true}, {1, false}, {4, true}, {9, true}, {10, false}}) {
       EXPECT_EQ(red->programmed(5, entry), programmed) << entry;
    }
-   EXPECT_TRUE(red->programmed(6));
-   EXPECT_FALSE(red->programmed(6, 0));
-   EXPECT_FALSE(red->programmed(0));
+   EXPECT_TRUE(red->programmed(6) && !red->programmed(6, 0) && !red->programmed(0));
    EXPECT_THROW(status.vrfStatusIs("red")->programmedIs(0, {}), Zam::RangeError);
    status.vrfStatusDel("red");
    EXPECT_EQ(status.vrfStatus("red"), nullptr);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Kiv/CliSupport.h"
+#include "tests/support/Cases.h"
 #include "tests/support/Testing.h"
 
 // What tests of static routes share: commands in short, and a configuration as text.
@@ -13,6 +14,42 @@ inline Zam::Ptr<Routing::RouteList> routeList() {
 }
 inline Routing::RouteKey key(std::string_view prefix, U8 preference = 1) {
    return {{}, Lumen::IpGenPrefix::parse(prefix), preference};
+}
+
+inline auto casesOf(std::string_view section) {
+   return testsupport::casesOf("Kiv/config/cases.txt", section);
+}
+// The parts of a case; "-" stands for an empty one.
+inline std::vector<std::string> partsOf(std::string const& text) {
+   std::vector<std::string> parts;
+   std::istringstream in(text);
+   for (std::string part; in >> part;) {
+      parts.push_back(part == "-" ? "" : part);
+   }
+   return parts;
+}
+// A route of a case that begins with its type, preference, tag, and name.
+inline Zam::Ptr<Routing::Route> routeOf(Zam::Ptr<Routing::RouteList> const& list,
+                                        std::vector<std::string> const& parts) {
+   constexpr std::array<std::string_view, 5> types{"forward", "drop", "nexthopGroup", "l2NexthopGroup",
+                                                   "routeCacheConnected"};
+   auto const route = list->routeIs(key("10.0.0.0/8", static_cast<U8>(std::stoul(parts[1]))),
+                                    static_cast<RouteType>(std::ranges::find(types, parts[0]) - types.begin()));
+   route->tagIs(static_cast<U32>(std::stoul(parts[2])));
+   route->dropNextHopNameIs(parts[3]);
+   route->nexthopGroupNameIs(parts[3]);
+   return route;
+}
+inline std::string onOneLine(std::string text) {
+   std::ranges::replace(text, '\n', ';');
+   return text;
+}
+
+inline Routing::Via through(std::string_view hop, std::string_view intf = "") {
+   Routing::Via via;
+   via.hop = Lumen::IpGenAddr::parse(hop);
+   via.intfId = Lumen::IntfId::parse(intf);
+   return via;
 }
 
 // One call of manageRoute(); what a test does not mention is left out of the command.

@@ -10,47 +10,38 @@ using Lumen::RouteDistinguisher;
 
 using InputDir = RdAssignmentChecker::InputDir;
 
-RouteDistinguisher rd(char const* text) {
+RouteDistinguisher rd(std::string_view text) {
    return RouteDistinguisher::parse(text);
 }
 
-TEST(RouteDistinguisherTest, textForms) {
-   std::tuple<char const*, U64, char const*> const forms[] = {
-       {"0:0", 0, "0:0"},
-       {"65000:100", 0x0000'fde8'0000'0064, "65000:100"},
-       {"65535:4294967295", 0x0000'ffff'ffff'ffff, "65535:4294967295"},
-       {"1.2.3.4:5", 0x0001'0102'0304'0005, "1.2.3.4:5"},
-       {"255.255.255.255:65535", 0x0001'ffff'ffff'ffff, "255.255.255.255:65535"},
-       {"65536:1", 0x0002'0001'0000'0001, "65536:1"},
-       {"4294967295:65535", 0x0002'ffff'ffff'ffff, "4294967295:65535"},
-       {"1.0:1", 0x0002'0001'0000'0001, "65536:1"},
-       {"0.65000:100", 0x0002'0000'fde8'0064, "0.65000:100"},
-       {"0.0:0", 0x0002'0000'0000'0000, "0.0:0"},
-   };
-   std::set<RouteDistinguisher> all;
-   for (auto const& [text, value, canonical] : forms) {
-      EXPECT_EQ(rd(text).value(), value) << text;
-      EXPECT_EQ(rd(text).stringValue(), canonical);
-      EXPECT_EQ(Zam::strepToValue<RouteDistinguisher>(Zam::valueToStrep(rd(text))), rd(text));
-      all.insert(rd(text));
-   }
-   EXPECT_EQ(all.size(), std::size(forms) - 1);
-   for (char const* const text :
-        {"",     ":",    "1",       "1:",      ":1",         "1:1:1",       "1:-1", "+1:1", " 1:1", "1:1 ",
-         "01:1", "1:01", "1.2.3:1", "1.2.3.4", "1.2.3.04:1", "1.2.3.4.5:1", "1.:1", ".1:1", "a:1",  "0x1:1"}) {
-      EXPECT_THROW(rd(text), Zam::ParseError) << text;
-   }
-   for (char const* const text : {"65535:4294967296", "4294967296:1", "65536:65536", "1.2.3.4:65536", "1.65536:1",
-                                  "65536.1:1", "1:18446744073709551616", "99999999999999999999:1"}) {
-      EXPECT_THROW(rd(text), Zam::RangeError) << text;
+// The value and its text, or what is wrong.
+std::string madeOf(std::string_view text) {
+   try {
+      auto const value = rd(text);
+      EXPECT_EQ(Zam::strepToValue<RouteDistinguisher>(Zam::valueToStrep(value)), value);
+      std::ostringstream made;
+      made << std::hex << value.value() << " " << value;
+      return made.str();
+   } catch (Zam::ParseError const&) {
+      return "malformed";
+   } catch (Zam::RangeError const&) {
+      return "out of range";
    }
 }
 
-Zam::Ptr<InputDir> dirOf(std::vector<std::pair<char const*, char const*>> const& assignments) {
+TEST(RouteDistinguisherTest, textForms) {
+   for (auto const& [text, made] : casesOf("route distinguishers")) {
+      EXPECT_EQ(madeOf(text), made) << text;
+   }
+}
+
+// From the names of VRFs and what each is assigned; green has another one in every input.
+Zam::Ptr<InputDir> dirOf(std::string const& assignments) {
    auto const dir = Zam::makePtr<InputDir>();
-   for (auto const& [vrf, text] : assignments) {
+   auto const parts = partsOf(assignments);
+   for (std::size_t i = 0; i + 1 < parts.size(); i += 2) {
       auto const input = Zam::makePtr<Ip::RouteDistinguisherInput>();
-      input->routeDistinguisherIs(vrf, rd(text));
+      input->routeDistinguisherIs(parts[i], rd(parts[i + 1]));
       input->routeDistinguisherIs("green", rd("7:7"));
       dir->entityIs("input" + std::to_string(dir->size()), input);
    }
@@ -58,68 +49,24 @@ Zam::Ptr<InputDir> dirOf(std::vector<std::pair<char const*, char const*>> const&
 }
 
 TEST(RdAssignmentCheckerTest, table) {
-   struct {
-      std::vector<std::pair<char const*, char const*>> automatic;
-      std::vector<std::pair<char const*, char const*>> configured;
-      char const* holder;  // of the distinguisher that VRF red is to get; empty when there is none
-   } const cases[] = {
-       {{}, {}, ""},
-       {{{"red", "1:1"}}, {{"red", "1:1"}}, ""},
-       {{}, {{"blue", "1:1"}}, "blue"},
-       {{{"blue", "1:1"}}, {}, "blue"},
-       {{{"black", "1:1"}}, {{"blue", "1:1"}}, "blue"},
-       {{{"black", "1:1"}}, {{"red", "1:1"}}, "black"},
-       {{}, {{"red", "1:1"}, {"blue", "1:2"}, {"white", "1:1"}, {"black", "1:1"}}, "white"},
-       {{{"Red", "1:1"}}, {}, "Red"},
-       {{{"blue", "0.1:1"}}, {{"blue", "1:10"}}, ""},  // of another type, or another number
-   };
-   for (auto const& [automatic, configured, holder] : cases) {
-      RdAssignmentChecker const checker(dirOf(automatic), dirOf(configured), "red", rd("1:1"));
-      EXPECT_EQ(checker.acceptable, *holder == '\0') << holder;
-      EXPECT_EQ(checker.errorMessage.bytes(),
-                *holder == '\0' ? "" : std::string("RD 1:1 already in use by VRF ") + holder);
+   for (auto const& [text, complaint] : casesOf("1:1 for VRF red: assigned automatically | configured")) {
+      auto const bar = text.find('|');
+      RdAssignmentChecker const checker(dirOf(text.substr(0, bar)), dirOf(text.substr(bar + 1)), "red", rd("1:1"));
+      EXPECT_EQ(checker.acceptable, complaint.empty()) << text;
+      EXPECT_EQ(checker.errorMessage.bytes(), complaint) << text;
    }
    EXPECT_TRUE(RdAssignmentChecker(nullptr, nullptr, "red", rd("1:1")).acceptable);
 }
 
 TEST(RdAssignmentCheckerDeathTest, aForeignEntity) {
-   auto const dir = dirOf({});
+   auto const dir = dirOf("");
    dir->entityIs("foreign", Zam::makePtr<Ip::Config>());
    EXPECT_DEATH(RdAssignmentChecker(dir, nullptr, "red", rd("1:1")),
                 "__null != routeDistinguisherInput, source Kiv/CliSupport");
 }
 
 TEST(ProtocolCodeWordTest, theFirstTypeWhoseWordBeginsIt) {
-   std::pair<char const*, char const*> const cases[] = {{"connected", "C"},
-                                                        {"static", "S"},
-                                                        {"staticRoute", "S"},
-                                                        {"vcs", "V"},
-                                                        {"kernel", "K"},
-                                                        {"RIP", "R"},
-                                                        {"bgpAggregate", "A B"},
-                                                        {"ospfSummary", "A O"},
-                                                        {"OSPF", "O"},
-                                                        {"OSPFv3", "O"},
-                                                        {"ospfInterArea", "O IA"},
-                                                        {"ospfExternalType1", "O E1"},
-                                                        {"ospfExternalType2", "O E2"},
-                                                        {"ospfNssaExternalType1", "O N1"},
-                                                        {"ospfNssaExternalType2", "O N2"},
-                                                        {"iBGP", "B I"},
-                                                        {"eBGP", "B E"},
-                                                        {"BGP", "B"},
-                                                        {"ISISLevel1", "I L1"},
-                                                        {"ISISLevel2", "I L2"},
-                                                        {"nexthopGroupStaticRoute", "NG"},
-                                                        {"dropRoute", "S"},
-                                                        {"dhcp", "DH"},
-                                                        {"martian", "M"},
-                                                        {"dynamicPolicy", "DP"},
-                                                        {"l2NexthopGroupRoute", "L2NG"},
-                                                        {"routeCacheConnected", "RC"},
-                                                        {"routeCacheForward", "RCF"},
-                                                        {"gribi", "G"}};
-   for (auto const& [word, code] : cases) {
+   for (auto const& [word, code] : casesOf("protocol code words")) {
       EXPECT_EQ(ProtocolCodeWordHelper::protocolCodeWordToCode(word).bytes(), code) << word;
    }
 }
@@ -139,32 +86,22 @@ T parsedBack(T const& value) {
 
 TEST(ConfigTypesTest, textualForms) {
    RouteSortKey const sortKey{{}, Lumen::IpGenPrefix::parse("10.0.0.0/8"), 9};
-   EXPECT_EQ(Zam::valueToStrep(sortKey), "Value('Kiv::RouteSortKey', ** {'prefix': '10.0.0.0/8', 'preference': 9})");
    RoutingConsts const consts{{}, 2, 3, "it's", 5};
-   EXPECT_EQ(Zam::valueToStrep(consts),
-             "Value('Kiv::RoutingConsts', ** {'defaultStaticRoutePreference': 2, 'defaultStaticRouteTag': 3, "
-             "'defaultStaticRouteName': 'it\\'s', 'defaultStaticRouteMetric': 5})");
    AddressQueryResult const result{{}, false, "No interfaces"};
-   EXPECT_EQ(Zam::valueToStrep(result),
-             "Value('Kiv::AddressQueryResult', ** {'acceptable': False, 'msg': 'No interfaces'})");
    RdAssignmentChecker checker(nullptr, nullptr, "red", rd("1:1"));
    checker.acceptable = false;
-   EXPECT_EQ(Zam::valueToStrep(checker),
-             "Value('Kiv::RdAssignmentChecker', ** {'rdAutoInputDir': None, 'rdConfigInputDir': None, 'vrfName': "
-             "'red', 'routeDistinguisher': '1:1', 'acceptable': False, 'errorMessage': ''})");
    NexthopInfo info{{}, "cmd", {}};
    info.sortedViaIs({}, " via");
-   EXPECT_EQ(Zam::valueToStrep(info), "Value('Kiv::NexthopInfo', ** {'nexthopCmd': 'cmd', 'sortedVia': None})");
    StaticRoutesCliSaver saver;
    saver.sortedRouteIs(sortKey, info);
-   EXPECT_EQ(Zam::valueToStrep(saver), "Value('Kiv::StaticRoutesCliSaver', ** {'sortedRoute': None})");
-   EXPECT_EQ(Zam::valueToStrep(StaticRoutesRibCommon()),
-             "Value('Kiv::StaticRoutesRibCommon', ** {'sortedRoute': None, 'allIntfConfig': None, 'dynamic': False, "
-             "'fd': 0, 'fmt': 0, 'tag': 0, 'routeInputConf': None})");
-   EXPECT_EQ(Zam::valueToStrep(AddressAssignmentChecker()) + Zam::valueToStrep(Address6AssignmentChecker()) +
-                 Zam::valueToStrep(ClearIntfRoutesAndViasHelper()),
-             "");
-   EXPECT_EQ(Zam::valueToStrep(AddrMatchType::allowExactMatch), "allowExactMatch");
+   auto const texts = [](auto const&... values) { return std::vector<std::string>{Zam::valueToStrep(values)...}; };
+   std::vector<std::string> expected;
+   for (auto const& [name, text] : casesOf("textual forms")) {
+      expected.push_back(text);
+   }
+   EXPECT_EQ(texts(sortKey, consts, result, checker, info, saver, StaticRoutesRibCommon(), AddressAssignmentChecker(),
+                   Address6AssignmentChecker(), ClearIntfRoutesAndViasHelper(), AddrMatchType::allowExactMatch),
+             expected);
 
    EXPECT_EQ(parsedBack(sortKey), sortKey);
    EXPECT_EQ(parsedBack(consts), consts);
@@ -206,77 +143,44 @@ TEST(RouteSortKeyTest, orderLeavesTheFamilyOut) {
 // As a scripting layer uses them, by name and with loose arguments.
 TEST(ConfigTypesTest, byName) {
    registerTypes();
-   auto const& registry = Zam::TypeRegistry::instance();
-   auto const construct = [&](char const* name, std::vector<std::any> const& arguments) {
-      return registry.type(name)->construct(arguments);
+   auto const type = [](char const* name) { return Zam::TypeRegistry::instance().type(std::string("Kiv::") + name); };
+   auto const construct = [&](char const* name, auto const&... arguments) {
+      return type(name)->construct(std::vector<std::any>{arguments...});
+   };
+   auto const call = [&](char const* name, std::any object, char const* operation, auto const&... arguments) {
+      return type(name)->call(object, operation, std::vector<std::any>{arguments...});
+   };
+   auto const callNew = [&](char const* name, char const* operation, auto const&... arguments) {
+      return call(name, construct(name), operation, arguments...);
    };
    auto const list = routeList();
-   auto const status = Zam::makePtr<Routing::Hardware::Status>();
-   auto helper = construct("Kiv::IpRouteCliPluginHelper", {std::any(status)});
-   auto const& helperType = *registry.type("Kiv::IpRouteCliPluginHelper");
-   std::vector<std::any> const arguments{list,
-                                         "default",
-                                         "10.0.0.0/8",
-                                         5,
-                                         RouteType::forward,
-                                         "",
-                                         "Ethernet1",
-                                         false,
-                                         0,
-                                         false,
-                                         0,
-                                         "",
-                                         false,
-                                         "",
-                                         false,
-                                         7U,
-                                         "",
-                                         "1.1.1.1",
-                                         "name",
-                                         true,
-                                         "",
-                                         Lumen::IntfId(),
-                                         9U};
-   EXPECT_TRUE(std::any_cast<bool>(helperType.call(helper, "manageRoute", arguments)));
-   EXPECT_FALSE(std::any_cast<bool>(helperType.call(helper, "isValidPrefix", std::vector<std::any>{"", true})));
-   EXPECT_EQ(std::any_cast<Zam::String>(helperType.attribute(helper, "errorMsg")).bytes(), "Mask must be contiguous");
-
-   auto saver = construct("Kiv::StaticRoutesCliSaver", {});
-   auto const text = registry.type("Kiv::StaticRoutesCliSaver")
-                         ->call(saver, "save", std::vector<std::any>{list, false, "r ", RoutingConsts()});
-   EXPECT_EQ(std::any_cast<Zam::String>(text).bytes(),
-             "r 10.0.0.0/8 Ethernet1 1.1.1.1 track bfd 5 tag 7 name name metric 9\n");
-
-   auto clearer = construct("Kiv::ClearIntfRoutesAndViasHelper", {});
-   registry.type("Kiv::ClearIntfRoutesAndViasHelper")
-       ->call(clearer, "clearIntfRoutesAndViasHelper", std::vector<std::any>{list, "Ethernet1"});
+   auto const helper = construct("IpRouteCliPluginHelper", Zam::makePtr<Routing::Hardware::Status>());
+   EXPECT_TRUE(std::any_cast<bool>(call("IpRouteCliPluginHelper", helper, "manageRoute", list, "default", "10.0.0.0/8",
+                                        5, RouteType::forward, "", "Ethernet1", false, 0, false, 0, "", false, "",
+                                        false, 7U, "", "1.1.1.1", "name", true, "", Lumen::IntfId(), 9U)));
+   EXPECT_FALSE(std::any_cast<bool>(call("IpRouteCliPluginHelper", helper, "isValidPrefix", "", true)));
+   EXPECT_EQ(std::any_cast<Zam::String>(type("IpRouteCliPluginHelper")->attribute(helper, "errorMsg")).bytes(),
+             "Mask must be contiguous");
+   EXPECT_EQ(
+       std::any_cast<Zam::String>(callNew("StaticRoutesCliSaver", "save", list, false, "r ", RoutingConsts())).bytes(),
+       "r 10.0.0.0/8 Ethernet1 1.1.1.1 track bfd 5 tag 7 name name metric 9\n");
+   callNew("ClearIntfRoutesAndViasHelper", "clearIntfRoutesAndViasHelper", list, "Ethernet1");
    EXPECT_TRUE(list->route().empty());
 
-   auto const rdType = registry.type("Kiv::RdAssignmentChecker");
-   auto const checker = construct("Kiv::RdAssignmentChecker", {dirOf({{"blue", "1:1"}}), nullptr, "red", rd("1:1")});
-   EXPECT_FALSE(std::any_cast<bool>(rdType->attribute(checker, "acceptable")));
-
+   auto const checker = construct("RdAssignmentChecker", dirOf("blue 1:1"), nullptr, "red", rd("1:1"));
+   EXPECT_FALSE(std::any_cast<bool>(type("RdAssignmentChecker")->attribute(checker, "acceptable")));
    auto const params =
-       construct("Kiv::AddressQueryParams", {nullptr, "Ethernet1", "Management", Zam::fromText("allowExactMatch"),
-                                             AddrMatchType::allowNoMatch, Lumen::IpAddrWithMask::parse("10.0.0.1/8")});
-   auto addresses = construct("Kiv::AddressAssignmentChecker", {});
-   auto const answer =
-       registry.type("Kiv::AddressAssignmentChecker")->call(addresses, "check", std::vector<std::any>{params});
-   EXPECT_EQ(std::any_cast<AddressQueryResult>(answer).msg.bytes(), "No interfaces");
+       construct("AddressQueryParams", nullptr, "Ethernet1", "Management", Zam::fromText("allowExactMatch"),
+                 AddrMatchType::allowNoMatch, Lumen::IpAddrWithMask::parse("10.0.0.1/8"));
+   EXPECT_EQ(std::any_cast<AddressQueryResult>(callNew("AddressAssignmentChecker", "check", params)).msg.bytes(),
+             "No interfaces");
    auto const params6 =
-       construct("Kiv::Address6QueryParams", {nullptr, "Ethernet1", "", Lumen::Ip6AddrWithMask::parse("fe80::1/64")});
-   auto addresses6 = construct("Kiv::Address6AssignmentChecker", {});
-   auto const answer6 =
-       registry.type("Kiv::Address6AssignmentChecker")->call(addresses6, "check", std::vector<std::any>{params6});
-   EXPECT_FALSE(std::any_cast<AddressQueryResult>(answer6).acceptable);
+       construct("Address6QueryParams", nullptr, "Ethernet1", "", Lumen::Ip6AddrWithMask::parse("fe80::1/64"));
+   EXPECT_FALSE(std::any_cast<AddressQueryResult>(callNew("Address6AssignmentChecker", "check", params6)).acceptable);
 
-   auto const code =
-       registry.type("Kiv::ProtocolCodeWordHelper")->call("protocolCodeWordToCode", std::vector<std::any>{"eBGP"});
+   auto const code = type("ProtocolCodeWordHelper")->call("protocolCodeWordToCode", std::vector<std::any>{"eBGP"});
    EXPECT_EQ(std::any_cast<Zam::String>(code).bytes(), "B E");
-   auto ribCommon = construct("Kiv::StaticRoutesRibCommon", {});
-   EXPECT_TRUE(std::any_cast<Zam::String>(registry.type("Kiv::StaticRoutesRibCommon")->call(ribCommon, "legend"))
-                   .bytes()
-                   .starts_with("Codes: "));
+   EXPECT_TRUE(std::any_cast<Zam::String>(callNew("StaticRoutesRibCommon", "legend")).bytes().starts_with("Codes: "));
 }
 
 TEST(FlatMapTest, agreesWithAMap) {

@@ -27,12 +27,6 @@ class StaticRoutesDumpTest : public ::testing::Test {
    Zam::Ptr<Routing::Route> routeIs(char const* prefix, U8 preference, RouteType type) {
       return list_->routeIs(key(prefix, preference), type);
    }
-   static Routing::Via via(char const* hop, char const* intf = "") {
-      Routing::Via via;
-      via.hop = Lumen::IpGenAddr::parse(hop);
-      via.intfId = IntfId::parse(intf);
-      return via;
-   }
 
    std::string output(U32 format, RoutingConsts const& defaults = {}) const {
       testing_cliprint::CapturedFile file;
@@ -66,83 +60,31 @@ TEST_F(StaticRoutesDumpTest, empty) {
    EXPECT_EQ(output(2), "{\"routes\":{}}\n");
 }
 
-TEST_F(StaticRoutesDumpTest, routesByType) {
-   routeIs("10.0.0.0/8", 1, RouteType::drop);
-   auto const named = routeIs("10.0.0.0/8", 200, RouteType::drop);
-   named->tagIs(9);
-   named->dropNextHopNameIs("hole");
-   routeIs("10.1.0.0/16", 1, RouteType::nexthopGroup)->nexthopGroupNameIs("g1");
-   routeIs("10.2.0.0/16", 1, RouteType::l2NexthopGroup);
-   routeIs("10.3.0.0/16", 1, RouteType::routeCacheConnected);
-   routeIs("10.4.0.0/16", 1, RouteType::forward)->viaIs(via("1.1.1.1"), 5);
-   EXPECT_EQ(routes(),
-             "D    10.0.0.0/8 [1]\n"
-             "      Null0\n"
-             "D    10.0.0.0/8 [200] tag 9\n"
-             "      Null0, name: hole\n"
-             "NG   10.1.0.0/16 [1]\n"
-             "      nexthop-group g1\n"
-             "L2NG 10.2.0.0/16 [1]\n"
-             "RC   10.3.0.0/16 [1]\n"
-             "F    10.4.0.0/16 [1]\n"
-             "      via 1.1.1.1\n");
-   EXPECT_EQ(json(),
-             R"({"routes":{"10.0.0.0/8":{"preference":{)"
-             R"("1":{"routeType":"drop","preference":1,"vias":[]},)"
-             R"("200":{"routeType":"drop","preference":200,"tag":9,"dropNextHopName":"hole","vias":[]}}},)"
-             R"("10.1.0.0/16":{"preference":{"1":{"routeType":"nexthopGroup","preference":1,)"
-             R"("nexthopGroupName":"g1","vias":[]}}},)"
-             R"("10.2.0.0/16":{"preference":{"1":{"routeType":"l2nexthopgroup","preference":1,"vias":[]}}},)"
-             R"("10.3.0.0/16":{"preference":{"1":{"routeType":"routeCacheConnected","preference":1,"vias":[]}}},)"
-             R"("10.4.0.0/16":{"preference":{"1":{"routeType":"forward","preference":1,)"
-             R"("vias":[{"nexthopAddr":"1.1.1.1"}]}}}}})"
-             "\n");
-   // Of other defaults, what is written is what differs from them.
-   auto const others = routes({{}, 1, 9, "hole", 0});
-   EXPECT_NE(others.find("D    10.0.0.0/8 [1] tag 0\n      Null0, name: \n"), std::string::npos) << others;
-   EXPECT_NE(others.find("D    10.0.0.0/8 [200]\n      Null0\n"), std::string::npos) << others;
-}
-
-TEST_F(StaticRoutesDumpTest, viasInBothOutputs) {
-   auto labelled = via("1.1.1.1", "Ethernet1");
-   labelled.mplsLabel = Lumen::MplsLabel(16);
-   auto everything = via("fe80::1", "Vlan10");
-   everything.mplsLabel = Lumen::MplsLabel(0);
-   everything.egressVrf = "red";
-   auto zero = via("0.0.0.0");
-   zero.egressVrf = "red";
-   auto unlabelled = via("", "Vlan10");
-   unlabelled.mplsLabel = Lumen::MplsLabel(17);  // of no next hop, so it is not pushed
-   struct {
-      Routing::Via via;
-      char const* name;
-      char const* text;
-      char const* model;
-   } const cases[] = {
-       {via("1.1.1.1"), "", " via 1.1.1.1", R"({"nexthopAddr":"1.1.1.1"})"},
-       {via("", "Ethernet1"), "", " Ethernet1", R"({"interface":"Ethernet1"})"},
-       {labelled, "", " via 1.1.1.1, label 16, Ethernet1",
-        R"({"nexthopAddr":"1.1.1.1","mplsLabel":16,"interface":"Ethernet1"})"},
-       {everything, "n", " via fe80::1, label 0, Vlan10 (egress VRF red) (to the \"lab\"), name: n",
-        R"({"nexthopAddr":"fe80::1","mplsLabel":0,"interface":"Vlan10","egressVrf":"red",)"
-        R"("interfaceDescription":"to the \"lab\"","nexthopName":"n"})"},
-       {unlabelled, "", " Vlan10 (to the \"lab\")",
-        R"({"interface":"Vlan10","interfaceDescription":"to the \"lab\""})"},
-       {zero, "n", " (egress VRF red), name: n", R"({"egressVrf":"red","nexthopName":"n"})"},
-       {via(""), "n", ", name: n", R"({"nexthopName":"n"})"},
-       {via(""), "", "", "{}"},
+TEST_F(StaticRoutesDumpTest, routesInBothOutputs) {
+   auto const expectRoutes = [this](char const* section, RoutingConsts const& defaults) {
+      for (auto const& [configured, outputs] : casesOf(section)) {
+         auto const parts = partsOf(configured);
+         auto const route = routeOf(list_, parts);
+         if (route->routeType() == RouteType::forward) {
+            auto via = through(parts[4], parts[5]);
+            via.mplsLabel = parts[6].empty() ? Lumen::MplsLabel() : Lumen::MplsLabel::parse(parts[6]);
+            via.egressVrf = parts[7];
+            route->viaIs(via, 5);
+            route->viaNextHopNameIs(via, parts[3]);
+         }
+         auto const model = json(defaults);
+         std::string const before = R"({"routes":{"10.0.0.0/8":{"preference":{)";
+         EXPECT_EQ(onOneLine(routes(defaults)) + " | " + model.substr(before.size(), model.size() - before.size() - 5),
+                   outputs)
+             << configured;
+         EXPECT_TRUE(model.starts_with(before) && model.ends_with("}}}}\n")) << model;
+         list_->routeDel(route->key());
+      }
    };
-   for (auto const& [configured, name, text, model] : cases) {
-      auto const route = routeIs("10.0.0.0/8", 1, RouteType::forward);
-      route->viaIs(configured, 0);
-      route->viaNextHopNameIs(configured, name);
-      EXPECT_EQ(routes(), "F    10.0.0.0/8 [1]\n     " + std::string(text) + "\n");
-      auto const all = json();
-      EXPECT_NE(all.find(std::string("\"vias\":[") + model + "]"), std::string::npos) << all << model;
-   }
-   routeIs("10.0.0.0/8", 1, RouteType::forward)->viaIs(everything, 0);
+   expectRoutes("shown: type, preference, tag, name, next hop, interface, label, egress VRF", {});
+   expectRoutes("shown, with other defaults", {{}, 1, 9, "hole", 0});
    dump_.allIntfConfig = nullptr;
-   EXPECT_EQ(routes(), "F    10.0.0.0/8 [1]\n      via fe80::1, label 0, Vlan10 (egress VRF red)\n");
+   expectRoutes("shown, without descriptions", {});
 }
 
 // Routes of several inputs in one order, and of these the ones that are asked for.
@@ -190,7 +132,7 @@ TEST_F(StaticRoutesDumpTest, aLargeOutputIsStreamedWhole) {
    std::string expected;
    for (U32 i = 0; i < 3000; ++i) {
       auto const prefix = Lumen::Prefix(Lumen::IpAddr(0x0a000000 + i * 256), 24);
-      list_->routeIs({{}, prefix, 1}, RouteType::forward)->viaIs(via("1.1.1.1", "Ethernet1"), 0);
+      list_->routeIs({{}, prefix, 1}, RouteType::forward)->viaIs(through("1.1.1.1", "Ethernet1"), 0);
       expected += "F    " + prefix.stringValue() + " [1]\n      via 1.1.1.1, Ethernet1\n";
    }
    EXPECT_EQ(routes() == expected, true);

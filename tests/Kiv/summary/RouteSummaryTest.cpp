@@ -3,11 +3,10 @@
 #include "Zam/TypeRegistry.h"
 #include "tests/Kiv/SelectionOracle.h"
 #include "tests/Vault/VaultTesting.h"
+#include "tests/support/Cases.h"
 
-#include <map>
-
-// Routes counted by category and mask length, against what the words of the route table say, against tables written
-// down here, and against the plain loops of the oracle.
+// Routes counted by category and mask length, against what the words of the route table say, against lists written
+// down beside it, and against the plain loops of the oracle.
 namespace Kiv::Testing {
 
 namespace {
@@ -16,103 +15,38 @@ using Categories = std::map<std::string, U32>;
 
 struct S4 : V4 {
    using Summary = RouteSummary;
+   using Record = Vault::Records::RouteRecord4;
+   static constexpr char const* name = "IPv4";
    static constexpr char const* typeName = "Kiv::RouteSummary";
-   static constexpr U8 largestType = 44;
-   static constexpr std::array<char const*, 45> categories{"",
-                                                           "internal",
-                                                           "internal",
-                                                           "internal",
-                                                           "internal",
-                                                           "attached",
-                                                           nullptr,
-                                                           "static",
-                                                           "vcs",
-                                                           "internal",
-                                                           "rip",
-                                                           "connected",
-                                                           "",
-                                                           "aggregate",
-                                                           "aggregate",
-                                                           "ospfIntraArea ospfTotal",
-                                                           "ospfInterArea ospfTotal",
-                                                           "ospfExternal1 ospfTotal",
-                                                           "ospfExternal2 ospfTotal",
-                                                           "nssaExternal1 ospfTotal",
-                                                           "nssaExternal2 ospfTotal",
-                                                           "bgpInternal bgpTotal",
-                                                           "bgpInternal bgpTotal",
-                                                           "bgpExternal bgpTotal",
-                                                           "bgpExternal bgpTotal",
-                                                           "bgpLocal bgpTotal",
-                                                           "isisLevel1 isisTotal",
-                                                           "isisLevel2 isisTotal",
-                                                           "staticNexthopGroup",
-                                                           "internal",
-                                                           "ospfv3Total",
-                                                           "ospfv3Total",
-                                                           "ospfv3Total",
-                                                           "ospfv3Total",
-                                                           "ospfv3Total",
-                                                           "DhcpDefaultRoute",
-                                                           "internal",
-                                                           "dynamicPolicy",
-                                                           nullptr,
-                                                           "l2NexthopGroup",
-                                                           "routeCacheConnected",
-                                                           "routeCacheForward",
-                                                           "gribi",
-                                                           "!",
-                                                           ""};
+   static std::string prefixText(U32 number) { return "10." + std::to_string(number) + ".0.0/16"; }
 };
 
 struct S6 : V6 {
    using Summary = Route6Summary;
+   using Record = Vault::Records::RouteRecord6;
+   static constexpr char const* name = "IPv6";
    static constexpr char const* typeName = "Kiv::Route6Summary";
-   static constexpr U8 largestType = 31;
-   static constexpr std::array<char const*, 32> categories{"",
-                                                           "internal",
-                                                           "internal",
-                                                           "attached",
-                                                           "static",
-                                                           "internal",
-                                                           "",
-                                                           "connected",
-                                                           "",
-                                                           "aggregate",
-                                                           "aggregate",
-                                                           "ospfTotal",
-                                                           "bgpTotal",
-                                                           "bgpInternal bgpTotal",
-                                                           "bgpInternal bgpTotal",
-                                                           "bgpExternal bgpTotal",
-                                                           "bgpExternal bgpTotal",
-                                                           "bgpLocal bgpTotal",
-                                                           "isisLevel1 isisTotal",
-                                                           "isisLevel2 isisTotal",
-                                                           "staticNexthopGroup",
-                                                           "internal",
-                                                           "dhcp",
-                                                           "internal",
-                                                           "dynamicPolicy",
-                                                           nullptr,
-                                                           "l2NexthopGroup",
-                                                           "routeCacheConnected",
-                                                           "routeCacheForward",
-                                                           "gribi",
-                                                           "!",
-                                                           ""};
+   static std::string prefixText(U32 number) { return "2001:db8:" + std::to_string(number) + "::/48"; }
 };
 
-// Of a route, by words that are separated by blanks.
-void addCategories(Categories& counts, std::string words) {
-   while (true) {
-      auto const blank = words.find(' ');
-      ++counts[words.substr(0, blank)];
-      if (blank == std::string::npos) {
-         return;
-      }
-      words.erase(0, blank + 1);
+// By type; those that are not in the list count under none.
+template <class Family>
+std::map<U32, std::string> listedCategories() {
+   std::map<U32, std::string> byType;
+   for (auto const& [type, words] : testsupport::casesOf("Kiv/summary/categories.txt", Family::name)) {
+      byType[static_cast<U32>(std::stoul(type))] = words;
    }
+   return byType;
+}
+
+// Of a route, by words that are separated by blanks; no word is a category too.
+void addCategories(Categories& counts, std::string const& words) {
+   std::istringstream in(words);
+   std::string word;
+   do {
+      in >> word;
+      ++counts[word];
+   } while (!in.eof());
 }
 
 template <class Summary>
@@ -141,60 +75,47 @@ class Summaries : public ::testing::Test {
       made.loadInternalStructures();
       return made;
    }
-   // A different prefix for each number.
-   static std::string prefixText(U32 number) {
-      return Family::viasShareRouteLine ? "10." + std::to_string(number) + ".0.0/16"
-                                        : "2001:db8:" + std::to_string(number) + "::/48";
-   }
-
    Box<Family> box_;
+   std::map<U32, std::string> const listed_ = listedCategories<Family>();
 };
 
 using SummaryFamilies = ::testing::Types<S4, S6>;
 TYPED_TEST_SUITE(Summaries, SummaryFamilies);
 
 TYPED_TEST(Summaries, CountEveryTypeUnderItsCategories) {
+   using Type = typename TypeParam::RouteType;
    Categories expected;
-   U32 total = 0;
    for (U32 type = 0; type < 256; ++type) {
-      auto const routeType = static_cast<typename TypeParam::RouteType>(type);
-      bool const isCounted = type <= TypeParam::largestType;
-      char const* const words = isCounted ? TypeParam::categories[type] : nullptr;
-      if (words != nullptr && *words == '!') {
-         continue;
+      if (static_cast<Type>(type) != Type::staticOpalSdk) {
+         this->box_.routeIs(TypeParam::prefixText(type).c_str(), static_cast<Type>(type));
       }
-      this->box_.routeIs(this->prefixText(type).c_str(), routeType);
-      total += isCounted ? 1 : 0;
-      if (words != nullptr) {
-         addCategories(expected, words);
-      }
+   }
+   for (auto const& [type, words] : this->listed_) {
+      addCategories(expected, words);
    }
    auto const summary = this->loaded();
    EXPECT_EQ(categoriesOf(summary), expected);
+   // Up to the last of the list a route counts, whether it has categories or not.
+   U32 const total = this->listed_.rbegin()->first;  // they begin at 0, and one is not there
    EXPECT_EQ(summary.totalNumRoutes, static_cast<S32>(total));
    ASSERT_EQ(summary.routeCountByMask.size(), 1U);
    EXPECT_EQ(summary.routeCountByMask.begin()->value, total);
-}
 
-TYPED_TEST(Summaries, OfAnEmptyBoxHoldNothing) {
-   auto summary = this->loaded();
-   summary.loadAttachedRoutes();
-   EXPECT_TRUE(summary.routeCountByType.empty());
-   EXPECT_TRUE(summary.routeCountByMask.empty());
-   EXPECT_EQ(summary.totalNumRoutes, 0);
-   typename TestFixture::Summary nothing;
-   nothing.loadInternalStructures();
-   nothing.loadAttachedRoutes();
-   if constexpr (requires { nothing.loadRouteCacheRoutes(); }) {
-      nothing.loadRouteCacheRoutes();
-   }
-   EXPECT_FALSE(isSet(nothing));
-}
-
-TYPED_TEST(Summaries, DieOfTheSdkStaticType) {
-   this->box_.routeIs(TypeParam::nested[0], TypeParam::RouteType::staticOpalSdk);
+   this->box_.routeIs(TypeParam::nested[0], Type::staticOpalSdk);
    EXPECT_DEATH(this->loaded(), std::string("routeType staticOpalSdk can not be present in FIB vault.*void ") +
                                     TypeParam::typeName + "::loadInternalStructures\\(\\)");
+}
+
+TYPED_TEST(Summaries, OfNothingHoldNothing) {
+   for (auto const& nothing : {typename TestFixture::Summary(), this->summary()}) {
+      auto summary = nothing;
+      summary.loadInternalStructures();
+      summary.loadAttachedRoutes();
+      if constexpr (requires { summary.loadRouteCacheRoutes(); }) {
+         summary.loadRouteCacheRoutes();
+      }
+      EXPECT_EQ(summary, nothing);
+   }
 }
 
 // A static route lasts unless its configuration says otherwise, or only the list of those added at run time has it.
@@ -205,22 +126,19 @@ TYPED_TEST(Summaries, TellStaticRoutesApart) {
    auto const dynamic = Zam::makePtr<Routing::RouteList>();
    U32 persistent = 0;
    for (U32 i = 0; i < bits; ++i) {
-      auto const text = this->prefixText(i);
+      auto const text = TypeParam::prefixText(i);
       Routing::RouteKey key{{}, TypeParam::Prefix::parse(text), preference};
       this->box_.routeIs(text.c_str(), TypeParam::RouteType::staticConfig, this->box_.fecIdOf(1), preference);
-      bool const isConfigured = (i & 1U) != 0;
-      bool const isMarked = (i & 2U) != 0;
-      bool const isDynamic = (i & 4U) != 0;
-      // Another preference is another route.
-      key.preference = (i & 8U) != 0 ? preference : preference + 1;
+      auto const [isConfigured, isMarked, isDynamic] = std::array{(i & 1U) != 0, (i & 2U) != 0, (i & 4U) != 0};
+      bool const isKnown = (i & 8U) != 0;
+      key.preference = isKnown ? preference : preference + 1;  // another preference is another route
       if (isConfigured) {
          configured->routeIs(key, Routing::RouteType::forward)->nonPersistentIs(isMarked);
       }
       if (isDynamic) {
          dynamic->routeIs(key, Routing::RouteType::forward);
       }
-      bool const isKnown = key.preference == preference;
-      persistent += isKnown && isConfigured ? (isMarked ? 0U : 1U) : (isKnown && isDynamic ? 0U : 1U);
+      persistent += !isKnown || (isConfigured ? !isMarked : !isDynamic) ? 1U : 0U;
    }
    auto summary = this->summary();
    summary.routeList = configured;
@@ -236,15 +154,6 @@ TYPED_TEST(Summaries, TellStaticRoutesApart) {
    EXPECT_EQ(categoriesOf(oneList),
              (Categories{{"static", bits}, {"staticPersistent", 12}, {"staticNonPersistent", 4}}));
    EXPECT_EQ(categoriesOf(this->loaded()), (Categories{{"static", bits}}));
-}
-
-TYPED_TEST(Summaries, AddWhatIsLoadedAgain) {
-   this->box_.routeIs(TypeParam::nested[1], TypeParam::RouteType::iBgp);
-   auto summary = this->loaded();
-   summary.loadInternalStructures();
-   EXPECT_EQ(categoriesOf(summary), (Categories{{"bgpInternal", 2}, {"bgpTotal", 2}}));
-   EXPECT_EQ(summary.totalNumRoutes, 2);
-   EXPECT_EQ(summary.routeCountByMask.begin()->value, 2U);
 }
 
 TYPED_TEST(Summaries, CountAttachedHostsOfTheirVrf) {
@@ -285,8 +194,7 @@ TYPED_TEST(Summaries, CountAttachedHostsOfTheirVrf) {
 TYPED_TEST(Summaries, KeepWhatWasCountedBeforeDamage) {
    constexpr U32 routes = 20;
    constexpr U32 damaged = 12;
-   using Record =
-       std::conditional_t<std::is_same_v<TypeParam, S4>, Vault::Records::RouteRecord4, Vault::Records::RouteRecord6>;
+   using Record = typename TypeParam::Record;
    this->box_.manyRoutesAre(routes);
    auto const& table = *this->box_.inputs.routingStatus;
    // A prefix that no writer leaves behind: its length is beyond any.
@@ -300,10 +208,12 @@ TYPED_TEST(Summaries, KeepWhatWasCountedBeforeDamage) {
    EXPECT_EQ(summary.totalNumRoutes, static_cast<S32>(damaged));
    EXPECT_NE(told.find("impossible prefix"), std::string::npos) << told;
    EXPECT_EQ(table.corruptions(), 1U);
-   // A second load walks again, and ends there again.
+   // A second load walks again, ends there again, and adds.
    auto again = summary;
    again.loadInternalStructures();
    EXPECT_EQ(again.totalNumRoutes, static_cast<S32>(2 * damaged));
+   EXPECT_EQ(categoriesOf(again)["ospfTotal"], 2 * damaged);
+   EXPECT_EQ(again.routeCountByMask.begin()->value, 2 * damaged);
 }
 
 // What the route table shows when asked for everything, and the types that it never shows, which are none of the user's
@@ -313,8 +223,8 @@ TYPED_TEST(Summaries, AgreeWithTheRouteTable) {
    Random random(5);
    std::map<std::string, U32> types;  // by prefix
    for (U32 i = 0; i < 400; ++i) {
-      auto const type = random.below(TypeParam::largestType + 1U);
-      if (char const* const words = TypeParam::categories[type]; words != nullptr && *words != '!') {
+      auto const type = random.below(this->listed_.rbegin()->first + 1);
+      if (this->listed_.contains(type)) {
          auto const bits = std::bitset<64>(random.number() * 0x9e3779b97f4a7c15ULL).to_string();
          auto const prefix = prefixOf<typename TypeParam::Prefix>(bits.substr(0, 8 + random.below(20))).stringValue();
          this->box_.routeIs(prefix.c_str(), static_cast<Type>(type));
@@ -330,7 +240,7 @@ TYPED_TEST(Summaries, AgreeWithTheRouteTable) {
       bool const isShown = document.find("routes")->find(prefix) != nullptr;
       EXPECT_TRUE(isShown || type == 0 || TypeParam::isReceive(Type(type)) || TypeParam::isLinkRoute(Type(type)))
           << type;
-      addCategories(expected, TypeParam::categories[type]);
+      addCategories(expected, this->listed_.at(type));
       ++lengths[static_cast<U32>(std::stoul(prefix.substr(prefix.find('/') + 1)))];
       shown += isShown ? 1 : 0;
    }
@@ -357,9 +267,9 @@ TYPED_TEST(Summaries, AreWithinReachOfTheRuntime) {
              5U);
    EXPECT_EQ(std::any_cast<S32>(type.attribute(summary, "totalNumRoutes")), 1);
    auto const text = type.toText(summary);
-   EXPECT_TRUE(text.starts_with("Value('" + std::string(TypeParam::typeName) + "', ** {'routingConfig': ")) << text;
-   EXPECT_TRUE(text.ends_with(
-       "'vrfName': 'default', 'routeCountByType': None, 'routeCountByMask': None, 'totalNumRoutes': 1})"))
+   EXPECT_TRUE(text.starts_with("Value('" + std::string(TypeParam::typeName) + "', ** {'routingConfig': ") &&
+               text.ends_with(
+                   "'vrfName': 'default', 'routeCountByType': None, 'routeCountByMask': None, 'totalNumRoutes': 1})"))
        << text;
    EXPECT_DEATH(Zam::strepToValue<typename TypeParam::Summary>(text), "No String constructor for");
 }
@@ -382,17 +292,15 @@ TEST(RouteCacheSummary, CountsWhatTheFibDoesNotHold) {
       summary.routeCacheConfig = cache;
       summary.routingStatus = withFib ? box.inputs.routingStatus : nullptr;
       summary.loadRouteCacheRoutes();
-      EXPECT_EQ(
-          categoriesOf(summary),
-          (summary.totalNumRoutes == 0 ? Categories()
-                                       : Categories{{"static", static_cast<U32>(summary.totalNumRoutes)},
-                                                    {"staticPersistent", static_cast<U32>(summary.totalNumRoutes)}}));
-      return summary.totalNumRoutes;
+      auto const total = static_cast<U32>(summary.totalNumRoutes);
+      EXPECT_EQ(categoriesOf(summary),
+                (total == 0 ? Categories() : Categories{{"static", total}, {"staticPersistent", total}}));
+      return total;
    };
-   EXPECT_EQ(counted("default", true), 2);
-   EXPECT_EQ(counted("default", false), 3);
-   EXPECT_EQ(counted("red", true), 1);
-   EXPECT_EQ(counted("blue", true), 0);
+   EXPECT_EQ(counted("default", true), 2U);
+   EXPECT_EQ(counted("default", false), 3U);
+   EXPECT_EQ(counted("red", true), 1U);
+   EXPECT_EQ(counted("blue", true), 0U);
 }
 
 }  // namespace
