@@ -101,7 +101,8 @@ TEST_F(NexthopGroupDetailTest, entries) {
       auto const group = box_.groupIs("g", 1, 0, type);
       group->entryIs(0, entry);
       auto const printed = box_.printed(box_.detail(), 1);
-      EXPECT_TRUE(printed.ends_with("\n*         0                    0                    0" + text + "\n")) << printed;
+      EXPECT_TRUE(printed.ends_with("\n*         0                    0                    0" + text + "\n"))
+          << printed;
    }
    auto const group = box_.groupIs("g", 1);
    all.weight = 65535;
