@@ -111,8 +111,8 @@ TEST_F(NexthopGroupDetailTest, entries) {
    box_.vrfStatus->programmedIs(1, {4294967295});
    EXPECT_TRUE(box_.printed(box_.detail(), 1)
                    .ends_with("\n g, Nexthop Group ID 1, IP, size 2\n"
-                              "*     7                0                    0  no next hop, weight 1/65536\n"
-                              " 4294967295                0                    0" +
+                              "*         7                    0                    0  no next hop, weight 1/65536\n"
+                              " 4294967295                    0                    0" +
                               hop + ", label 16, weight 65535/65536\n"));
 }
 

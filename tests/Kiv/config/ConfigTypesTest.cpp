@@ -156,7 +156,7 @@ TEST(ConfigTypesTest, byName) {
    auto const list = routeList();
    auto const helper = construct("IpRouteCliPluginHelper", Zam::makePtr<Routing::Hardware::Status>());
    EXPECT_TRUE(std::any_cast<bool>(call("IpRouteCliPluginHelper", helper, "manageRoute", list, "default", "10.0.0.0/8",
-                                        5, RouteType::forward, "", "Ethernet1", false, 0, false, 0, "", false, "",
+                                        5, Zam::fromText("forward"), "", "Ethernet1", false, 0, false, 0, "", false, "",
                                         false, 7U, "", "1.1.1.1", "name", true, "", Lumen::IntfId(), 9U)));
    EXPECT_FALSE(std::any_cast<bool>(call("IpRouteCliPluginHelper", helper, "isValidPrefix", "", true)));
    EXPECT_EQ(std::any_cast<Zam::String>(type("IpRouteCliPluginHelper")->attribute(helper, "errorMsg")).bytes(),
