@@ -39,6 +39,10 @@ class NexthopGroupCounterTest : public ::testing::Test {
 };
 
 TEST_F(NexthopGroupCounterTest, countsSinceTheLastClear) {
+   EXPECT_EQ(NexthopGroupCounterHelperIs()->getCounters(0, 0), CounterEntry());
+   countersAre(currentPath, {{0, {5, 6}}});
+   EXPECT_EQ(helper()->counterKeyTable(), nullptr);
+   EXPECT_EQ(helper()->getCounters(8, 0), CounterEntry()) << "a missing table is an empty one";
    keysAre({{{7, 0}, 100}, {{7, 1}, 101}, {{7, 2}, 102}, {{7, 3}, 103}, {{8, 0}, 0}});
    countersAre(currentPath, {{0, {5, 6}}, {100, {10, 1000}}, {101, {20, 2000}}, {102, {biggest, biggest}}});
    countersAre(snapshotPath,
@@ -55,27 +59,6 @@ TEST_F(NexthopGroupCounterTest, countsSinceTheLastClear) {
         }) {
       EXPECT_EQ(counters->getCounters(groupId, entry), (CounterEntry{{}, packets, bytes})) << groupId << ' ' << entry;
    }
-}
-
-// A missing table is an empty one.
-TEST_F(NexthopGroupCounterTest, withoutSomeOfTheTables) {
-   auto const expect = [this](U64 packets) {
-      EXPECT_EQ(helper()->getCounters(7, 0), (CounterEntry{{}, packets, packets * 10})) << packets;
-   };
-   EXPECT_EQ(helper()->counterKeyTable(), nullptr);
-   expect(0);
-   countersAre(currentPath, {{100, {10, 100}}});
-   expect(0);
-   keysAre({{{7, 0}, 100}});
-   expect(10);
-   countersAre(snapshotPath, {{99, {3, 30}}});
-   expect(10);
-   countersAre(snapshotPath, {{100, {3, 30}}});
-   expect(7);
-   auto const cleared = helper();
-   cleared->snapshotTableIs(nullptr);
-   EXPECT_EQ(cleared->getCounters(7, 0).packets, 10U);
-   EXPECT_EQ(NexthopGroupCounterHelperIs()->getCounters(7, 0), CounterEntry());
 }
 
 // Damage is told to the table that has it; in the table of keys it makes an entry one without a counter.

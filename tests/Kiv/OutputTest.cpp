@@ -15,22 +15,15 @@ class OutputTest : public ::testing::Test {
 };
 TYPED_TEST_SUITE(OutputTest, Families);
 
-// Of a table that is not there, no warning.
-TYPED_TEST(OutputTest, warnings) {
+// Of a table that is not there, no warning; without configuration, no routing.
+TYPED_TEST(OutputTest, missingInputs) {
    auto& box = this->box_;
    box.hardwareUnprogrammedIs(TypeParam::nested[0]);
-   EXPECT_FALSE(this->flag("allRoutesProgrammedHardware"));
+   EXPECT_FALSE(this->flag("allRoutesProgrammedHardware") || this->flag("routingDisabled"));
    box.inputs.unprogrammedRouteStatus = nullptr;
-   EXPECT_TRUE(this->flag("allRoutesProgrammedHardware"));
+   box.inputs.routingConfig = nullptr;
+   EXPECT_TRUE(this->flag("allRoutesProgrammedHardware") && this->flag("routingDisabled"));
    EXPECT_EQ(box.text().find("WARNING"), std::string::npos);
-}
-
-TYPED_TEST(OutputTest, routingIsDisabledWithoutConfiguration) {
-   EXPECT_FALSE(this->flag("routingDisabled"));
-   this->box_.config->routingIs(false);
-   EXPECT_TRUE(this->flag("routingDisabled"));
-   this->box_.inputs.routingConfig = nullptr;
-   EXPECT_TRUE(this->flag("routingDisabled"));
 }
 
 TYPED_TEST(OutputTest, timingsOnlyWithARequestTime) {
@@ -45,52 +38,11 @@ TYPED_TEST(OutputTest, timingsOnlyWithARequestTime) {
    EXPECT_GE(std::stod(model.find("quantify")->text), std::stod(model.find("rsTime")->text));
 }
 
-// What the route cache adds is counted, too: of this VRF and family, and only where the FIB has nothing.
-TEST(Output6Test, tableHeaderCountsTheRouteCache) {
-   Box<V6> box;
-   box.routeIs("2001:db8::/32", V6::ospf);
-   box.routeIs("2001:db8:1::/48", V6::RouteType::martian);
-   auto const cache = Zam::makePtr<Routing::Rib::RouteConfig>();
-   for (auto const& [prefix, vrfId] : {std::pair("2001:db8::/32", box.vrfId),
-                                       {"2001:db8:5::/48", box.vrfId},
-                                       {"2001:db8:6::/48", 8U},
-                                       {"10.0.0.0/8", box.vrfId}}) {
-      cache->routeIs({{}, Lumen::IpGenPrefix::parse(prefix), vrfId}, {});
-   }
-   box.inputs.routeCacheConfig = cache;
-   EXPECT_TRUE(box.text().starts_with("Displaying 2 of 3 IPv6 routing table entries\nCodes:"));
-}
-
 TEST(Output4Test, isisSwitchReplacesTheWholeLegend) {
    Box<V4> box;
    box.inputs.familySwitch = true;
    EXPECT_EQ(box.text(),
              "Codes: I L1 - IS-IS level 1, I L2 - IS-IS level 2\n\nGateway of last resort is not set\n\n\n");
-}
-
-// When the gateway of last resort is left out.
-TYPED_TEST(OutputTest, gatewayOfLastResort) {
-   auto& box = this->box_;
-   auto const expect = [&box](std::string const& text, std::string const& state) {
-      EXPECT_EQ(box.textAfterLegend(), text);
-      EXPECT_EQ(box.model().find("defaultRouteState")->text, state);
-   };
-   auto const filters = routeFilterCollFactory(false);
-   filters->filterCollIs(routeFilterIntfFactory(nullptr));
-   box.inputs.routeFilterColl = filters;
-   expect("\n", "notSet");
-   box.inputs.routeFilterColl = nullptr;
-   auto const routeList = Zam::makePtr<Routing::RouteList>();
-   routeList->routeIs({{}, Lumen::IpGenPrefix(box.prefix(TypeParam::everything)), 1}, Routing::RouteType::forward);
-   box.inputs.routeList = routeList;
-   expect("Gateway of last resort is not reachable\n\n\n", "notReachable");
-   box.routeIs(TypeParam::everything, TypeParam::RouteType::staticConfig);
-   box.inputs.protocol = "B";
-   expect("\n", "notReachable");
-   box.inputs.protocol = "";
-   box.routeIs(TypeParam::nested[0], TypeParam::ospf);
-   box.inputs.prefix = box.prefix(TypeParam::nested[0]);
-   EXPECT_EQ(box.textAfterLegend().find("Gateway"), std::string::npos) << "another prefix was asked for";
 }
 
 // Of groups with one id the last by name is shown, wherever they are in the table; damage to it costs the names.
@@ -127,48 +79,6 @@ TYPED_TEST(OutputTest, hierarchicalLoopsEnd) {
    box.routeIs(TypeParam::nested[0], TypeParam::ospf, box.fecIs(1, fourWays(2)));
    box.fecIs(2, fourWays(1));
    EXPECT_LT(std::ranges::count(box.text(), '\n'), 66'000);
-}
-
-TEST(HostOutput4Test, hostRoutes) {
-   using T = V4::RouteType;
-   Box<V4> box;
-   box.inputs.hostRoutes = true;
-   box.routeIs("10.0.0.0/32", T::receiveBroadcast, box.fecIs(1, {}));
-   box.routeIs("10.0.0.1/32", T::receive, box.fecIs(1, {}));
-   box.routeIs("10.0.0.2/32", T::attached, box.fecIs(2, {box.via("10.0.0.2", "Ethernet1")}));
-   box.routeIs("10.0.0.3/32", T::staticConfig,
-               box.fecIs(3, {box.via("10.0.0.2", "Ethernet1"), box.via("10.0.0.9", "Ethernet2")}));
-   box.routeIs("10.0.0.4/32", T::connected, box.fecIs(4, {box.via("", "Ethernet1")}));
-   box.routeIs("10.0.0.5/32", T::drop, box.fecIs(5, {}));
-   auto tunnel = box.via("", "Ethernet1");
-   tunnel.tunnelId = 0x31;
-   auto vxlan = box.via("10.0.0.8", "Vxlan1");
-   vxlan.tunnelId = Tunnel::tunnelIdOf(Tunnel::TunnelType::evpnVxlan, 1);
-   auto const vxlanTunnels = Zam::makePtr<Tunnel::TunnelTable::EvpnVxlanTunnelTable>();
-   vxlanTunnels->entryIs(vxlan.tunnelId, {{}, Lumen::IpGenAddr::parse("10.0.0.8"), Lumen::Vni(5), {}, {}});
-   box.inputs.evpnVxlanTunnelTable = vxlanTunnels;
-   box.routeIs("10.0.0.6/32", T::staticConfig, box.fecIs(6, {tunnel, vxlan}));
-   box.routeIs("10.0.0.0/8", T::staticConfig);
-   box.hardwareUnprogrammedIs("10.0.0.3/32");
-   EXPECT_EQ(box.text(),
-             "======================================================\n"
-             "WARNING: Some of the routes are not programmed in     \n"
-             "hardware, and they are marked with '*'.               \n"
-             "======================================================\n"
-             "R - receive, B - broadcast, F - FIB, A - attached, D - directed broadcast\n\n"
-             " B  10.0.0.0 to cpu\n"
-             " R  10.0.0.1 to cpu\n"
-             " A  10.0.0.2 on Ethernet1\n"
-             "*F  10.0.0.3 via 10.0.0.2 on Ethernet1\n"
-             "             via 10.0.0.9 on Ethernet2\n"
-             " R  10.0.0.4 to cpu on Ethernet1\n"
-             " F  10.0.0.5\n"
-             " F  10.0.0.6 via 10.0.0.8\n"
-             "             on DynamicTunnel(0x31)\n"
-             "\n");
-   EXPECT_NE(box.output(2).find(R"("10.0.0.4/32":{"hardwareProgrammed":true,"routeType":"FIB","vias":[{"toCpu":true,)"
-                                R"("interface":"Ethernet1"}]})"),
-             std::string::npos);
 }
 
 // A table whose index is junk costs what it holds, and nothing else.

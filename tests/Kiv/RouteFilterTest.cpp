@@ -1,6 +1,7 @@
 #include "SorterTesting.h"
 #include "Zam/ActivityLock.h"
 #include "Zam/TypeRegistry.h"
+#include "tests/support/Cases.h"
 
 namespace Kiv::Testing {
 
@@ -43,42 +44,42 @@ std::string viasOf(CachedFec const& fec) {
    return vias;
 }
 
-constexpr char const* three = "1.1.1.1@Ethernet1 1.1.1.2@Ethernet2 1.1.1.3@Ethernet10";
-constexpr char const* standIns = "1.1.1.1@Ethernet1 @FecId(0x0) @DynamicTunnel(0x0)";
-constexpr char const* groups = "1.1.1.1@Ethernet1 1.1.1.1@NexthopGroup(0) @NexthopGroup(7)";
+// A filter on the vias of a FEC, as the cases write it: "KIND WHAT | VIAS".
+struct FilterCase {
+   explicit FilterCase(std::string const& text) : vias(text.substr(text.find('|') + 1)) {
+      std::string kind;
+      std::string what;
+      std::istringstream(text) >> kind >> what;
+      filter = kind == "ip"     ? ip(what.c_str())
+               : kind == "intf" ? intf(what.c_str())
+               : kind == "null" ? routeFilterIntfFactory(nullptr)
+                                : group(static_cast<U32>(std::stoul(what)), kind == "any-group");
+   }
+   std::string vias;
+   Filter filter;
+};
 
 // What each filter passes, and what is left of the FEC when it discards; it hides and passes the same when it does not.
 TEST(RouteFilterTest, passesAndPrunes) {
-   std::string large;
-   std::string largeLeft;
+   auto cases = testsupport::casesOf("Kiv/cases.txt", "what filters pass and what they leave");
+   auto& [large, left] = cases.emplace_back("ip 1.1.1.1 |", "shown");
    for (int i = 0; i < 600; ++i) {  // more than one block of the FEC's map, so that blocks join under the walk
       bool const kept = i % 7 == 3 || (i > 100 && i < 200);
       auto const via = std::string(kept ? " 1.1.1.1" : " 1.1.1.2") + "@Ethernet" + std::to_string(i);
       large += via;
-      largeLeft += kept ? via : "";
+      left += kept ? via : "";
    }
-   std::tuple<Filter, std::string, bool, std::string> const cases[] = {
-       {ip("1.1.1.4"), three, true, ""},
-       {ip("1.1.1.1"), large.substr(1), false, largeLeft.substr(1)},
-       {ip("1.1.1.1"), "::ffff:1.1.1.1@Ethernet1", true, ""},
-       {ip("0.0.0.0"), "@Ethernet1 0.0.0.0@Ethernet1 ::@Ethernet1", false, "0.0.0.0@Ethernet1"},
-       {intf("Ethernet1"), three, false, "1.1.1.1@Ethernet1"},
-       {intf("Ethernet01"), three, true, ""},
-       {intf("FecId(0x0)"), standIns, false, "@FecId(0x0)"},
-       {routeFilterIntfFactory(nullptr), three, true, three},
-       {group(8), groups, true, groups},
-       {group(0), groups, false, groups},
-       {group(0), standIns, true, standIns},
-       {group(0, true), standIns, true, standIns},
-       {group(0, true), "@NexthopGroup(7)", false, "@NexthopGroup(7)"},
-       {group(7, true), "", true, ""},
-   };
-   for (auto const& [filter, vias, hidden, left] : cases) {
+   for (auto const& [text, expected] : cases) {
+      FilterCase const in(text);
       for (bool const discard : {false, true}) {
-         auto const fec = fecOf(vias);
-         EXPECT_EQ(filter->filter(fec, discard), hidden) << filter->fwkType() << " on " << vias;
-         EXPECT_EQ(viasOf(*fec), discard ? left : vias) << filter->fwkType();
-         EXPECT_TRUE(filter->filter(nullptr, discard)) << filter->fwkType();
+         auto const fec = fecOf(in.vias);
+         auto const before = viasOf(*fec);
+         std::string const said = in.filter->filter(fec, discard) ? "hidden" : "shown";
+         auto const after = viasOf(*fec);
+         EXPECT_EQ(said, expected.substr(0, expected.find(' '))) << text;
+         EXPECT_TRUE(discard || after == before) << text;
+         EXPECT_TRUE(!discard || said + (after.empty() ? "" : ' ' + after) == expected) << text << ": " << after;
+         EXPECT_TRUE(in.filter->filter(nullptr, discard)) << text;
       }
    }
 }
@@ -130,35 +131,31 @@ TEST(RouteFilterTest, misuseOfTheCollectionIsAnAssertion) {
 // The traces are switched on when a process starts, so each trial is one.
 TEST(RouteFilterTest, traces) {
    GTEST_FLAG_SET(death_test_style, "threadsafe");
-   auto const expectTraces = [](char const* setting, std::string const& traces) {
+   auto const cases = testsupport::casesOf("Kiv/cases.txt", "what filters trace");
+   std::string all;
+   for (auto const& [text, traces] : cases) {
+      std::istringstream in(traces);
+      for (std::string line; std::getline(in >> std::ws, line, ';');) {
+         all += "Kiv/CliSupport filter: " + line + "\n";
+      }
+   }
+   auto const filterAll = [&cases] {
+      for (auto const& [text, traces] : cases) {
+         FilterCase const in(text);
+         in.filter->filter(fecOf(in.vias), true);
+      }
+      intf("Ethernet4")->filter(fecOf("1.1.1.1@Ethernet1"), false);
+      routeFilterIntfFactory(nullptr)->filter(nullptr, true);
+      std::_Exit(0);
+   };
+   for (auto const& [setting, traces] : std::map<char const*, std::string>{
+            {"Kiv/CliSupport=9",
+             all + "Kiv/CliSupport filter: show ip route interface: given interface status is NULL\n"},
+            {"Kiv/CliSupport=012345678", ""}}) {
       ::setenv("ZAM_TRACE", setting, 1);
-      auto const filterAll = [] {
-         ip("1.1.1.2")->filter(fecOf(three), true);
-         ip("1.1.1.4")->filter(fecOf("@Ethernet1"), true);
-         intf("Ethernet10")->filter(fecOf("1.1.1.1@Ethernet1 @Ethernet10"), true);
-         intf("Ethernet4")->filter(fecOf(three), false);
-         routeFilterIntfFactory(nullptr)->filter(nullptr, true);
-         group(7)->filter(fecOf(groups), true);
-         group(8)->filter(fecOf(groups), true);
-         std::_Exit(0);
-      };
       EXPECT_EXIT(filterAll(), ::testing::ExitedWithCode(0), ::testing::Eq(traces));
       ::unsetenv("ZAM_TRACE");
-   };
-   std::string lines;
-   std::string const of = "from fecId: 144115188075855877 filtering ";
-   std::string const noMatch = " did not match the route with fecId: 144115188075855877";
-   for (std::string const& line :
-        {"Deleting hop: 1.1.1.1 " + of + "hop is: 1.1.1.2", "Deleting hop: 1.1.1.3 " + of + "hop is: 1.1.1.2",
-         "show ip route nexthop 1.1.1.2" + noMatch, "Deleting hop:  " + of + "hop is: 1.1.1.4",
-         "Deleting hop: 1.1.1.1 " + of + "interface is: Interface::IntfStatus(Ethernet10)",
-         "show ip route interface Ethernet10" + noMatch,
-         std::string("show ip route interface: given interface status is NULL"),
-         std::string("show ip route nexthop group do not filter")}) {
-      lines += "Kiv/CliSupport filter: " + line + "\n";
    }
-   expectTraces("Kiv/CliSupport=9", lines);
-   expectTraces("Kiv/CliSupport=012345678", "");
 }
 
 // As the scripting layer does it: each filter is made by name and goes into the collection as it came.
@@ -170,14 +167,13 @@ TEST(RouteFilterTest, isUsedByName) {
    };
    auto coll = made("Kiv::RouteFilterColl", {true});
    auto const& collType = *registry.typeOf(coll);
-   char const* const vias = "1.1.1.1@Ethernet1 1.1.1.2@NexthopGroup(7)";
-   std::tuple<std::any, bool, char const*> cases[] = {
-       {made("Kiv::RouteFilterIp", {Zam::fromText("'1.1.1.2'")}), false, "1.1.1.2@NexthopGroup(7)"},
-       {made("Kiv::RouteFilterIntf", {status("Ethernet1")}), false, "1.1.1.1@Ethernet1"},
-       {made("Kiv::RouteFilterNextHopGroup", {8, false}), true, vias},
-       {made("Kiv::RouteFilterNextHopGroup", {8, true}), false, vias},
+   std::pair<std::any, bool> cases[] = {
+       {made("Kiv::RouteFilterIp", {Zam::fromText("'1.1.1.2'")}), false},
+       {made("Kiv::RouteFilterIntf", {status("Ethernet1")}), true},
+       {made("Kiv::RouteFilterNextHopGroup", {8, false}), true},
+       {made("Kiv::RouteFilterNextHopGroup", {8, true}), false},
    };
-   for (auto& [filter, hidden, left] : cases) {
+   for (auto& [filter, hidden] : cases) {
       auto const& type = *registry.typeOf(filter);
       EXPECT_TRUE(std::any_cast<bool>(type.call(filter, "filter", {{nullptr, true}})));
       std::vector<std::any> attributes;  // in the constructor's order, so they make another filter like it
@@ -188,9 +184,7 @@ TEST(RouteFilterTest, isUsedByName) {
       collType.call(coll, "filterCollIs", {{type.construct(attributes)}});
       EXPECT_EQ(std::any_cast<RouteFilterColl::Filters>(collType.attribute(coll, "filterColl")).size(), 2U);
       EXPECT_TRUE(std::any_cast<bool>(collType.call(coll, "filterCollDel", {{filter}})));
-      auto const fec = fecOf(vias);
-      EXPECT_EQ(std::any_cast<bool>(collType.call(coll, "filter", {{fec}})), hidden);
-      EXPECT_EQ(viasOf(*fec), left);
+      EXPECT_EQ(std::any_cast<bool>(collType.call(coll, "filter", {{fecOf("1.1.1.2@NexthopGroup(7)")}})), hidden);
       collType.call(coll, "filterCollDelAll");
    }
    collType.attributeIs(coll, "filterAll", true);
@@ -202,41 +196,30 @@ TEST(RouteFilterTest, isUsedByName) {
 // What the sorter asks for, and what the route's FEC offers.
 TEST(FilteredRoutesTest, sorterRestrictions) {
    using enum V6::RouteType;
-   constexpr char const* vanished = "vanished";
-   constexpr char const* two = "fe80::1@Ethernet1 fe80::1@Ethernet2";
-   using Case = std::tuple<V6::RouteType, char const*, char const*, bool, char const*, bool>;
-   Case const cases[] = {
-       {staticConfig, "S", two, false, "", false},
-       {staticConfig, "B", two, false, "", true},
-       {staticConfig, "", "fe80::1@", false, "", true},  // not printable
-       {nexthopGroup, "", vanished, false, "", true},
-       {staticConfig, "", two, true, "Ethernet2", false},
-       {staticConfig, "", two, true, "Ethernet3", true},
-       {staticConfig, "", two, true, "", true},
-       {staticConfig, "", two, false, "Ethernet3", false},
-       {staticConfig, "", "", false, "", false},
-       {staticConfig, "", "", false, "Ethernet1", true},
-       {staticConfig, "", "", true, "", true},
-       // Routes to the box itself.
-       {receive, "", vanished, true, "", false},
-       {receiveSelf, "S", two, false, "", true},
-   };
-   for (auto const& [type, protocol, vias, intfFilter, intf, hidden] : cases) {
-      auto const fec = fecOf(vias == vanished ? "" : vias);
+   std::map<std::string, V6::RouteType> const types{
+       {"static", staticConfig}, {"nexthopGroup", nexthopGroup}, {"receive", receive}, {"receiveSelf", receiveSelf}};
+   for (auto const& [text, expected] : testsupport::casesOf(
+            "Kiv/cases.txt", "what a sorter restricts: type, protocol, interface (behind + with the switch), vias")) {
+      std::istringstream in(text);
+      std::string type, protocol, interface, vias;
+      std::getline(in >> type >> protocol >> interface >> std::ws, vias);
+      bool const isVanished = vias == "vanished";
+      auto const fec = fecOf(isVanished ? "" : vias);
       Route6Sorter::Inputs inputs;
-      inputs.protocol = protocol;
-      inputs.familySwitch = intfFilter;
-      inputs.intfStatus = *intf != '\0' ? status(intf) : nullptr;
+      inputs.protocol = protocol == "-" ? "" : protocol;
+      inputs.familySwitch = interface.starts_with('+');
+      interface.erase(0, inputs.familySwitch ? 1 : 0);
+      inputs.intfStatus = interface.empty() || interface == "-" ? nullptr : status(interface.c_str());
       auto const sorter = route6SorterFactory(inputs);
-      if (vias != vanished) {
+      if (!isVanished) {
          sorter->fecIs(fec);
       }
       V6::Route route;
-      route.routeType = type;
+      route.routeType = types.at(type);
       route.fecId = fec->fecId();
-      EXPECT_EQ(isRouteFiltered(sorter.get(), route), hidden) << protocol << " " << vias << " " << intf;
+      EXPECT_EQ(isRouteFiltered(sorter.get(), route), expected == "hidden") << text;
       sorter->sortedRouteIs(V6::Prefix::parse("2001:db8::/32"), route);
-      EXPECT_EQ(getFilteredRoutesCount(sorter.get()), hidden ? 1U : 0U);
+      EXPECT_EQ(getFilteredRoutesCount(sorter.get()), expected == "hidden" ? 1U : 0U) << text;
    }
    auto const sorter4 = routeSorterFactory(RouteSorter::Inputs());
    sorter4->sortedRouteIs(V4::Prefix::parse("10.0.0.0/8"), {});  // without a FEC

@@ -1,6 +1,5 @@
 #include "NexthopGroup/EntryStatus.h"
 #include "NexthopGroup/NexthopGroupEntryToCounterKeyTable.h"
-#include "Routing/Hardware/NexthopGroupStatus.h"
 #include "Routing/NexthopGroup/Config.h"
 #include "tests/Vault/VaultTesting.h"
 
@@ -124,23 +123,6 @@ TEST_F(CounterKeyTableTest, tellsTheCounterOfAnEntry) {
    EXPECT_FALSE(writer.counterKeyInfoDel(2, 1));
    EXPECT_EQ(reader.counterKeyInfo(2, 1), CounterKeyInfo());
    EXPECT_EQ(reader.entries(), 2U);
-}
-
-TEST(HardwareStatusTest, knowsGroupsAndTheirEntriesByVrf) {
-   Routing::Hardware::NexthopGroupStatus status;
-   status.vrfStatusIs("red")->programmedIs(5, {9, 0, 4});
-   status.vrfStatusIs("red")->programmedIs(6, {});
-   EXPECT_EQ(status.vrfStatus("default"), nullptr);
-   auto const red = status.vrfStatus("red");
-   for (auto const& [entry, programmed] :
-        std::map<U32, bool>{{0, true}, {1, false}, {4, true}, {9, true}, {10, false}}) {
-      EXPECT_EQ(red->programmed(5, entry), programmed) << entry;
-   }
-   EXPECT_TRUE(red->programmed(6) && !red->programmed(6, 0) && !red->programmed(0));
-   EXPECT_THROW(status.vrfStatusIs("red")->programmedIs(0, {}), Zam::RangeError);
-   status.vrfStatusDel("red");
-   EXPECT_EQ(status.vrfStatus("red"), nullptr);
-   EXPECT_TRUE(red->programmed(5)) << "who holds it keeps it";
 }
 
 }  // namespace

@@ -35,7 +35,7 @@ TEST_F(KivProgram, SaysHowItWentByExitStatusAndOneLine) {
 }
 
 TEST_F(KivProgram, PrintsTheExamplesAsItDid) {
-   ASSERT_EQ(run("for i in DEMO ROUTES STATIC CORNERS; do $KIV load ${!i} --state $DIR/$i; done").status, 0);
+   ASSERT_EQ(run("for i in DEMO ROUTES STATIC CORNERS EDGES; do $KIV load ${!i} --state $DIR/$i; done").status, 0);
    for (auto const& [command, file] : testsupport::casesOf("output")) {
       std::string const golden = fileText(KIV_SOURCE_DIR "/tests/programs/golden/" + file);
       EXPECT_EQ(run("$KIV --snapshot $" + command).out, golden);

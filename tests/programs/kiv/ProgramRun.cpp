@@ -14,6 +14,7 @@ ProgramRun::ProgramRun() {
    ::setenv("ROUTES", KIV_SOURCE_DIR "/examples/routes.json", 1);
    ::setenv("STATIC", KIV_SOURCE_DIR "/examples/static.json", 1);
    ::setenv("CORNERS", KIV_SOURCE_DIR "/tests/programs/kiv/corners.json", 1);
+   ::setenv("EDGES", KIV_SOURCE_DIR "/tests/programs/kiv/edges.json", 1);
    ::setenv("DIR", (dir_ / "").c_str(), 1);
    ::unsetenv("KIV_STATE");
 }
