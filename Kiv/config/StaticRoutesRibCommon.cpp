@@ -1,15 +1,11 @@
 #include "Kiv/config/StaticRoutesRibCommon.h"
 
 #include "Kiv/KivCliPrint.h"
+#include "Kiv/PrintDocument.h"
 #include "Kiv/routedisplay/Trace.h"
 #include "Kiv/routedisplay/Watchdog.h"
 #include "Zam/Error.h"
-#include "cliprint/CliPrintBuffer.h"
 #include "cliprint/JsonScope.h"
-#include "cliprint/RendererV2.h"
-
-#include <cerrno>
-#include <cstdio>
 
 namespace Kiv {
 
@@ -20,8 +16,6 @@ using cliprint::RendererV2;
 using cliprint::StringAttrInfo;
 using Routing::Route;
 using Routing::Via;
-
-constexpr U32 flushThreshold = 66;
 
 // Number of characters written.
 template <class... Args>
@@ -181,20 +175,10 @@ int StaticRoutesRibCommon::dump(RoutingConsts const& routingConsts) {
          }
       }
    }
-   cliprint::CliPrintBuffer buffer(static_cast<int>(fd), cliprint::globalBufsize, 0);
-   try {
-      auto const renderer = Zam::makePtr<RendererV2>(fmt, buffer, true);
-      Dump(*this, routingConsts, *renderer).printAll();
-      renderer->addFrills("\n");
-      renderer->endDocument();
-      renderer->ioflush();
-   } catch (cliprint::SigIntException const& e) {
-      std::printf("exiting %s\n", e.what());
-      std::fflush(stdout);
-      cliprint::resetInterrupted();
-      return EINTR;
-   }
-   return buffer.error();
+   return printDocument(fd, fmt, [&](RendererV2& renderer) {
+      Dump(*this, routingConsts, renderer).printAll();
+      renderer.addFrills("\n");
+   });
 }
 
 }  // namespace Kiv

@@ -1,10 +1,10 @@
 #include "Kiv/nexthopgroup/NexthopGroupDetailHelper.h"
 
 #include "Kiv/KivCliPrint.h"
+#include "Kiv/PrintDocument.h"
 #include "Kiv/nexthopgroup/NexthopGroupSize.h"
 #include "Kiv/nexthopgroup/NexthopGroupTypeStrings.h"
 #include "Kiv/nexthopgroup/PrintOperation.h"
-#include "Kiv/routedisplay/OutputParts.h"
 #include "Kiv/routedisplay/SafeLookup.h"
 #include "Kiv/routedisplay/Trace.h"
 #include "Kiv/routedisplay/Watchdog.h"

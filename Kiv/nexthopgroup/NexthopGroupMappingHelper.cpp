@@ -1,7 +1,6 @@
 #include "Kiv/nexthopgroup/NexthopGroupMappingHelper.h"
 
 #include "Kiv/nexthopgroup/PrintOperation.h"
-#include "Kiv/routedisplay/OutputParts.h"
 #include "Kiv/routedisplay/SafeLookup.h"
 #include "Kiv/routedisplay/Trace.h"
 #include "Kiv/routedisplay/Watchdog.h"

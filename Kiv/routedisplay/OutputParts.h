@@ -1,14 +1,12 @@
 #pragma once
 
+#include "Kiv/PrintDocument.h"
 #include "Kiv/routedisplay/RouteSorter.h"
 #include "Kiv/routedisplay/SafeLookup.h"
 #include "cliprint/RendererV2.h"
 
 // What the route table and the host route table both print around their routes.
 namespace Kiv {
-
-// Loops that print many entries flush when the buffer is fuller than this, in per cent, so that a large table streams.
-inline constexpr U32 flushThreshold = 66;
 
 inline constexpr char const* warningSeparator = "======================================================\n";
 
@@ -17,14 +15,6 @@ void addHardwareWarning(cliprint::RendererV2& renderer);
 
 // Nothing for a request time of 0. "quantify" counts from the request, so it includes the creation of the sorter.
 void addTimings(cliprint::RendererV2& renderer, double requestTime, double printStartTime);
-
-// Flushes when the buffer is fuller than the threshold. False when nobody takes the output any more.
-inline bool streams(cliprint::RendererV2& renderer) {
-   if (renderer.isFullerThan(flushThreshold)) {
-      renderer.ioflush();
-   }
-   return renderer.error() == 0;
-}
 
 // Whether routes of the VRF are missing from the hardware.
 template <class Family>

@@ -1,16 +1,13 @@
 #include "Kiv/routedisplay/RouteSorter.h"
 
+#include "Kiv/PrintDocument.h"
 #include "Kiv/routedisplay/Legend.h"
 #include "Kiv/routedisplay/PrintDriver.h"
 #include "Kiv/routedisplay/ProgrammedState.h"
 #include "Kiv/routedisplay/RouteTypeStrings.h"
 #include "Kiv/routedisplay/Selection.h"
 #include "Kiv/routedisplay/Trace.h"
-#include "cliprint/CliPrintBuffer.h"
-#include "cliprint/Interrupt.h"
-#include "cliprint/RendererV2.h"
 
-#include <cstdio>
 #include <string>
 
 namespace Kiv {
@@ -86,28 +83,18 @@ bool RouteSorterOf<Family>::kernelUnprogrammed() const {
 template <class Family>
 bool RouteSorterOf<Family>::printRoutes(U32 fd, U32 fmt, bool printVrf) {
    trace(8, "printRoutes", Family::printRoutesName);
-   outputError_ = 0;
-   cliprint::CliPrintBuffer buffer(static_cast<int>(fd));
-   try {
-      auto const renderer = Zam::makePtr<cliprint::RendererV2>(fmt, buffer, true);
+   int const error = printDocument(fd, fmt, [&](cliprint::RendererV2& renderer) {
       if (printVrf) {
-         renderer->addFrills("\nVRF: %s\n", inputs_.vrfName);
+         renderer.addFrills("\nVRF: %s\n", inputs_.vrfName);
       }
       if (inputs_.hostRoutes) {
-         formatHostRouteOutput(*this, *renderer);
+         formatHostRouteOutput(*this, renderer);
       } else {
-         formatOutput(*this, *renderer);
+         formatOutput(*this, renderer);
       }
-      renderer->endDocument();
-      renderer->ioflush();
-   } catch (cliprint::SigIntException const& e) {
-      std::printf("exiting %s\n", e.what());
-      std::fflush(stdout);
-      cliprint::resetInterrupted();
-      return false;
-   }
-   outputError_ = buffer.error();
-   return outputError_ == 0;
+   });
+   outputError_ = error == EINTR ? 0 : error;  // an interrupt is no error
+   return error == 0;
 }
 
 template <class Family>
