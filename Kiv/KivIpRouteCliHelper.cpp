@@ -96,6 +96,7 @@ bool IpRouteCliPluginHelper::manageRoute(Zam::Ptr<RouteList> const& rConfig, Zam
                                          Zam::String const& hopStr, Zam::String const& nextHopName, bool bfdTracked,
                                          Zam::String const& nexthopGroupName, Lumen::IntfId const& vxlanIntf,
                                          Routing::RouteMetric metric) {
+   Zam::assertThat(rConfig != nullptr, "rConfig", traceSource, function);
    NewRoute const added{vrfName,        prefix,   routeType,   intfName,   label,     labelValue,
                         routerMacGiven, vniValue, routerMac,   ribBypass,  vtepAddr,  vtepSipValidation,
                         egressVrf,      hopStr,   nextHopName, bfdTracked, vxlanIntf, metric};
@@ -258,6 +259,7 @@ bool removeInterface(Route& route, Lumen::IntfId const& intfId) {
 
 void ClearIntfRoutesAndViasHelper::clearIntfRoutesAndViasHelper(Zam::Ptr<RouteList> const& routeList,
                                                                 Zam::String const& intfName) const {
+   Zam::assertThat(routeList != nullptr, "routeList", traceSource, "void clearIntfRoutesAndViasHelper()");
    auto const intfId = Lumen::IntfId::parse(intfName);
    if (!intfId.isValid()) {
       return;

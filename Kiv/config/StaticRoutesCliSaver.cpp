@@ -255,6 +255,7 @@ std::string lines(StaticRoutesCliSaver const& saver, std::string_view routeCmd, 
 
 Zam::String StaticRoutesCliSaver::save(Zam::Ptr<Routing::RouteList const> const& routeList, bool saveAll,
                                        Zam::String const& routeCmd, RoutingConsts const& routingConsts) {
+   Zam::assertThat(routeList != nullptr, "routeList", traceSource, "Zam::String save()");
    constexpr std::size_t typicalPrefix = 18;
    std::size_t const tails = fill(*this, *routeList, {saveAll, routingConsts});
    Zam::ScopedUnlock const unlocked;  // from here on only the saver's own texts are read

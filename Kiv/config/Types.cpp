@@ -14,6 +14,7 @@ namespace {
 
 void registerStaticRoutes() {
    auto& registry = Zam::TypeRegistry::instance();
+   registry.enumeration<Routing::RouteType>("Routing::RouteType");
    registry.value<RouteSortKey>();
    registry.value<RoutingConsts>();
    registry.value<NexthopInfo>();
@@ -33,6 +34,7 @@ void registerStaticRoutes() {
 
 void registerAddressCheckers() {
    auto& registry = Zam::TypeRegistry::instance();
+   registry.enumeration<AddrMatchType>("Kiv::AddrMatchType");
    registry.value<AddressQueryResult>();
    registry.value<AddressAssignmentChecker>().operation("check", &AddressAssignmentChecker::check);
    registry.value<Address6AssignmentChecker>().operation("check", &Address6AssignmentChecker::check);

@@ -32,7 +32,9 @@ class TypeBuilder {
          type_.basicsIs(entityBasics());
       } else {
          type_.basicsIs(valueBasics());
-         description(std::make_index_sequence<descriptionOf<T>.size>());
+         if constexpr (Described<T>) {
+            description(std::make_index_sequence<descriptionOf<T>.size>());
+         }
       }
    }
 
@@ -209,7 +211,7 @@ class TypeBuilder {
           .toText = [](void const* object) { return valueToStrep(value(object)); },
           .equal = [](void const* a, void const* b) { return value(a) == value(b); },
           .hash = [](void const* object) { return std::hash<T>()(value(object)); },
-          .isSet = [](void const* object) { return Zam::isSet(value(object)); },
+          .isSet = [](void const* object) { return !(value(object) == T()); },
           .fromText = [](std::string_view text) { return std::any(strepToValue<T>(text)); },
       };
    }

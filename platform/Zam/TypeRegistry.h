@@ -31,6 +31,11 @@ class KIV_EXPORT TypeRegistry {
    TypeBuilder<T> value() {
       return TypeBuilder<T>(added(descriptionOf<T>.typeName, typeid(T), {}));
    }
+   // An enumeration with names: constructed from text, its name, and printed as that.
+   template <class E>
+   requires std::is_enum_v<E> TypeBuilder<E> enumeration(std::string_view name) {
+      return TypeBuilder<E>(added(name, typeid(E), {}));
+   }
    // An entity; everything it offers is added through the builder.
    template <std::derived_from<PtrInterface> T>
    TypeBuilder<T> entity(std::string_view name) {

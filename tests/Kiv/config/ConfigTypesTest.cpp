@@ -178,6 +178,12 @@ TEST(ConfigTypesTest, byName) {
        construct("Address6QueryParams", nullptr, "Ethernet1", "", Lumen::Ip6AddrWithMask::parse("fe80::1/64"));
    EXPECT_FALSE(std::any_cast<AddressQueryResult>(callNew("Address6AssignmentChecker", "check", params6)).acceptable);
 
+   auto const& matchType = *type("AddrMatchType");
+   auto const match = matchType.construct(std::vector<std::any>{Zam::fromText("allowAddressMatch")});
+   EXPECT_EQ(std::any_cast<AddrMatchType>(match), AddrMatchType::allowAddressMatch);
+   EXPECT_EQ(matchType.toText(type("AddressQueryParams")->attribute(params, "primaryMatch")), "allowExactMatch");
+   EXPECT_TRUE(matchType.isSet(match) && !matchType.isSet(AddrMatchType::allowNoMatch));
+
    auto const code = type("ProtocolCodeWordHelper")->call("protocolCodeWordToCode", std::vector<std::any>{"eBGP"});
    EXPECT_EQ(std::any_cast<Zam::String>(code).bytes(), "B E");
    EXPECT_TRUE(std::any_cast<Zam::String>(callNew("StaticRoutesRibCommon", "legend")).bytes().starts_with("Codes: "));
