@@ -1,6 +1,6 @@
 #include "Kiv/CliRdAssignmentChecker.h"
 
-#include "Kiv/routedisplay/Trace.h"
+#include "Kiv/common/Trace.h"
 #include "Zam/Error.h"
 
 #include <utility>

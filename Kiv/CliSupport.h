@@ -2,6 +2,7 @@
 
 #include "Kiv/CliRdAssignmentChecker.h"
 #include "Kiv/KivIpRouteCliHelper.h"
+#include "Kiv/common/RouteTypeStrings.h"
 #include "Kiv/config/AddressAssignmentChecker.h"
 #include "Kiv/config/ProtocolCodeWordHelper.h"
 #include "Kiv/config/StaticRoutesCliSaver.h"
@@ -13,7 +14,6 @@
 #include "Kiv/routedisplay/FilteredRoutes.h"
 #include "Kiv/routedisplay/RouteFilter.h"
 #include "Kiv/routedisplay/RouteSorter.h"
-#include "Kiv/routedisplay/RouteTypeStrings.h"
 #include "Kiv/summary/RouteSummary.h"
 #include "Zam/Export.h"
 

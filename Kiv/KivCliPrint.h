@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Kiv/routedisplay/RouteTypeStrings.h"
+#include "Kiv/common/RouteTypeStrings.h"
 #include "Routing/RouteType.h"
 #include "Zam/Export.h"
 #include "cliprint/AttrInfo.h"

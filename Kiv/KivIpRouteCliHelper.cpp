@@ -1,6 +1,6 @@
 #include "Kiv/KivIpRouteCliHelper.h"
 
-#include "Kiv/routedisplay/Trace.h"
+#include "Kiv/common/Trace.h"
 #include "Zam/Error.h"
 #include "Zam/Toggle.h"
 

@@ -1,7 +1,7 @@
 #include "Kiv/config/ProtocolCodeWordHelper.h"
 
-#include "Kiv/routedisplay/RouteTypeStrings.h"
-#include "Kiv/routedisplay/Trace.h"
+#include "Kiv/common/RouteTypeStrings.h"
+#include "Kiv/common/Trace.h"
 #include "Zam/Error.h"
 
 namespace Kiv {

@@ -1,7 +1,7 @@
 #include "Kiv/config/StaticRoutesCliSaver.h"
 
-#include "Kiv/routedisplay/Trace.h"
-#include "Kiv/routedisplay/Watchdog.h"
+#include "Kiv/common/Trace.h"
+#include "Kiv/common/Watchdog.h"
 #include "Lumen/TextValue.h"
 #include "Zam/ActivityLock.h"
 #include "Zam/Error.h"

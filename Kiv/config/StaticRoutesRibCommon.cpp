@@ -1,9 +1,10 @@
 #include "Kiv/config/StaticRoutesRibCommon.h"
 
 #include "Kiv/KivCliPrint.h"
-#include "Kiv/PrintDocument.h"
-#include "Kiv/routedisplay/Trace.h"
-#include "Kiv/routedisplay/Watchdog.h"
+#include "Kiv/common/Legend.h"
+#include "Kiv/common/PrintDocument.h"
+#include "Kiv/common/Trace.h"
+#include "Kiv/common/Watchdog.h"
 #include "Zam/Error.h"
 #include "cliprint/JsonScope.h"
 
@@ -164,7 +165,7 @@ class Dump {
 }  // namespace
 
 Zam::String StaticRoutesRibCommon::legend() const {
-   return "Codes: F - forward, D - drop, NG - nexthop group\n";
+   return ribLegend;
 }
 
 int StaticRoutesRibCommon::dump(RoutingConsts const& routingConsts) {

@@ -1,6 +1,6 @@
 #include "Kiv/nexthopgroup/NexthopGroupCliCounterInterface.h"
 
-#include "Kiv/routedisplay/Trace.h"
+#include "Kiv/common/Trace.h"
 #include "Zam/Error.h"
 
 namespace Kiv {

@@ -1,6 +1,6 @@
 #include "Kiv/nexthopgroup/NexthopGroupCounterHelper.h"
 
-#include "Kiv/routedisplay/SafeLookup.h"
+#include "Kiv/common/SafeLookup.h"
 
 namespace Kiv {
 

@@ -1,13 +1,13 @@
 #include "Kiv/nexthopgroup/NexthopGroupDetailHelper.h"
 
 #include "Kiv/KivCliPrint.h"
-#include "Kiv/PrintDocument.h"
+#include "Kiv/common/PrintDocument.h"
+#include "Kiv/common/SafeLookup.h"
+#include "Kiv/common/Trace.h"
+#include "Kiv/common/Watchdog.h"
 #include "Kiv/nexthopgroup/NexthopGroupSize.h"
 #include "Kiv/nexthopgroup/NexthopGroupTypeStrings.h"
 #include "Kiv/nexthopgroup/PrintOperation.h"
-#include "Kiv/routedisplay/SafeLookup.h"
-#include "Kiv/routedisplay/Trace.h"
-#include "Kiv/routedisplay/Watchdog.h"
 #include "Tunnel/CliSupport/CachedTunVia.h"
 #include "cliprint/JsonScope.h"
 

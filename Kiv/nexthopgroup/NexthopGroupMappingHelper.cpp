@@ -1,9 +1,9 @@
 #include "Kiv/nexthopgroup/NexthopGroupMappingHelper.h"
 
+#include "Kiv/common/SafeLookup.h"
+#include "Kiv/common/Trace.h"
+#include "Kiv/common/Watchdog.h"
 #include "Kiv/nexthopgroup/PrintOperation.h"
-#include "Kiv/routedisplay/SafeLookup.h"
-#include "Kiv/routedisplay/Trace.h"
-#include "Kiv/routedisplay/Watchdog.h"
 #include "cliprint/JsonScope.h"
 
 namespace Kiv {

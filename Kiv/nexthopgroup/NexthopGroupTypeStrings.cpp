@@ -1,6 +1,6 @@
 #include "Kiv/nexthopgroup/NexthopGroupTypeStrings.h"
 
-#include "Kiv/routedisplay/Trace.h"
+#include "Kiv/common/Trace.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Kiv/PrintDocument.h"
-#include "Kiv/routedisplay/Trace.h"
+#include "Kiv/common/PrintDocument.h"
+#include "Kiv/common/Trace.h"
 
 namespace Kiv {
 

@@ -1,8 +1,8 @@
 #include "Kiv/routedisplay/DefaultRoute.h"
 
+#include "Kiv/common/RouteTypeStrings.h"
 #include "Kiv/routedisplay/MadeUpRoutes.h"
 #include "Kiv/routedisplay/RouteRendering.h"
-#include "Kiv/routedisplay/RouteTypeStrings.h"
 #include "Kiv/routedisplay/Selection.h"
 #include "Routing/RouteKey.h"
 #include "cliprint/AttrInfo.h"

@@ -1,6 +1,6 @@
 #include "Kiv/routedisplay/FecCache.h"
 
-#include "Kiv/routedisplay/SafeLookup.h"
+#include "Kiv/common/SafeLookup.h"
 #include "Tunnel/TunnelId.h"
 
 #include <string>

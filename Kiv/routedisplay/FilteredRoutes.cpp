@@ -1,8 +1,8 @@
 #include "Kiv/routedisplay/FilteredRoutes.h"
 
-#include "Kiv/routedisplay/RouteTypeStrings.h"
+#include "Kiv/common/RouteTypeStrings.h"
+#include "Kiv/common/Watchdog.h"
 #include "Kiv/routedisplay/Selection.h"
-#include "Kiv/routedisplay/Watchdog.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,5 +1,5 @@
 #include "Kiv/KivCliPrint.h"
-#include "Kiv/routedisplay/Legend.h"
+#include "Kiv/common/Legend.h"
 #include "Kiv/routedisplay/OutputParts.h"
 #include "Kiv/routedisplay/PrintDriver.h"
 #include "Kiv/routedisplay/ProgrammedState.h"

@@ -1,6 +1,6 @@
 #include "Kiv/routedisplay/KernelUnprogrammedRouteCounterSm.h"
 
-#include "Kiv/routedisplay/SafeLookup.h"
+#include "Kiv/common/SafeLookup.h"
 
 namespace Kiv {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Kiv/PrintDocument.h"
+#include "Kiv/common/PrintDocument.h"
+#include "Kiv/common/SafeLookup.h"
 #include "Kiv/routedisplay/RouteSorter.h"
-#include "Kiv/routedisplay/SafeLookup.h"
 #include "cliprint/RendererV2.h"
 
 // What the route table and the host route table both print around their routes.

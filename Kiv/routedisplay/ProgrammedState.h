@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Kiv/common/SafeLookup.h"
 #include "Kiv/routedisplay/RouteSorter.h"
-#include "Kiv/routedisplay/SafeLookup.h"
 #include "Lumen/IpGenPrefix.h"
 
 namespace Kiv {

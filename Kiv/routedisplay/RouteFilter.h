@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Interface/IntfStatus.h"
+#include "Kiv/common/Trace.h"
 #include "Kiv/routedisplay/CachedFec.h"
-#include "Kiv/routedisplay/Trace.h"
 #include "Lumen/IpGenAddr.h"
 #include "Routing/NexthopGroup/NexthopGroupId.h"
 #include "Zam/Error.h"

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Kiv/common/Family.h"
 #include "Kiv/routedisplay/CachedFec.h"
-#include "Kiv/routedisplay/Family.h"
 
 #include <string_view>
 

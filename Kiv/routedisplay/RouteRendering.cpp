@@ -1,8 +1,8 @@
 #include "Kiv/routedisplay/RouteRendering.h"
 
 #include "Kiv/KivCliPrint.h"
+#include "Kiv/common/Trace.h"
 #include "Kiv/routedisplay/OutputParts.h"
-#include "Kiv/routedisplay/Trace.h"
 #include "Kiv/routedisplay/ViaTexts.h"
 #include "cliprint/AttrInfo.h"
 #include "cliprint/JsonScope.h"

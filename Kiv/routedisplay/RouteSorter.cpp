@@ -1,12 +1,12 @@
 #include "Kiv/routedisplay/RouteSorter.h"
 
-#include "Kiv/PrintDocument.h"
-#include "Kiv/routedisplay/Legend.h"
+#include "Kiv/common/Legend.h"
+#include "Kiv/common/PrintDocument.h"
+#include "Kiv/common/RouteTypeStrings.h"
+#include "Kiv/common/Trace.h"
 #include "Kiv/routedisplay/PrintDriver.h"
 #include "Kiv/routedisplay/ProgrammedState.h"
-#include "Kiv/routedisplay/RouteTypeStrings.h"
 #include "Kiv/routedisplay/Selection.h"
-#include "Kiv/routedisplay/Trace.h"
 
 #include <string>
 

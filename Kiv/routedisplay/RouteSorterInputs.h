@@ -3,7 +3,7 @@
 #include "FlexAlgo/Config.h"
 #include "Interface/AllIntfConfigDir.h"
 #include "Interface/IntfStatus.h"
-#include "Kiv/routedisplay/Family.h"
+#include "Kiv/common/Family.h"
 #include "Kiv/routedisplay/RouteFilter.h"
 #include "L3/Config.h"
 #include "L3/VrfName.h"

@@ -1,10 +1,10 @@
 #include "Kiv/routedisplay/Selection.h"
 
+#include "Kiv/common/RouteTypeStrings.h"
+#include "Kiv/common/SafeLookup.h"
+#include "Kiv/common/Trace.h"
 #include "Kiv/routedisplay/FecCache.h"
 #include "Kiv/routedisplay/MadeUpRoutes.h"
-#include "Kiv/routedisplay/RouteTypeStrings.h"
-#include "Kiv/routedisplay/SafeLookup.h"
-#include "Kiv/routedisplay/Trace.h"
 
 #include <array>
 #include <span>

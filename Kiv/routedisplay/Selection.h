@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Kiv/common/Watchdog.h"
 #include "Kiv/routedisplay/RouteSorter.h"
-#include "Kiv/routedisplay/Watchdog.h"
 
 #include <optional>
 #include <vector>

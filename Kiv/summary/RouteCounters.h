@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Kiv/routedisplay/RouteTypeStrings.h"
-#include "Kiv/routedisplay/Trace.h"
+#include "Kiv/common/RouteTypeStrings.h"
+#include "Kiv/common/Trace.h"
 #include "Zam/String.h"
 
 #include <array>

@@ -1,8 +1,8 @@
 #include "Kiv/summary/RouteSummary.h"
 
 #include "Interface/Management.h"
-#include "Kiv/routedisplay/SafeLookup.h"
-#include "Kiv/routedisplay/Watchdog.h"
+#include "Kiv/common/SafeLookup.h"
+#include "Kiv/common/Watchdog.h"
 #include "Kiv/summary/RouteCounters.h"
 #include "Kiv/summary/SummaryFamily.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Kiv/routedisplay/RouteTypeStrings.h"
+#include "Kiv/common/RouteTypeStrings.h"
 #include "Lumen/Ip6Prefix.h"
 #include "Lumen/Prefix.h"
 #include "Routing/RouteType.h"

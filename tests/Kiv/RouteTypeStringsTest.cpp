@@ -1,5 +1,5 @@
 #include "Kiv/KivCliPrint.h"
-#include "Kiv/routedisplay/RouteTypeStrings.h"
+#include "Kiv/common/RouteTypeStrings.h"
 #include "tests/cliprint/Capture.h"
 
 namespace Kiv {

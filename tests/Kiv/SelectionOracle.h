@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Kiv/routedisplay/RouteTypeStrings.h"
+#include "Kiv/common/RouteTypeStrings.h"
 #include "tests/Kiv/SorterTesting.h"
 
 #include <bitset>

@@ -1,6 +1,6 @@
 #include "programs/kiv/RouteClauses.h"
 
-#include "Kiv/routedisplay/RouteTypeStrings.h"
+#include "Kiv/common/RouteTypeStrings.h"
 #include "programs/state/RouteTypeNames.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 
 #include "Ip/Status.h"
 #include "Ip6/Status.h"
-#include "Kiv/routedisplay/Legend.h"
+#include "Kiv/common/Legend.h"
 #include "Lumen/AddressFamily.h"
 #include "Lumen/Ip6AddrWithMask.h"
 #include "Lumen/Ip6Prefix.h"

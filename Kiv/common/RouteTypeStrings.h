@@ -13,10 +13,14 @@
 namespace Kiv {
 
 struct RouteTypeStrings {
-   char const* code;             // in the route table, one to four characters; empty for types that have none
-   char const* modelWord;        // in the model
-   char const* protocolCode;     // what a protocol filter is compared with
-   char const* summaryCategory;  // the key under which the route summary counts
+   char const* code = "";             // in the route table, one to four characters; empty for types that have none
+   char const* modelWord = "";        // in the model
+   char const* protocolCode = "";     // what a protocol filter is compared with
+   char const* summaryCategory = "";  // the key under which the route summary counts
+   // In the host route table. A connected route's own address keeps the letter R of what the box receives, though its
+   // word is FIB; scripts rely on the pair as it is.
+   char hostCode = 'F';
+   char const* hostWord = "FIB";
 };
 
 // The largest type value of each family's table; a few values below it have no entry.
@@ -48,8 +52,7 @@ bool protocolMatch(Route const& route, std::string_view protocol) {
    return protocol.empty() || protocol == routeTypeStringsLookup(route.routeType).protocolCode;
 }
 
-// The letter and the word of a type in the host route table. A connected route's own address keeps the letter R of what
-// the box receives, though its word is FIB; scripts rely on the pair as it is.
+// The letter and the word of a type in the host route table, also of a type without an entry.
 KIV_EXPORT char hcode(Routing::Fib::RouteType type) noexcept;
 KIV_EXPORT char hcode(Routing6::Fib::RouteType type) noexcept;
 KIV_EXPORT char const* hcodeWord(Routing::Fib::RouteType type) noexcept;

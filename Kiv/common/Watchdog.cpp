@@ -1,4 +1,4 @@
-#include "Kiv/routedisplay/Watchdog.h"
+#include "Kiv/common/Watchdog.h"
 
 #include "Zam/ActivityLock.h"
 

@@ -1,4 +1,4 @@
-#include "Kiv/routedisplay/RouteTypeStrings.h"
+#include "Kiv/common/RouteTypeStrings.h"
 
 #include "Zam/Error.h"
 
@@ -11,27 +11,31 @@ namespace {
 constexpr char const* source = "Kiv/CliSupport";
 
 // Indexed by type; a row without a code pointer is a type without an entry.
-constexpr RouteTypeStrings noEntry{nullptr, nullptr, nullptr, nullptr};
-constexpr RouteTypeStrings withoutCode{"", "", "", ""};
-constexpr RouteTypeStrings internalConnected{"C", "connected", "C", "internal"};
-constexpr RouteTypeStrings attached{"", "", "", "attached"};
+constexpr RouteTypeStrings noEntry{.code = nullptr};
+constexpr RouteTypeStrings withoutCode{};
+constexpr RouteTypeStrings withoutType{.hostCode = '-', .hostWord = "-"};
+constexpr RouteTypeStrings received{"C", "connected", "C", "internal", 'R', "receive"};
+constexpr RouteTypeStrings broadcast{"C", "connected", "C", "internal", 'B', "broadcast"};
+constexpr RouteTypeStrings directedBroadcast{"C", "connected", "C", "internal", 'D', "directedBcast"};
+constexpr RouteTypeStrings attached{"", "", "", "attached", 'A', "attached"};
+constexpr RouteTypeStrings connected{"C", "connected", "C", "connected", 'R'};
 constexpr RouteTypeStrings ospf3{"O3", "OSPFv3", "O3", "ospfv3Total"};
 constexpr RouteTypeStrings iBgp{"B I", "iBGP", "B", "bgpInternal"};
 constexpr RouteTypeStrings eBgp{"B E", "eBGP", "B", "bgpExternal"};
 
 constexpr std::array<RouteTypeStrings, maxRouteType + 1> routeTypes{{
-    /*  0 */ withoutCode,
-    /*  1 */ internalConnected,
-    /*  2 */ internalConnected,
-    /*  3 */ internalConnected,
-    /*  4 */ internalConnected,
+    /*  0 */ withoutType,
+    /*  1 */ received,
+    /*  2 */ received,
+    /*  3 */ broadcast,
+    /*  4 */ directedBroadcast,
     /*  5 */ attached,
     /*  6 */ noEntry,
     /*  7 */ {"S", "static", "S", "static"},
     /*  8 */ {"V", "vcs", "V", "vcs"},
     /*  9 */ {"K", "kernel", "K", "internal"},
     /* 10 */ {"R", "RIP", "R", "rip"},
-    /* 11 */ {"C", "connected", "C", "connected"},
+    /* 11 */ connected,
     /* 12 */ withoutCode,
     /* 13 */ {"A B", "bgpAggregate", "A", "aggregate"},
     /* 14 */ {"A O", "ospfSummary", "A", "aggregate"},
@@ -69,14 +73,14 @@ constexpr std::array<RouteTypeStrings, maxRouteType + 1> routeTypes{{
 
 // The words differ from IPv4's where scripts came to know them differently; they stay as they are.
 constexpr std::array<RouteTypeStrings, maxRoute6Type + 1> route6Types{{
-    /*  0 */ withoutCode,
-    /*  1 */ internalConnected,
-    /*  2 */ internalConnected,
+    /*  0 */ withoutType,
+    /*  1 */ received,
+    /*  2 */ received,
     /*  3 */ attached,
     /*  4 */ {"S", "static", "S", "static"},
     /*  5 */ {"K", "kernel", "K", "internal"},
     /*  6 */ {"R", "RIP", "R", ""},
-    /*  7 */ {"C", "connected", "C", "connected"},
+    /*  7 */ connected,
     /*  8 */ withoutCode,
     /*  9 */ {"A B", "bgpAggregate", "A", "aggregate"},
     /* 10 */ {"A O", "ospfSummary", "A", "aggregate"},
@@ -107,6 +111,11 @@ template <class RouteType, std::size_t Size>
 RouteTypeStrings const* find(std::array<RouteTypeStrings, Size> const& table, RouteType type) noexcept {
    auto const index = static_cast<std::size_t>(type);
    return index < Size && table[index].code != nullptr ? &table[index] : nullptr;
+}
+
+// A type without an entry is one of the FIB's all the same.
+constexpr RouteTypeStrings const& hostColumns(RouteTypeStrings const* strings) noexcept {
+   return strings != nullptr ? *strings : withoutCode;
 }
 
 struct RibRouteTypeStrings {
@@ -153,69 +162,19 @@ RouteTypeStrings const& routeTypeStringsLookup(Routing6::Fib::RouteType type) {
 }
 
 char hcode(Routing::Fib::RouteType type) noexcept {
-   switch (static_cast<U8>(type)) {
-      case 0:
-         return '-';
-      case 1:
-      case 2:
-      case 11:
-         return 'R';
-      case 3:
-         return 'B';
-      case 4:
-         return 'D';
-      case 5:
-         return 'A';
-      default:
-         return 'F';
-   }
+   return hostColumns(routeTypeStringsFind(type)).hostCode;
 }
 
 char hcode(Routing6::Fib::RouteType type) noexcept {
-   switch (static_cast<U8>(type)) {
-      case 0:
-         return '-';
-      case 1:
-      case 2:
-      case 7:
-         return 'R';
-      case 3:
-         return 'A';
-      default:
-         return 'F';
-   }
+   return hostColumns(routeTypeStringsFind(type)).hostCode;
 }
 
 char const* hcodeWord(Routing::Fib::RouteType type) noexcept {
-   switch (static_cast<U8>(type)) {
-      case 0:
-         return "-";
-      case 1:
-      case 2:
-         return "receive";
-      case 3:
-         return "broadcast";
-      case 4:
-         return "directedBcast";
-      case 5:
-         return "attached";
-      default:
-         return "FIB";
-   }
+   return hostColumns(routeTypeStringsFind(type)).hostWord;
 }
 
 char const* hcodeWord(Routing6::Fib::RouteType type) noexcept {
-   switch (static_cast<U8>(type)) {
-      case 0:
-         return "-";
-      case 1:
-      case 2:
-         return "receive";
-      case 3:
-         return "attached";
-      default:
-         return "FIB";
-   }
+   return hostColumns(routeTypeStringsFind(type)).hostWord;
 }
 
 char const* ribRouteType(Routing::RouteType type) {

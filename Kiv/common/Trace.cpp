@@ -1,4 +1,4 @@
-#include "Kiv/routedisplay/Trace.h"
+#include "Kiv/common/Trace.h"
 
 namespace Kiv {
 
