@@ -16,8 +16,12 @@ namespace FlexCounters {
 inline constexpr U32 allUnits = ~U32{0};
 
 // Where a state has the tables.
-KIV_EXPORT std::string counterTablePath(FeatureId featureId, U32 unit);
-KIV_EXPORT std::string snapshotTablePath(FeatureId featureId, U32 unit);
+inline std::string counterTablePath(FeatureId featureId, U32 unit) {
+   return "flexCounters/counterTable/" + stringValue(featureId) + "/" + std::to_string(unit);
+}
+inline std::string snapshotTablePath(FeatureId featureId, U32 unit) {
+   return "flexCounters/snapshotTable/" + stringValue(featureId) + "/" + std::to_string(unit);
+}
 
 struct Counter {
    U64 packets = 0;
@@ -49,6 +53,8 @@ static_assert(Vault::TableRecord<CounterRecord> && sizeof(CounterRecord) == 24);
 template <class Core>
 class BasicCounterTable : public Vault::TableEntity<Core> {
  public:
+   using Vault::TableEntity<Core>::TableEntity;
+
    U32 counters() const noexcept { return this->core_.live(); }
    U32 capacity() const noexcept { return this->core_.file().shape().capacity; }
 
@@ -68,28 +74,25 @@ class BasicCounterTable : public Vault::TableEntity<Core> {
          visit(record.key.counterIndex, Counter{record.packets, record.bytes});
       });
    }
-
- protected:
-   using Vault::TableEntity<Core>::TableEntity;
 };
 
 class KIV_EXPORT CounterTable final : public BasicCounterTable<Vault::Table<CounterRecord>> {
  public:
-   explicit CounterTable(std::string path);
-   std::string_view fwkType() const noexcept override;
+   using BasicCounterTable::BasicCounterTable;
+   std::string_view fwkType() const noexcept override { return "FlexCounters::CounterTable"; }
 };
 
 class KIV_EXPORT CounterTableWriter final : public BasicCounterTable<Vault::TableWriter<CounterRecord>> {
  public:
-   // The table that is there; with sizes, a new one.
-   explicit CounterTableWriter(std::string path);
-   CounterTableWriter(std::string path, Vault::TableFile::Sizes sizes);
-   std::string_view fwkType() const noexcept override;
+   using BasicCounterTable::BasicCounterTable;
+   std::string_view fwkType() const noexcept override { return "FlexCounters::CounterTableWriter"; }
 
    // TableFull when there is no room.
-   void counterIs(U64 counterIndex, Counter const& counter);
+   void counterIs(U64 counterIndex, Counter const& counter) {
+      core_.recordIs({.key = {counterIndex}, .packets = counter.packets, .bytes = counter.bytes});
+   }
    // False when there was none.
-   bool counterDel(U64 counterIndex);
+   bool counterDel(U64 counterIndex) { return core_.recordDel({counterIndex}); }
 };
 
 }  // namespace FlexCounters

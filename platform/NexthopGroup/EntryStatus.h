@@ -56,6 +56,8 @@ static_assert(Vault::TableRecord<EntryRecord> && sizeof(EntryRecord) == 136);
 template <class Core>
 class BasicEntryStatus : public Vault::TableEntity<Core> {
  public:
+   using Vault::TableEntity<Core>::TableEntity;
+
    U32 entries() const noexcept { return this->core_.live(); }
 
    // 0 when there is no group of that name. CorruptionError when the index or the group's row is broken.
@@ -74,9 +76,6 @@ class BasicEntryStatus : public Vault::TableEntity<Core> {
           [&](EntryRecord const& record) { visit(checked(record, record.isPossible()).key.text(), record.id); });
    }
 
- protected:
-   using Vault::TableEntity<Core>::TableEntity;
-
  private:
    EntryRecord const& checked(EntryRecord const& record, bool isPossible) const {
       if (!isPossible) [[unlikely]] {
@@ -88,21 +87,26 @@ class BasicEntryStatus : public Vault::TableEntity<Core> {
 
 class KIV_EXPORT EntryStatus final : public BasicEntryStatus<Vault::Table<EntryRecord>> {
  public:
-   explicit EntryStatus(std::string path);
-   std::string_view fwkType() const noexcept override;
+   using BasicEntryStatus::BasicEntryStatus;
+   std::string_view fwkType() const noexcept override { return "NexthopGroup::EntryStatus"; }
 };
 
 class KIV_EXPORT EntryStatusWriter final : public BasicEntryStatus<Vault::TableWriter<EntryRecord>> {
  public:
-   // The table that is there; with sizes, a new one.
-   explicit EntryStatusWriter(std::string path);
-   EntryStatusWriter(std::string path, Vault::TableFile::Sizes sizes);
-   std::string_view fwkType() const noexcept override;
+   using BasicEntryStatus::BasicEntryStatus;
+   std::string_view fwkType() const noexcept override { return "NexthopGroup::EntryStatusWriter"; }
 
    // RangeError for what is no name and for the id 0; TableFull when there is no room.
-   void nexthopGroupIdIs(std::string_view name, NexthopGroupId id);
+   void nexthopGroupIdIs(std::string_view name, NexthopGroupId id) {
+      if (id == 0) {
+         throw Zam::RangeError("NexthopGroup::Entry::id == 0 not allowed");
+      }
+      core_.recordIs({.key = toKey(Routing::NexthopGroup::checkedName(name)), .id = id, .zero = 0});
+   }
    // False when there was none.
-   bool nexthopGroupIdDel(std::string_view name);
+   bool nexthopGroupIdDel(std::string_view name) {
+      return Routing::NexthopGroup::isName(name) && core_.recordDel(toKey(name));
+   }
    // Entries that the writer before this one had left unfinished.
    U32 repaired() const noexcept { return core_.repaired(); }
 };

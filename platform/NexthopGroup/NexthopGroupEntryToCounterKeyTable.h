@@ -3,6 +3,7 @@
 #include "FlexCounters/ChipMask.h"
 #include "Routing/NexthopGroup/NexthopGroupId.h"
 #include "Vault/TableEntity.h"
+#include "Zam/Error.h"
 #include "Zam/Export.h"
 
 #include <string>
@@ -47,6 +48,8 @@ static_assert(Vault::TableRecord<CounterKeyRecord> && sizeof(CounterKeyRecord) =
 template <class Core>
 class BasicCounterKeyTable : public Vault::TableEntity<Core> {
  public:
+   using Vault::TableEntity<Core>::TableEntity;
+
    U32 entries() const noexcept { return this->core_.live(); }
 
    // The default when the entry has no counter. CorruptionError when the index is broken.
@@ -57,30 +60,34 @@ class BasicCounterKeyTable : public Vault::TableEntity<Core> {
       }
       return {record.counterIndex, {{}, record.chips}};
    }
-
- protected:
-   using Vault::TableEntity<Core>::TableEntity;
 };
 
 class KIV_EXPORT NexthopGroupEntryToCounterKeyTable final
     : public BasicCounterKeyTable<Vault::Table<CounterKeyRecord>> {
  public:
-   explicit NexthopGroupEntryToCounterKeyTable(std::string path);
-   std::string_view fwkType() const noexcept override;
+   using BasicCounterKeyTable::BasicCounterKeyTable;
+   std::string_view fwkType() const noexcept override {
+      return "Routing::NexthopGroup::NexthopGroupEntryToCounterKeyTable";
+   }
 };
 
 class KIV_EXPORT NexthopGroupEntryToCounterKeyTableWriter final
     : public BasicCounterKeyTable<Vault::TableWriter<CounterKeyRecord>> {
  public:
-   // The table that is there; with sizes, a new one.
-   explicit NexthopGroupEntryToCounterKeyTableWriter(std::string path);
-   NexthopGroupEntryToCounterKeyTableWriter(std::string path, Vault::TableFile::Sizes sizes);
-   std::string_view fwkType() const noexcept override;
+   using BasicCounterKeyTable::BasicCounterKeyTable;
+   std::string_view fwkType() const noexcept override {
+      return "Routing::NexthopGroup::NexthopGroupEntryToCounterKeyTableWriter";
+   }
 
    // RangeError for the group 0; TableFull when there is no room.
-   void counterKeyInfoIs(NexthopGroupId groupId, U32 entry, CounterKeyInfo const& info);
+   void counterKeyInfoIs(NexthopGroupId groupId, U32 entry, CounterKeyInfo const& info) {
+      if (groupId == 0) {
+         throw Zam::RangeError("Routing::NexthopGroup::CounterKey::groupId == 0 not allowed");
+      }
+      core_.recordIs({.key = {groupId, entry}, .counterIndex = info.counterIndex, .chips = info.chipMask.chips});
+   }
    // False when there was none.
-   bool counterKeyInfoDel(NexthopGroupId groupId, U32 entry);
+   bool counterKeyInfoDel(NexthopGroupId groupId, U32 entry) { return core_.recordDel({groupId, entry}); }
 };
 
 }  // namespace Routing::NexthopGroup

@@ -18,6 +18,7 @@ class FecTable : public TableEntity<Core<Records::FecRecord<Tag>>> {
  public:
    using Fec = Fib::FecOf<Tag>;
    using Record = Records::FecRecord<Tag>;
+   using TableEntity<Core<Record>>::TableEntity;
 
    U64 fecs() const noexcept { return this->core_.live(); }
 
@@ -45,9 +46,6 @@ class FecTable : public TableEntity<Core<Records::FecRecord<Tag>>> {
                           return visit(std::as_const(fec));
                        });
    }
-
- protected:
-   using TableEntity<Core<Record>>::TableEntity;
 
  private:
    // Left as it is until it is copied into: a FEC has few vias, mostly.
@@ -93,6 +91,15 @@ class FecTableWriter : public FecTable<Tag, TableWriter> {
    using typename Base::Fec;
    using typename Base::Record;
 
+   explicit FecTableWriter(std::string path)
+       : Base(std::move(path)),
+         extents_(this->core_.file().shape().arenaCapacity) {
+      placeVias();
+   }
+   FecTableWriter(std::string path, TableFile::Sizes sizes)
+       : Base(std::move(path), withArena(sizes)),
+         extents_(this->core_.file().shape().arenaCapacity) {}
+
    // Adds the FEC or replaces the one of its id. TableFull when there is no room for it or its vias; RangeError for
    // more than 600 vias or a zero id. The values of the vias are the caller's.
    void fecIs(Fec const& fec) {
@@ -126,16 +133,6 @@ class FecTableWriter : public FecTable<Tag, TableWriter> {
 
    // Entries that the writer before this one had left unfinished.
    U32 repaired() const noexcept { return this->core_.repaired(); }
-
- protected:
-   explicit FecTableWriter(std::string path)
-       : Base(std::move(path)),
-         extents_(this->core_.file().shape().arenaCapacity) {
-      placeVias();
-   }
-   FecTableWriter(std::string path, TableFile::Sizes sizes)
-       : Base(std::move(path), withArena(sizes)),
-         extents_(this->core_.file().shape().arenaCapacity) {}
 
  private:
    static constexpr U32 viasPerFec = 16;
@@ -214,16 +211,14 @@ namespace Fib {
 
 class KIV_EXPORT ForwardingStatus final : public FecTable<ForwardingStatus> {
  public:
-   explicit ForwardingStatus(std::string path);
-   std::string_view fwkType() const noexcept override;
+   using FecTable::FecTable;
+   std::string_view fwkType() const noexcept override { return "Vault::Fib::ForwardingStatus"; }
 };
 
 class KIV_EXPORT ForwardingStatusWriter final : public FecTableWriter<ForwardingStatus> {
  public:
-   // The table that is there; with sizes, a new one.
-   explicit ForwardingStatusWriter(std::string path);
-   ForwardingStatusWriter(std::string path, TableFile::Sizes sizes);
-   std::string_view fwkType() const noexcept override;
+   using FecTableWriter::FecTableWriter;
+   std::string_view fwkType() const noexcept override { return "Vault::Fib::ForwardingStatusWriter"; }
 };
 
 }  // namespace Fib
@@ -232,15 +227,14 @@ namespace Fib6 {
 
 class KIV_EXPORT ForwardingStatus final : public FecTable<ForwardingStatus> {
  public:
-   explicit ForwardingStatus(std::string path);
-   std::string_view fwkType() const noexcept override;
+   using FecTable::FecTable;
+   std::string_view fwkType() const noexcept override { return "Vault::Fib6::ForwardingStatus"; }
 };
 
 class KIV_EXPORT ForwardingStatusWriter final : public FecTableWriter<ForwardingStatus> {
  public:
-   explicit ForwardingStatusWriter(std::string path);
-   ForwardingStatusWriter(std::string path, TableFile::Sizes sizes);
-   std::string_view fwkType() const noexcept override;
+   using FecTableWriter::FecTableWriter;
+   std::string_view fwkType() const noexcept override { return "Vault::Fib6::ForwardingStatusWriter"; }
 };
 
 }  // namespace Fib6
@@ -249,15 +243,14 @@ namespace FibGen {
 
 class KIV_EXPORT ForwardingStatus final : public FecTable<ForwardingStatus> {
  public:
-   explicit ForwardingStatus(std::string path);
-   std::string_view fwkType() const noexcept override;
+   using FecTable::FecTable;
+   std::string_view fwkType() const noexcept override { return "Vault::FibGen::ForwardingStatus"; }
 };
 
 class KIV_EXPORT ForwardingStatusWriter final : public FecTableWriter<ForwardingStatus> {
  public:
-   explicit ForwardingStatusWriter(std::string path);
-   ForwardingStatusWriter(std::string path, TableFile::Sizes sizes);
-   std::string_view fwkType() const noexcept override;
+   using FecTableWriter::FecTableWriter;
+   std::string_view fwkType() const noexcept override { return "Vault::FibGen::ForwardingStatusWriter"; }
 };
 
 }  // namespace FibGen

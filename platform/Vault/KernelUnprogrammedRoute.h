@@ -36,12 +36,17 @@ class ErrorCount {
 // The routes of all VRFs and both families that the kernel did not accept.
 class KIV_EXPORT UnprogrammedRoute final : public VrfPrefixTable<Records::KernelUnprogrammedRecord> {
  public:
-   explicit UnprogrammedRoute(std::string path);
-   std::string_view fwkType() const noexcept override;
+   using VrfPrefixTable::VrfPrefixTable;
+   std::string_view fwkType() const noexcept override { return "Vault::KernelUnprogrammedRoute::UnprogrammedRoute"; }
 
    // Nothing for a VRF whose routes were all taken.
-   std::optional<ErrorCount> errorCount(VrfId vrfId) const;
-   RouteError error(VrfId vrfId, Lumen::IpGenPrefix const& prefix) const;
+   std::optional<ErrorCount> errorCount(VrfId vrfId) const {
+      auto const found = counts(vrfId);
+      return found ? std::optional(ErrorCount(vrfId, (*found)[0], (*found)[1])) : std::nullopt;
+   }
+   RouteError error(VrfId vrfId, Lumen::IpGenPrefix const& prefix) const {
+      return RouteError{number(vrfId, prefix).value_or(0)};
+   }
 
    // Calls `visit(vrfId, prefix, error)` for every route that is listed.
    template <class Visit>
@@ -53,15 +58,21 @@ class KIV_EXPORT UnprogrammedRoute final : public VrfPrefixTable<Records::Kernel
 
 class KIV_EXPORT UnprogrammedRouteWriter final : public VrfPrefixTableWriter<Records::KernelUnprogrammedRecord> {
  public:
-   // The table that is there; with sizes, a new one.
-   explicit UnprogrammedRouteWriter(std::string path);
-   UnprogrammedRouteWriter(std::string path, TableFile::Sizes sizes);
-   std::string_view fwkType() const noexcept override;
+   using VrfPrefixTableWriter::VrfPrefixTableWriter;
+   std::string_view fwkType() const noexcept override {
+      return "Vault::KernelUnprogrammedRoute::UnprogrammedRouteWriter";
+   }
 
    // The empty error takes the route off the list. TableFull when there is no room; RangeError for the null prefix.
-   void errorIs(VrfId vrfId, Lumen::IpGenPrefix const& prefix, RouteError error);
+   void errorIs(VrfId vrfId, Lumen::IpGenPrefix const& prefix, RouteError error) {
+      if (error) {
+         numberIs(vrfId, prefix, error.code);
+      } else {
+         numberDel(vrfId, prefix);
+      }
+   }
    // False when it was not listed.
-   bool errorDel(VrfId vrfId, Lumen::IpGenPrefix const& prefix);
+   bool errorDel(VrfId vrfId, Lumen::IpGenPrefix const& prefix) { return numberDel(vrfId, prefix); }
 };
 
 }  // namespace Vault::KernelUnprogrammedRoute

@@ -14,6 +14,7 @@ namespace Vault {
 template <class Route, class Record, template <TableRecord> class Core = Table>
 class RouteTable : public TableEntity<Core<Record>> {
  public:
+   using TableEntity<Core<Record>>::TableEntity;
    using RouteType = Route;
    using Prefix = decltype(Route::prefix);
 
@@ -35,9 +36,6 @@ class RouteTable : public TableEntity<Core<Record>> {
       this->core_.walk([&](Record const& record) { return visit(decoded(record)); });
    }
 
- protected:
-   using TableEntity<Core<Record>>::TableEntity;
-
  private:
    Route decoded(Record const& record) const {
       if (!record.isPossible()) [[unlikely]] {
@@ -52,6 +50,7 @@ template <class Route, class Record>
 class RouteTableWriter : public RouteTable<Route, Record, TableWriter> {
  public:
    using Base = RouteTable<Route, Record, TableWriter>;
+   using Base::Base;
 
    // Adds the route or replaces the one of its prefix. TableFull when there is no room; RangeError for the null prefix.
    void routeIs(Route const& route) {
@@ -64,25 +63,20 @@ class RouteTableWriter : public RouteTable<Route, Record, TableWriter> {
    bool routeDel(decltype(Route::prefix) const& prefix) { return this->core_.recordDel(Records::toKey(prefix)); }
    // Entries that the writer before this one had left unfinished.
    U32 repaired() const noexcept { return this->core_.repaired(); }
-
- protected:
-   using Base::Base;
 };
 
 namespace Fib {
 
 class KIV_EXPORT RouteStatus final : public RouteTable<Route, Records::RouteRecord4> {
  public:
-   explicit RouteStatus(std::string path);
-   std::string_view fwkType() const noexcept override;
+   using RouteTable::RouteTable;
+   std::string_view fwkType() const noexcept override { return "Vault::Fib::RouteStatus"; }
 };
 
 class KIV_EXPORT RouteStatusWriter final : public RouteTableWriter<Route, Records::RouteRecord4> {
  public:
-   // The table that is there; with sizes, a new one.
-   explicit RouteStatusWriter(std::string path);
-   RouteStatusWriter(std::string path, TableFile::Sizes sizes);
-   std::string_view fwkType() const noexcept override;
+   using RouteTableWriter::RouteTableWriter;
+   std::string_view fwkType() const noexcept override { return "Vault::Fib::RouteStatusWriter"; }
 };
 
 }  // namespace Fib
@@ -91,15 +85,14 @@ namespace Fib6 {
 
 class KIV_EXPORT RouteStatus final : public RouteTable<Route, Records::RouteRecord6> {
  public:
-   explicit RouteStatus(std::string path);
-   std::string_view fwkType() const noexcept override;
+   using RouteTable::RouteTable;
+   std::string_view fwkType() const noexcept override { return "Vault::Fib6::RouteStatus"; }
 };
 
 class KIV_EXPORT RouteStatusWriter final : public RouteTableWriter<Route, Records::RouteRecord6> {
  public:
-   explicit RouteStatusWriter(std::string path);
-   RouteStatusWriter(std::string path, TableFile::Sizes sizes);
-   std::string_view fwkType() const noexcept override;
+   using RouteTableWriter::RouteTableWriter;
+   std::string_view fwkType() const noexcept override { return "Vault::Fib6::RouteStatusWriter"; }
 };
 
 }  // namespace Fib6

@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 namespace Vault {
@@ -16,6 +17,13 @@ namespace Vault {
 template <class Core>
 class TableEntity : public Zam::PtrInterface {
  public:
+   // The table that is there, for a reader or for its next writer.
+   explicit TableEntity(std::string path) : core_(std::move(path)) {}
+   // For a writer, a new one in its place.
+   TableEntity(std::string path,
+               TableFile::Sizes sizes) requires std::is_constructible_v<Core, std::string, TableFile::Sizes>
+       : core_(std::move(path), sizes) {}
+
    // Whether there is nothing in the table at all: one load.
    bool empty() const noexcept { return core_.empty(); }
    std::string const& path() const noexcept { return core_.file().path(); }
@@ -29,9 +37,6 @@ class TableEntity : public Zam::PtrInterface {
    U64 corruptions() const noexcept { return core_.file().corruptions(); }
 
  protected:
-   template <class... Args>
-   explicit TableEntity(std::string path, Args const&... args) : core_(std::move(path), args...) {}
-
    Core core_;
 };
 

@@ -14,12 +14,15 @@ struct UnprogrammedRouteCount {
 // The routes of all VRFs and both families that the hardware does not forward by, and how many a VRF has of them.
 class KIV_EXPORT UnprogrammedRouteStatus final : public VrfPrefixTable<Records::UnprogrammedRecord> {
  public:
-   explicit UnprogrammedRouteStatus(std::string path);
-   std::string_view fwkType() const noexcept override;
+   using VrfPrefixTable::VrfPrefixTable;
+   std::string_view fwkType() const noexcept override { return "Vault::Fib::UnprogrammedRouteStatus"; }
 
    // Nothing for a VRF that has none.
-   std::optional<UnprogrammedRouteCount> unprogrammedRouteCount(VrfId vrfId) const;
-   bool unprogrammed(VrfId vrfId, Lumen::IpGenPrefix const& prefix) const;
+   std::optional<UnprogrammedRouteCount> unprogrammedRouteCount(VrfId vrfId) const {
+      auto const found = counts(vrfId);
+      return found ? std::optional(UnprogrammedRouteCount{vrfId, (*found)[0] + (*found)[1]}) : std::nullopt;
+   }
+   bool unprogrammed(VrfId vrfId, Lumen::IpGenPrefix const& prefix) const { return number(vrfId, prefix).has_value(); }
 
    // Calls `visit(vrfId, prefix)` for every route that is listed.
    template <class Visit>
@@ -30,15 +33,13 @@ class KIV_EXPORT UnprogrammedRouteStatus final : public VrfPrefixTable<Records::
 
 class KIV_EXPORT UnprogrammedRouteStatusWriter final : public VrfPrefixTableWriter<Records::UnprogrammedRecord> {
  public:
-   // The table that is there; with sizes, a new one.
-   explicit UnprogrammedRouteStatusWriter(std::string path);
-   UnprogrammedRouteStatusWriter(std::string path, TableFile::Sizes sizes);
-   std::string_view fwkType() const noexcept override;
+   using VrfPrefixTableWriter::VrfPrefixTableWriter;
+   std::string_view fwkType() const noexcept override { return "Vault::Fib::UnprogrammedRouteStatusWriter"; }
 
    // TableFull when there is no room; RangeError for the null prefix.
-   void unprogrammedIs(VrfId vrfId, Lumen::IpGenPrefix const& prefix);
+   void unprogrammedIs(VrfId vrfId, Lumen::IpGenPrefix const& prefix) { numberIs(vrfId, prefix, 1); }
    // False when it was not listed.
-   bool unprogrammedDel(VrfId vrfId, Lumen::IpGenPrefix const& prefix);
+   bool unprogrammedDel(VrfId vrfId, Lumen::IpGenPrefix const& prefix) { return numberDel(vrfId, prefix); }
 };
 
 }  // namespace Vault::Fib

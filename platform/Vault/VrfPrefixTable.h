@@ -14,8 +14,10 @@ using VrfId = Vrf::VrfIdMap::VrfId;
 
 template <class Record, template <TableRecord> class Core = Table>
 class VrfPrefixTable : public TableEntity<Core<Record>> {
- protected:
+ public:
    using TableEntity<Core<Record>>::TableEntity;
+
+ protected:
    using Counts = std::array<U32, 2>;
 
    static std::size_t countAt(Lumen::AddressFamily family) noexcept {
@@ -55,16 +57,17 @@ class VrfPrefixTable : public TableEntity<Core<Record>> {
 
 template <class Record>
 class VrfPrefixTableWriter : public VrfPrefixTable<Record, TableWriter> {
+   using Base = VrfPrefixTable<Record, TableWriter>;
+
  public:
+   explicit VrfPrefixTableWriter(std::string path) : Base(std::move(path)) { recount(); }
+   VrfPrefixTableWriter(std::string path, TableFile::Sizes sizes) : Base(std::move(path), sizes) {}
+
    // Entries that the writer before this one had left unfinished.
    U32 repaired() const noexcept { return this->core_.repaired(); }
 
  protected:
-   using Base = VrfPrefixTable<Record, TableWriter>;
    using typename Base::Counts;
-
-   explicit VrfPrefixTableWriter(std::string path) : Base(std::move(path)) { recount(); }
-   VrfPrefixTableWriter(std::string path, TableFile::Sizes sizes) : Base(std::move(path), sizes) {}
 
    // Lists the route, or changes its number. Nothing changes when there is no room (TableFull).
    void numberIs(VrfId vrfId, Lumen::IpGenPrefix const& prefix, U32 number) {
