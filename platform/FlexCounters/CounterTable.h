@@ -55,7 +55,7 @@ class BasicCounterTable : public Vault::TableEntity<Core> {
  public:
    using Vault::TableEntity<Core>::TableEntity;
 
-   U32 counters() const noexcept { return this->core_.live(); }
+   U32 counters() const { return this->core_.live(); }
    U32 capacity() const noexcept { return this->core_.file().shape().capacity; }
 
    // Packets and bytes of one moment; nothing when there is no such counter. CorruptionError when the index is broken.

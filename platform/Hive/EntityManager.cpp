@@ -8,60 +8,89 @@
 #include "Vault/RouteStatus.h"
 #include "Vault/UnprogrammedRouteStatus.h"
 
-#include <array>
-#include <charconv>
-#include <filesystem>
-#include <fstream>
-#include <system_error>
-
+#include <fcntl.h>
+#include <sys/random.h>
+#include <sys/stat.h>
 #include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <system_error>
 
 namespace Hive {
 
 namespace {
 
-namespace fs = std::filesystem;
+constexpr char const* stampName = "hive.json";
 
-constexpr std::string_view stampName = "hive.json";
-constexpr std::string_view stampHead = "{\"stateVersion\": ";
-
-std::string stampText() {
-   return std::string(stampHead) + std::to_string(EntityManager::stateVersion) + "}\n";
-}
-
-// The version that the stamp's text names; 0 when it is no stamp.
-U32 stampVersion(std::string_view text) noexcept {
+// What the stamp says; zeros when it is none.
+struct Stamp {
    U32 version = 0;
-   if (text.starts_with(stampHead)) {
-      text.remove_prefix(stampHead.size());
-      std::from_chars(text.data(), text.data() + text.size(), version);
+   U64 load = 0;
+
+   std::string text() const {
+      return "{\"stateVersion\": " + std::to_string(version) + ", \"load\": " + std::to_string(load) + "}\n";
    }
-   return version;
+};
+
+template <class Number>
+void readNumber(std::string_view text, std::string_view name, Number& number) noexcept {
+   if (auto const at = text.find(name); at != std::string_view::npos) {
+      text.remove_prefix(at + name.size());
+      std::from_chars(text.data(), text.data() + text.size(), number);
+   }
 }
 
-bool isFile(fs::path const& path) {
-   std::error_code error;
-   return fs::exists(path, error);
+// Anything that is no file has no text; nobody waits for it.
+std::string textOf(int dir, char const* name) {
+   std::array<char, 200> buffer{};
+   int const fd = ::openat(dir, name, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+   ssize_t const size = fd >= 0 ? ::read(fd, buffer.data(), buffer.size()) : 0;
+   if (fd >= 0) {
+      ::close(fd);
+   }
+   return {buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
 }
 
-void checkStateDir(std::string const& stateDir) {
-   std::error_code error;
-   auto const status = fs::status(stateDir, error);
-   if (!fs::exists(status)) {
-      throw StateError(stateDir + ": no such state directory");
+Stamp stampOf(std::string_view text) noexcept {
+   Stamp stamp;
+   readNumber(text, "\"stateVersion\": ", stamp.version);
+   readNumber(text, "\"load\": ", stamp.load);
+   return stamp;
+}
+
+U64 randomLoad() {
+   U64 load = 0;
+   (void)::getrandom(&load, sizeof(load), 0);
+   return (load >> 11U) + 1;  // whole in any JSON reader
+}
+
+std::shared_ptr<Zam::Directory const> openStateDir(std::string const& stateDir) {
+   try {
+      return std::make_shared<Zam::Directory const>(stateDir);
+   } catch (std::system_error const& error) {
+      switch (error.code().value()) {
+         case ENOENT:
+            throw StateError(stateDir + ": no such state directory");
+         case ENOTDIR:
+            throw StateError(stateDir + ": is not a directory");
+         default:
+            throw StateError(stateDir + ": " + error.what());
+      }
    }
-   if (!fs::is_directory(status)) {
-      throw StateError(stateDir + ": is not a directory");
+}
+
+// Directories that nobody else may write, whatever the umask. False, and errno, when one is missing in the end.
+bool directoriesAbove(int dir, std::string const& path) {
+   for (auto slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1)) {
+      if (::mkdirat(dir, path.substr(0, slash).c_str(), 0755) != 0 && errno != EEXIST) {
+         return false;
+      }
    }
-   std::ifstream stamp(fs::path(stateDir) / stampName);
-   std::string line;
-   if (!std::getline(stamp, line)) {
-      throw StateError(stateDir + ": is not a state directory, it has no " + std::string(stampName));
-   }
-   if (U32 const version = stampVersion(line); version != EntityManager::stateVersion) {
-      throw StateError(stateDir + ": state version " + std::to_string(version) + ", this program needs " +
-                       std::to_string(EntityManager::stateVersion));
-   }
+   return true;
 }
 
 bool isPathBelow(std::string_view path) noexcept {
@@ -107,21 +136,32 @@ constexpr auto tableTypes = std::to_array<TableType>({
 
 StateError::~StateError() = default;
 
-EntityManager::EntityManager(std::string stateDir) : stateDir_(std::move(stateDir)) {
-   checkStateDir(stateDir_);
+EntityManager::EntityManager(std::string stateDir) : stateDir_(std::move(stateDir)), dir_(openStateDir(stateDir_)) {
+   std::string const text = textOf(dir_->fd(), stampName);
+   if (text.empty()) {
+      throw StateError(stateDir_ + ": is not a state directory, it has no " + stampName);
+   }
+   Stamp const stamp = stampOf(text);
+   if (stamp.version != stateVersion) {
+      throw StateError(stateDir_ + ": state version " + std::to_string(stamp.version) + ", this program needs " +
+                       std::to_string(stateVersion));
+   }
+   load_ = stamp.load;
 }
 
 void EntityManager::stateDirIs(std::string const& stateDir) {
-   std::error_code error;
-   fs::create_directories(stateDir, error);
-   fs::path const stamp = fs::path(stateDir) / stampName;
-   if (!error && !isFile(stamp)) {
-      fs::path const beside = stamp.string() + ".new." + std::to_string(::getpid());
-      std::ofstream(beside) << stampText();
-      fs::rename(beside, stamp, error);
-   }
-   if (error) {
-      throw StateError(stateDir + ": cannot be made a state directory: " + error.message());
+   try {
+      if (!directoriesAbove(AT_FDCWD, stateDir + "/")) {
+         throw std::system_error(errno, std::generic_category());
+      }
+      Zam::Directory const dir(stateDir);
+      if (textOf(dir.fd(), stampName).empty()) {
+         Zam::NewFile stamp(dir.fd(), stampName);
+         stamp.append(Stamp{stateVersion, randomLoad()}.text());
+         stamp.putInPlace();
+      }
+   } catch (std::system_error const& error) {
+      throw StateError(stateDir + ": cannot be made a state directory: " + error.code().message());
    }
 }
 
@@ -130,41 +170,32 @@ std::string_view EntityManager::fwkType() const noexcept {
 }
 
 bool EntityManager::exists(std::string_view path) const {
-   return isFile(fileOf(path));
+   Vault::Place const place = placeOf(path);
+   struct stat status {};
+   if (::fstatat(place.dirFd(), place.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
+      return true;
+   }
+   if (errno != ENOENT) {
+      int const error = errno;
+      throw Vault::MountError(place.path + ": cannot be opened: " + std::strerror(error));
+   }
+   return false;
 }
 
-std::string EntityManager::fileOf(std::string_view path) const {
+Vault::Place EntityManager::placeOf(std::string_view path) const {
    if (!isPathBelow(path)) {
       throw StateError(stateDir_ + ": \"" + std::string(path) + "\" is not a path below it");
    }
-   return (fs::path(stateDir_) / path).string();
+   return {dir_, std::string(path), stateDir_ + "/" + std::string(path), {load_, Vault::hashText(path)}};
 }
 
-std::string EntityManager::fileToCreate(std::string_view path) const {
-   std::string file = fileOf(path);
-   std::error_code error;
-   fs::create_directories(fs::path(file).parent_path(), error);
-   if (error) {
-      throw StateError(file + ": its directory cannot be made: " + error.message());
+Vault::Place EntityManager::placeToCreate(std::string_view path) const {
+   Vault::Place place = placeOf(path);
+   if (!directoriesAbove(place.dirFd(), place.name)) {
+      int const error = errno;
+      throw StateError(place.path + ": its directory cannot be made: " + std::strerror(error));
    }
-   return file;
-}
-
-EntityManager::Beside::Beside(std::string place)
-    : place_(std::move(place)),
-      file_(place_ + ".new." + std::to_string(::getpid())) {}
-
-EntityManager::Beside::~Beside() {
-   std::error_code ignored;
-   fs::remove(file_, ignored);
-}
-
-void EntityManager::Beside::putInPlace() const {
-   std::error_code error;
-   fs::rename(file_, place_, error);
-   if (error) {
-      throw StateError(place_ + ": cannot be replaced: " + error.message());
-   }
+   return place;
 }
 
 Zam::Ptr<Zam::PtrInterface const> EntityManager::mountEntity(std::string_view path, std::string_view typeName) const {

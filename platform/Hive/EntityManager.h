@@ -4,6 +4,7 @@
 #include "Zam/Export.h"
 #include "Zam/Ptr.h"
 
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -18,35 +19,47 @@ class KIV_EXPORT StateError : public std::runtime_error {
 };
 
 // The state directory: tables by path, as in "fib/route/0". It is a directory with a stamp (hive.json) that says which
-// layout the tables below it have, and may be anywhere; in practice it is in memory, under /dev/shm.
+// layout the tables below it have and which load made them, and may be anywhere; in practice it is in memory, under
+// /dev/shm. It is opened once: whatever is put in its place later, everything below it is of this one. Each table
+// carries the load and its path, so one that came from elsewhere is refused.
 //
 // Paths are relative, of names between single slashes; none is "." or "..".
 class KIV_EXPORT EntityManager final : public Zam::PtrInterface {
  public:
-   static constexpr U32 stateVersion = 1;
+   static constexpr U32 stateVersion = 2;
 
    // StateError when the directory does not exist or its stamp is missing or of another version.
    explicit EntityManager(std::string stateDir);
-   // Makes the directory (and those above it) and its stamp, unless they are there.
+   // Makes the directory (and those above it) and its stamp, with a load of its own, unless they are there.
    static void stateDirIs(std::string const& stateDir);
 
    std::string_view fwkType() const noexcept override;
    std::string const& stateDir() const noexcept { return stateDir_; }
+   // The open directory.
+   int directory() const noexcept { return dir_->fd(); }
+   // The same number for all tables that were made together.
+   U64 load() const noexcept { return load_; }
+   // Whether there is anything at the path, be it a link that leads nowhere. MountError when that cannot be told.
    bool exists(std::string_view path) const;
 
    // The table at the path, for reading; null when there is none. Vault::MountError when what is there is not that
    // table.
    template <class T>
    Zam::Ptr<T const> mount(std::string_view path) const {
-      return exists(path) ? Zam::Ptr<T const>(Zam::makePtr<T>(fileOf(path))) : nullptr;
+      return exists(path) ? mountRequired<T>(path) : nullptr;
    }
-   // The same, by the name of the type: "Vault::Fib::RouteStatus". StateError for a name that is no table's.
+   // The same for a table that every state has: that there is none is a Vault::MountError, too.
+   template <class T>
+   Zam::Ptr<T const> mountRequired(std::string_view path) const {
+      return Zam::makePtr<T>(placeOf(path));
+   }
+   // The same as mount(), by the name of the type: "Vault::Fib::RouteStatus". StateError for a name that is no table's.
    Zam::Ptr<Zam::PtrInterface const> mountEntity(std::string_view path, std::string_view typeName) const;
 
    // A new table in place of any earlier one, for its writer; the directories above it are made.
    template <class Writer>
    Zam::Ptr<Writer> create(std::string_view path, Vault::TableFile::Sizes sizes) const {
-      return Zam::makePtr<Writer>(fileToCreate(path), sizes);
+      return Zam::makePtr<Writer>(placeToCreate(path), sizes);
    }
    template <class Writer>
    Zam::Ptr<Writer> create(std::string_view path, U32 capacity) const {
@@ -57,37 +70,23 @@ class KIV_EXPORT EntityManager final : public Zam::PtrInterface {
    template <class Writer, class Fill>
    void replace(std::string_view path, Vault::TableFile::Sizes sizes, Fill&& fill) const {
       auto const earlier = exists(path) ? open<Writer>(path) : nullptr;  // keeps other writers out meanwhile
-      Beside const beside(fileToCreate(path));
-      fill(*Zam::makePtr<Writer>(beside.file(), sizes));
-      beside.putInPlace();
+      Writer replacement(placeToCreate(path), sizes, Vault::When::later);
+      fill(replacement);
+      replacement.putInPlace();
    }
    // The table that is there, for the next writer to go on with. Vault::MountError when there is none.
    template <class Writer>
    Zam::Ptr<Writer> open(std::string_view path) const {
-      return Zam::makePtr<Writer>(fileOf(path));
+      return Zam::makePtr<Writer>(placeOf(path));
    }
 
  private:
-   // A file of another name beside its place; gone again unless it is put there.
-   class KIV_EXPORT Beside {
-    public:
-      explicit Beside(std::string place);
-      ~Beside();
-      Beside(Beside const&) = delete;
-      Beside& operator=(Beside const&) = delete;
-
-      std::string const& file() const noexcept { return file_; }
-      void putInPlace() const;
-
-    private:
-      std::string place_;
-      std::string file_;
-   };
-
-   std::string fileOf(std::string_view path) const;
-   std::string fileToCreate(std::string_view path) const;
+   Vault::Place placeOf(std::string_view path) const;
+   Vault::Place placeToCreate(std::string_view path) const;
 
    std::string stateDir_;
+   std::shared_ptr<Zam::Directory const> dir_;
+   U64 load_ = 0;
 };
 
 }  // namespace Hive

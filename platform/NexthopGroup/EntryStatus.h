@@ -39,16 +39,21 @@ struct EntryRecord {
    using Key = EntryKey;
    using Element = void;
    static constexpr std::string_view name = "NexthopGroup::Entry";
-   static constexpr std::string_view fields = "name:U8x128 id:U32 zero:U32";
+   static constexpr std::string_view fields = "name:U8x128 id:U32 sum:U32";
 
    Key key;
    NexthopGroupId id;
-   U32 zero;
+   U32 sum;  // over the rest
 
-   bool hasId() const noexcept { return id != 0 && zero == 0; }
+   U32 sealed() const noexcept {
+      EntryRecord unsummed = *this;
+      unsummed.sum = 0;
+      return static_cast<U32>(Vault::foldedSum(Vault::sumOf(unsummed)));
+   }
+   bool isWhole() const noexcept { return id != 0 && sum == sealed(); }
    bool isPossible() const noexcept {
       auto const text = key.text();
-      return hasId() && Routing::NexthopGroup::isName(text) && key == toKey(text);
+      return isWhole() && Routing::NexthopGroup::isName(text) && key == toKey(text);
    }
 };
 static_assert(Vault::TableRecord<EntryRecord> && sizeof(EntryRecord) == 136);
@@ -58,7 +63,7 @@ class BasicEntryStatus : public Vault::TableEntity<Core> {
  public:
    using Vault::TableEntity<Core>::TableEntity;
 
-   U32 entries() const noexcept { return this->core_.live(); }
+   U32 entries() const { return this->core_.live(); }
 
    // 0 when there is no group of that name. CorruptionError when the index or the group's row is broken.
    NexthopGroupId nexthopGroupNameToId(std::string_view name) const {
@@ -66,7 +71,7 @@ class BasicEntryStatus : public Vault::TableEntity<Core> {
       if (!Routing::NexthopGroup::isName(name) || !this->core_.find(toKey(name), record)) {
          return 0;
       }
-      return checked(record, record.hasId()).id;  // what was looked for is a name
+      return checked(record, record.isWhole()).id;  // what was looked for is a name
    }
 
    // Calls `visit(name, id)` for every group, in no order. An impossible row is reported and left out.
@@ -79,7 +84,7 @@ class BasicEntryStatus : public Vault::TableEntity<Core> {
  private:
    EntryRecord const& checked(EntryRecord const& record, bool isPossible) const {
       if (!isPossible) [[unlikely]] {
-         this->core_.file().corrupted("impossible nexthop group, id", record.id);
+         this->core_.file().corrupted("damaged nexthop group, id", record.id);
       }
       return record;
    }
@@ -101,7 +106,9 @@ class KIV_EXPORT EntryStatusWriter final : public BasicEntryStatus<Vault::TableW
       if (id == 0) {
          throw Zam::RangeError("NexthopGroup::Entry::id == 0 not allowed");
       }
-      core_.recordIs({.key = toKey(Routing::NexthopGroup::checkedName(name)), .id = id, .zero = 0});
+      EntryRecord record{.key = toKey(Routing::NexthopGroup::checkedName(name)), .id = id, .sum = 0};
+      record.sum = record.sealed();
+      core_.recordIs(record);
    }
    // False when there was none.
    bool nexthopGroupIdDel(std::string_view name) {

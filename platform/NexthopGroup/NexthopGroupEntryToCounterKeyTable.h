@@ -50,7 +50,7 @@ class BasicCounterKeyTable : public Vault::TableEntity<Core> {
  public:
    using Vault::TableEntity<Core>::TableEntity;
 
-   U32 entries() const noexcept { return this->core_.live(); }
+   U32 entries() const { return this->core_.live(); }
 
    // The default when the entry has no counter. CorruptionError when the index is broken.
    CounterKeyInfo counterKeyInfo(NexthopGroupId groupId, U32 entry) const {

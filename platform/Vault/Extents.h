@@ -27,6 +27,8 @@ class KIV_EXPORT Extents {
 
    explicit Extents(U32 capacity) : capacity_(capacity) {}
 
+   // It has become larger.
+   void capacityIs(U32 capacity) noexcept { capacity_ = capacity; }
    // Starts again with these runs in use. They do not overlap, fit, and are in order.
    void reset(std::vector<Run> const& used);
    // The first element of a run of at least `count`, 1 to maxCount; nothing when there is no such run.

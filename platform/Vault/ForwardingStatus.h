@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <span>
+#include <stdexcept>
 #include <vector>
 
 // The FEC tables: each FEC with its vias, up to 600 of them, by its id.
@@ -20,7 +21,7 @@ class FecTable : public TableEntity<Core<Records::FecRecord<Tag>>> {
    using Record = Records::FecRecord<Tag>;
    using TableEntity<Core<Record>>::TableEntity;
 
-   U64 fecs() const noexcept { return this->core_.live(); }
+   U64 fecs() const { return this->core_.live(); }
 
    // Copies the FEC into `out`, whose memory is used again; false when there is none, and `out` is then unchanged.
    // RangeError for more vias than a FEC has; values of single vias are carried as they are. CorruptionError when the
@@ -71,6 +72,9 @@ class FecTable : public TableEntity<Core<Records::FecRecord<Tag>>> {
       if (!vias.inArena) {
          this->core_.file().corrupted("vias out of place in FEC", record.key.fecId);
       }
+      if (record.sum != record.sumWith(vias.words.data())) {
+         this->core_.file().corrupted("damaged FEC", record.key.fecId);
+      }
       out.fecId = Fib::FecId(record.key.fecId);
       out.primaryVias = record.primaryVias;
       out.vias.resize(record.viaCount);
@@ -91,14 +95,22 @@ class FecTableWriter : public FecTable<Tag, TableWriter> {
    using typename Base::Fec;
    using typename Base::Record;
 
-   explicit FecTableWriter(std::string path)
-       : Base(std::move(path)),
-         extents_(this->core_.file().shape().arenaCapacity) {
+   explicit FecTableWriter(Place place) : Base(std::move(place)), extents_(this->core_.file().shape().arenaCapacity) {
+      dropDamaged();
       placeVias();
    }
-   FecTableWriter(std::string path, TableFile::Sizes sizes)
-       : Base(std::move(path), withArena(sizes)),
+   // Without a size for the arena, one that does for many states and may grow.
+   FecTableWriter(Place place, TableFile::Sizes sizes, When when = When::now)
+       : Base(std::move(place), withArena(sizes), when),
          extents_(this->core_.file().shape().arenaCapacity) {}
+   // What the arena must have so that these FECs, each of so many vias, fit without growing.
+   static U32 arenaFor(std::span<U32 const> viaCounts) noexcept {
+      U64 sum = 0;
+      for (U32 const count : viaCounts) {
+         sum += count == 0 ? 0 : Extents::sizeOf(count);
+      }
+      return static_cast<U32>(std::min(sum, U64{maxArenaCapacity}));
+   }
 
    // Adds the FEC or replaces the one of its id. TableFull when there is no room for it or its vias; RangeError for
    // more than 600 vias or a zero id. The values of the vias are the caller's.
@@ -107,12 +119,12 @@ class FecTableWriter : public FecTable<Tag, TableWriter> {
          throw Zam::RangeError("Vault::Fib::Fec::fecId == 0 not allowed");
       }
       auto const count = static_cast<U32>(fec.vias.size());
-      Record record{{{fec.fecId.value()}, 0, 0, fec.primaryVias}};
+      Record record{{{fec.fecId.value()}, 0, 0, fec.primaryVias, 0}};
       if (count != 0) {
          record.viaCount = static_cast<U16>(Fib::ViaIndex(count - 1).value() + 1);
          record.firstVia = freeVias(count);
-         writeVias(record.firstVia, fec.vias);
       }
+      writeVias(record, fec.vias);
       Extents::Run const before = runOf(fec.fecId);
       try {
          this->core_.recordIs(record);
@@ -135,12 +147,11 @@ class FecTableWriter : public FecTable<Tag, TableWriter> {
    U32 repaired() const noexcept { return this->core_.repaired(); }
 
  private:
-   static constexpr U32 viasPerFec = 16;
+   static constexpr U32 viasPerFec = 2;
 
-   // Room for vias costs nothing until it is used, so the default is generous.
    static TableFile::Sizes withArena(TableFile::Sizes sizes) noexcept {
       if (sizes.arenaCapacity == 0) {
-         U64 const vias = std::max(U64{sizes.capacity} * viasPerFec, U64{Extents::maxCount} * 4);
+         U64 const vias = std::max(U64{sizes.capacity} * viasPerFec, U64{Extents::maxCount});
          sizes.arenaCapacity = static_cast<U32>(std::min(vias, U64{maxArenaCapacity}));
       }
       return sizes;
@@ -163,21 +174,42 @@ class FecTableWriter : public FecTable<Tag, TableWriter> {
          placeVias();
          first = extents_.take(count);
       }
-      if (!first) {
-         throw TableFull(this->path() + ": " + std::string(Record::name) + " table is full, room for " +
-                         std::to_string(this->core_.file().shape().arenaCapacity) + " vias");
+      while (!first) {
+         this->core_.growArena();
+         extents_.capacityIs(this->core_.file().shape().arenaCapacity);
+         first = extents_.take(count);
       }
       return *first;
    }
 
-   void writeVias(U32 firstVia, std::span<Fib::Via const> vias) {
+   void writeVias(Record& record, std::span<Fib::Via const> vias) {
+      written_.clear();
+      for (Fib::Via const& via : vias) {
+         written_.push_back(std::bit_cast<WordsOf<Records::ViaRecord>>(Records::toRecord(via)));
+      }
+      record.sum = record.sumWith(written_.data());
       // Whoever still reads what was here before learns from its record that this is no longer its place.
       fence(std::memory_order_release);
-      auto* to = this->core_.elementsAt(firstVia, static_cast<U32>(vias.size()));
-      for (Fib::Via const& via : vias) {
-         auto const words = std::bit_cast<WordsOf<Records::ViaRecord>>(Records::toRecord(via));
+      auto* to = this->core_.elementsAt(record.firstVia, record.viaCount);
+      for (auto const& words : written_) {
          storeWords(to, words.data(), words.size());
          to += words.size();
+      }
+   }
+
+   // What the writer before this one left whole and a fault has changed since.
+   void dropDamaged() {
+      std::vector<typename Record::Key> damaged;
+      Fec fec;
+      this->core_.walk([&](Record const& record) {
+         try {
+            (void)this->fec(Fib::FecId(record.key.fecId), fec);
+         } catch (std::runtime_error const&) {
+            damaged.push_back(record.key);
+         }
+      });
+      for (auto const& key : damaged) {
+         this->core_.recordDel(key);
       }
    }
 
@@ -205,6 +237,7 @@ class FecTableWriter : public FecTable<Tag, TableWriter> {
    }
 
    Extents extents_;
+   std::vector<WordsOf<Records::ViaRecord>> written_;
 };
 
 namespace Fib {

@@ -15,20 +15,37 @@
 //
 //    header | bucket heads | slots | arena          each part begins on a page of its own
 //
-// Everything is an index, never a pointer. The file has its full size from the start and is sparse: slots and arena are
-// used from the front, so a part costs memory only once it is reached. A slot holds one record, and its place never
-// changes while the record is in the table. A link is a slot index plus one; zero ends a chain, and so does untouched
-// memory.
+// Everything is an index, never a pointer. The file has its full size from the start, and the memory for it: whoever
+// reads or writes it later needs none. A slot holds one record, and its place never changes while the record is in the
+// table. A table that is full is succeeded by a larger file in its place, in which every record has the slot that it
+// had.
 namespace Vault {
 
 inline constexpr U64 tableMagic = 0x656c626154746c56;  // "VltTable"
-inline constexpr U32 layoutVersion = 1;
+inline constexpr U32 layoutVersion = 2;
 inline constexpr U32 maxCapacity = U32{1} << 27;
 inline constexpr U32 maxArenaCapacity = U32{1} << 30;
 inline constexpr U64 pageSize = 4096;
 
+// Which table a file is: the load that made its state, and the number of its path in it. Zeros are any table.
+struct TableId {
+   U64 load = 0;
+   U64 table = 0;
+
+   bool operator==(TableId const&) const = default;
+};
+
+// A number that writers change all the while, twice in one word, so that a reader sees when it is damaged.
+class Twice {
+ public:
+   static constexpr U64 of(U32 number) noexcept { return U64{number} << 32U | static_cast<U32>(~number); }
+   static constexpr bool agree(U64 word) noexcept { return (word >> 32U) == static_cast<U32>(~word); }
+   static constexpr U32 number(U64 word) noexcept { return static_cast<U32>(word >> 32U); }
+};
+
 struct TableHeader {
-   // Written once. The magic goes in last, so that a file without it was never finished.
+   // Written once. The magic goes in last, so that a file without it was never finished. The sum is over all of it but
+   // the magic. The seed scatters keys; the generation counts the files that the table has had.
    U64 magic;
    U32 version;
    U32 recordSize;
@@ -37,16 +54,22 @@ struct TableHeader {
    U32 bucketCount;
    U32 arenaCapacity;
    U32 elementSize;
-   std::array<U64, 3> reserved;
-   // Written all the while: slots that were ever used, records that are in the table now, and the sequence of the index
-   // as a whole, which is odd while a writer rebuilds it.
-   U32 highWater;
-   U32 live;
-   U32 structure;
-   U32 reserved1;
-   std::array<U64, 6> reserved2;
+   TableId id;
+   U64 seed;
+   U64 generation;
+   U64 sum;
+   std::array<U64, 6> reserved;
+   // Written all the while, each twice: slots that were ever used; records that are in the table now; the sequence of
+   // the index as a whole, which is odd while a writer rebuilds it; the sequence of what is in the table, odd while a
+   // record comes or goes; and whether another file takes, or has taken, this one's place.
+   U64 highWater;
+   U64 live;
+   U64 structure;
+   U64 population;
+   U64 succeeded;
+   std::array<U64, 3> reserved2;
 };
-static_assert(sizeof(TableHeader) == 128 && offsetof(TableHeader, highWater) == 64);
+static_assert(sizeof(TableHeader) == 192 && offsetof(TableHeader, highWater) == 128);
 static_assert(std::has_unique_object_representations_v<TableHeader>);
 
 // A slot's sequence: the two low bits say what the slot is, the others count its changes. A reader that saw the same
@@ -177,14 +200,46 @@ inline void fence(std::memory_order order) noexcept {
 
 // Mixes the words of a key; the low bits choose the bucket. A part of the layout: writer and readers must agree on it.
 template <class Key>
-constexpr U64 hashKey(Key const& key) noexcept {
-   U64 hash = 0;
+constexpr U64 hashKey(Key const& key, U64 seed) noexcept {
+   U64 hash = seed;
    for (U64 const word : std::bit_cast<WordsOf<Key>>(key)) {
       hash = (hash ^ word) * 0xd6e8feb86659fd93;
       hash = (hash ^ (hash >> 32)) * 0xd6e8feb86659fd93;
       hash ^= hash >> 32;
    }
    return hash;
+}
+
+// A link leads to a slot of the table, in the chain of a bucket. Zero ends the chain, and so does untouched memory. It
+// is the slot's number, counted from one, below a check that every flipped bit breaks, as does the chain of nearly
+// every other bucket.
+constexpr U32 linkTo(U32 slot, U32 bucket) noexcept {
+   U32 check = (slot + 1) ^ bucket;
+   check ^= check >> 16U;
+   check ^= check >> 8U;
+   check ^= check >> 4U;
+   return (slot + 1) | check << 28U;
+}
+constexpr U32 linkedSlot(U32 link) noexcept {
+   return (link & ~(15U << 28U)) - 1;
+}
+
+// A checksum of what no reader can measure otherwise. Any one bit that changes, changes it; a writer that means harm
+// can make it.
+constexpr U64 sumWords(U64 const* words, std::size_t count, U64 sum = 0) noexcept {
+   for (std::size_t i = 0; i < count; ++i) {
+      sum = std::rotl(sum, 5) + words[i] * 0xd6e8feb86659fd93;
+   }
+   return sum;
+}
+// What is kept of a sum where there is no room for all of it: either half shows every bit that changed.
+constexpr U64 foldedSum(U64 sum) noexcept {
+   return sum ^ std::rotl(sum, 32);
+}
+template <class T>
+constexpr U64 sumOf(T const& value, U64 sum = 0) noexcept {
+   auto const words = std::bit_cast<WordsOf<T>>(value);
+   return sumWords(words.data(), words.size(), sum);
 }
 
 }  // namespace Vault

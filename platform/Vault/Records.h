@@ -51,6 +51,7 @@ inline Lumen::Ip6Prefix toPrefix(PrefixKey6 const& key) {
    return Lumen::Ip6Prefix(Lumen::Ip6Addr(key.high, key.low), static_cast<U8>(key.length));
 }
 
+// The sum is over the rest of the record.
 template <class KeyType>
 struct RouteRecord {
    using Key = KeyType;
@@ -62,21 +63,30 @@ struct RouteRecord {
    U32 srcVrfId;
    U8 routeType;
    U8 preference;
-   std::array<U8, 6> zero;
+   std::array<U8, 6> sum;
 
-   bool isPossible() const noexcept { return isPrefix(key); }
+   // The six upper bytes of the sum stand above type and preference in the last word.
+   U64 sealed() const noexcept {
+      static_assert(std::endian::native == std::endian::little);
+      auto const words = std::bit_cast<WordsOf<RouteRecord>>(*this);
+      U64 const rest = words.back() & 0xffffU;
+      return (foldedSum(sumWords(words.data(), words.size() - 1, sumWords(&rest, 1))) & ~U64{0xffff}) | rest;
+   }
+   bool isPossible() const noexcept {
+      return std::bit_cast<WordsOf<RouteRecord>>(*this).back() == sealed() && isPrefix(key);
+   }
 };
 
 struct RouteRecord4 : RouteRecord<PrefixKey4> {
    static constexpr std::string_view name = "Vault::Fib::Route";
    static constexpr std::string_view fields =
-       "address:U32 length:U8 zero:U24 fecId:U64 metric:U32 srcVrfId:U32 routeType:U8 preference:U8 zero:U48";
+       "address:U32 length:U8 zero:U24 fecId:U64 metric:U32 srcVrfId:U32 routeType:U8 preference:U8 sum:U48";
 };
 
 struct RouteRecord6 : RouteRecord<PrefixKey6> {
    static constexpr std::string_view name = "Vault::Fib6::Route";
    static constexpr std::string_view fields =
-       "high:U64 low:U64 length:U64 fecId:U64 metric:U32 srcVrfId:U32 routeType:U8 preference:U8 zero:U48";
+       "high:U64 low:U64 length:U64 fecId:U64 metric:U32 srcVrfId:U32 routeType:U8 preference:U8 sum:U48";
 };
 
 static_assert(TableRecord<RouteRecord4> && sizeof(RouteRecord4) == 32);
@@ -95,13 +105,16 @@ Route toRoute(Record const& record) {
 
 template <class Record, class Route>
 Record toRecord(Route const& route) noexcept {
-   return {{.key = toKey(route.prefix),
-            .fecId = route.fecId.value(),
-            .metric = route.metric,
-            .srcVrfId = route.srcVrfId,
-            .routeType = static_cast<U8>(route.routeType),
-            .preference = route.preference,
-            .zero = {}}};
+   Record record{{.key = toKey(route.prefix),
+                  .fecId = route.fecId.value(),
+                  .metric = route.metric,
+                  .srcVrfId = route.srcVrfId,
+                  .routeType = static_cast<U8>(route.routeType),
+                  .preference = route.preference,
+                  .sum = {}}};
+   auto words = std::bit_cast<WordsOf<Record>>(record);
+   words.back() = record.sealed();
+   return std::bit_cast<Record>(words);
 }
 
 // A via, an element of the arena of a FEC table.
@@ -127,12 +140,12 @@ struct FecKey {
 };
 
 // A FEC: its vias are `viaCount` elements of the arena from `firstVia` on. They belong to the record; whoever changes
-// them changes its sequence.
+// them changes its sequence. The sum is over all of it, its vias included.
 struct FecRecordBase {
    using Key = FecKey;
    using Element = ViaRecord;
    static constexpr std::string_view fields =
-       "fecId:U64 firstVia:U32 viaCount:U16 primaryVias:U16 vias(tunnelId:U64 fecId:U64 hop:U64x2 intfId:U8x24 "
+       "fecId:U64 firstVia:U32 viaCount:U16 primaryVias:U16 sum:U64 vias(tunnelId:U64 fecId:U64 hop:U64x2 intfId:U8x24 "
        "label:U32 "
        "forwardingVrf:U32 weight:U16 forwardingAction:U8 hopFamily:U8 zero:U32)";
 
@@ -140,7 +153,13 @@ struct FecRecordBase {
    U32 firstVia;
    U16 viaCount;
    U16 primaryVias;
+   U64 sum;
 
+   U64 sumWith(WordsOf<ViaRecord> const* vias) const noexcept {
+      FecRecordBase unsummed = *this;
+      unsummed.sum = 0;
+      return viaCount == 0 ? sumOf(unsummed) : sumWords(vias->data(), viaCount * vias->size(), sumOf(unsummed));
+   }
    bool isPossible() const noexcept { return key.fecId != 0 && viaCount <= Fib::maxVias; }
 };
 
@@ -160,7 +179,7 @@ template <>
 struct FecRecord<FibGen::ForwardingStatus> : FecRecordBase {
    static constexpr std::string_view name = "Vault::FibGen::Fec";
 };
-static_assert(TableRecord<FecRecord<Fib::ForwardingStatus>> && sizeof(FecRecordBase) == 16);
+static_assert(TableRecord<FecRecord<Fib::ForwardingStatus>> && sizeof(FecRecordBase) == 24);
 
 KIV_EXPORT ViaRecord toRecord(Fib::Via const& via) noexcept;
 // Label, weight and FEC id are carried as they are. False when the interface or the family of the hop is none that

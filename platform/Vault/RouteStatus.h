@@ -18,7 +18,7 @@ class RouteTable : public TableEntity<Core<Record>> {
    using RouteType = Route;
    using Prefix = decltype(Route::prefix);
 
-   U64 routes() const noexcept { return this->core_.live(); }
+   U64 routes() const { return this->core_.live(); }
 
    // Nothing when there is no such route. CorruptionError when the index is broken.
    std::optional<Route> route(Prefix const& prefix) const {
@@ -39,7 +39,7 @@ class RouteTable : public TableEntity<Core<Record>> {
  private:
    Route decoded(Record const& record) const {
       if (!record.isPossible()) [[unlikely]] {
-         this->core_.file().corrupted("impossible prefix, length", record.key.length);
+         this->core_.file().corrupted("damaged route, prefix length", record.key.length);
       }
       return Records::toRoute<Route>(record);
    }

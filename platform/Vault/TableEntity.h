@@ -18,14 +18,19 @@ template <class Core>
 class TableEntity : public Zam::PtrInterface {
  public:
    // The table that is there, for a reader or for its next writer.
-   explicit TableEntity(std::string path) : core_(std::move(path)) {}
+   explicit TableEntity(Place place) : core_(std::move(place)) {}
    // For a writer, a new one in its place.
-   TableEntity(std::string path,
-               TableFile::Sizes sizes) requires std::is_constructible_v<Core, std::string, TableFile::Sizes>
-       : core_(std::move(path), sizes) {}
+   TableEntity(Place place, TableFile::Sizes sizes,
+               When when = When::now) requires std::is_constructible_v<Core, Place, TableFile::Sizes, When>
+       : core_(std::move(place), sizes, when) {}
+   void putInPlace() requires requires(Core& core) { core.putInPlace(); }
+   { core_.putInPlace(); }
+   // Whether a writer's table may grow when it is full, which it may until it is told otherwise.
+   void growingIs(bool growing) requires requires(Core& core) { core.growingIs(growing); }
+   { core_.growingIs(growing); }
 
    // Whether there is nothing in the table at all: one load.
-   bool empty() const noexcept { return core_.empty(); }
+   bool empty() const { return core_.empty(); }
    std::string const& path() const noexcept { return core_.file().path(); }
    // Entries that were passed over because they were being written and did not come to rest.
    U64 vanished() const noexcept { return core_.file().vanished(); }

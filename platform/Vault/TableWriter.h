@@ -2,6 +2,7 @@
 
 #include "Vault/Table.h"
 
+#include <cstring>
 #include <vector>
 
 namespace Vault {
@@ -12,6 +13,10 @@ namespace Vault {
 // middle costs that record; the next writer takes it out when it opens the table, links what was not linked yet, counts
 // again, and finds the free slots, which only a writer needs to know. Where it meets a broken chain, then or later, it
 // rebuilds the index. Readers find the records that stay all through this.
+//
+// A table that is full is succeeded by one of twice the size: the writer fills it beside its place, with every record
+// where it was, marks the old one and puts the new one in its place. Readers go over with their next call; a walk that
+// is under way goes on over the same slots.
 template <TableRecord Record>
 class TableWriter : public Table<Record> {
  public:
@@ -20,10 +25,19 @@ class TableWriter : public Table<Record> {
    using Sizes = TableFile::Sizes;
 
    // Opens the table that is there, or makes a new one in its place.
-   explicit TableWriter(std::string path) : TableWriter(TableFile::openWriter(std::move(path), Base::layout)) {}
-   TableWriter(std::string path, Sizes sizes) : TableWriter(TableFile::create(std::move(path), Base::layout, sizes)) {}
+   explicit TableWriter(Place place) : TableWriter(TableFile::openWriter(std::move(place), Base::layout)) {}
+   TableWriter(Place place, Sizes sizes, When when = When::now)
+       : TableWriter(TableFile::create(std::move(place), Base::layout, sizes, when)) {
+      if (when == When::now) {
+         putInPlace();
+      }
+   }
+   // Of a new table that was to wait.
+   void putInPlace() { file_.putInPlace(); }
 
-   // Adds the record or replaces the one of its key. TableFull when there is no slot left.
+   // Whether the table may grow, which it may until it is told otherwise.
+   void growingIs(bool growing) noexcept { growing_ = growing; }
+   // Adds the record or replaces the one of its key. TableFull when there is no slot left and it cannot grow.
    void recordIs(Record const& record);
    // False when there was none.
    bool recordDel(Key const& key);
@@ -31,6 +45,8 @@ class TableWriter : public Table<Record> {
    U64* elementsAt(U32 first, U32 count) noexcept {
       return reinterpret_cast<U64*>(const_cast<std::byte*>(file_.elementsAt(first, count)));
    }
+   // Makes the arena twice as large, or as much as it may be; TableFull when it cannot grow.
+   void growArena();
    // Records that were taken out as unfinished or impossible when the table was opened.
    U32 repaired() const noexcept { return repaired_; }
 
@@ -39,7 +55,7 @@ class TableWriter : public Table<Record> {
    using typename Base::SlotType;
    static constexpr U32 nowhere = ~U32{0};
    // Where a record is, and the link that leads there.
-   struct Place {
+   struct Position {
       U32 index = nowhere;
       U32* link = nullptr;
       bool broken = false;
@@ -48,20 +64,41 @@ class TableWriter : public Table<Record> {
    explicit TableWriter(TableFile file) : Base(std::move(file)) { repair(); }
 
    SlotType& slotAt(U32 index) { return const_cast<SlotType&>(Base::slotAt(index)); }
-   U32& headOf(Key const& key) { return const_cast<U32&>(file_.bucketAt(Base::bucketOf(key))); }
+   U32& headOf(U32 bucket) { return const_cast<U32&>(file_.bucketAt(bucket)); }
    Record recordAt(U32 index);
    U32 freeSlot();
-   Place follow(Key const& key);
-   Place locate(Key const& key);
+   Position follow(Key const& key);
+   Position locate(Key const& key);
    void write(SlotType& slot, Record const& record, SlotState during);
-   void link(U32 index, Key const& key);
-   void liveIs(U32 live) { store(file_.header().live, live); }
+   void liveIs(U32 live) { file_.numberIs(&TableHeader::live, live); }
+   void highWaterIs(U32 end) { file_.numberIs(&TableHeader::highWater, end, std::memory_order_release); }
+   // While one lives, records come or go.
+   class Change {
+    public:
+      explicit Change(TableFile& file) : file_(file), before_(file.number(&TableHeader::population, 0) & ~1U) {
+         file_.numberIs(&TableHeader::population, before_ + 1);
+         fence(std::memory_order_release);
+      }
+      Change(Change const&) = delete;
+      Change& operator=(Change const&) = delete;
+      ~Change() { file_.numberIs(&TableHeader::population, before_ + 2, std::memory_order_release); }
+
+    private:
+      TableFile& file_;
+      U32 before_;
+   };
+   void linkAll();
    void rebuildIndex();
+   void grow(Sizes sizes);
+   void succeed(TableFile& next);
+   void copyTo(TableFile& next);
+   [[noreturn]] void full(std::string const& why) const;
    void repair();
    bool isIndexSound();
 
    std::vector<U32> free_;
    U32 repaired_ = 0;
+   bool growing_ = true;
 };
 
 template <TableRecord Record>
@@ -72,19 +109,21 @@ Record TableWriter<Record>::recordAt(U32 index) {
 }
 
 template <TableRecord Record>
-auto TableWriter<Record>::follow(Key const& key) -> Place {
-   Place place{.link = &headOf(key)};
+auto TableWriter<Record>::follow(Key const& key) -> Position {
+   U32 const bucket = Base::bucketOf(key);
+   Position place{.link = &headOf(bucket)};
    U32 const end = this->highWater();
    for (U32 steps = 0; U32 const link = load(*place.link); ++steps) {
-      place.index = link - 1;
-      if (steps > end || place.index >= end || slotState(load(slotAt(place.index).sequence)) != SlotState::live) {
+      place.index = linkedSlot(link);
+      if (steps > end || place.index >= end || link != linkTo(place.index, bucket) ||
+          slotState(load(slotAt(place.index).sequence)) != SlotState::live) {
          return {.broken = true};
       }
       Key const met = recordAt(place.index).key;
       if (met == key) {
          return place;
       }
-      if (Base::bucketOf(met) != Base::bucketOf(key)) {
+      if (Base::bucketOf(met) != bucket) {
          return {.broken = true};
       }
       place.link = &slotAt(place.index).next;
@@ -93,8 +132,8 @@ auto TableWriter<Record>::follow(Key const& key) -> Place {
 }
 
 template <TableRecord Record>
-auto TableWriter<Record>::locate(Key const& key) -> Place {
-   Place place = follow(key);
+auto TableWriter<Record>::locate(Key const& key) -> Position {
+   Position place = follow(key);
    if (place.broken) [[unlikely]] {
       rebuildIndex();
       place = follow(key);
@@ -107,12 +146,65 @@ U32 TableWriter<Record>::freeSlot() {
    if (!free_.empty()) {
       return free_.back();
    }
-   U32 const next = this->highWater();
-   if (next == file_.shape().capacity) {
-      throw TableFull(file_.path() + ": " + std::string(Record::name) + " table is full, capacity " +
-                      std::to_string(next));
+   TableShape const& shape = file_.shape();
+   if (this->highWater() == shape.capacity) {
+      grow({static_cast<U32>(std::min(U64{shape.capacity} * 2, U64{maxCapacity})), shape.arenaCapacity});
    }
-   return next;
+   return this->highWater();
+}
+
+template <TableRecord Record>
+void TableWriter<Record>::growArena() {
+   TableShape const& shape = file_.shape();
+   grow({shape.capacity, static_cast<U32>(std::min(U64{shape.arenaCapacity} * 2 + 1024, U64{maxArenaCapacity}))});
+}
+
+template <TableRecord Record>
+void TableWriter<Record>::full(std::string const& why) const {
+   throw TableFull(file_.path() + ": " + std::string(Record::name) + " table is full, " + why);
+}
+
+template <TableRecord Record>
+void TableWriter<Record>::grow(Sizes sizes) {
+   TableShape const& shape = file_.shape();
+   if (!growing_ || (sizes.capacity == shape.capacity && sizes.arenaCapacity == shape.arenaCapacity)) {
+      full("capacity " + std::to_string(shape.capacity) +
+           (shape.arenaCapacity != 0 ? ", room for " + std::to_string(shape.arenaCapacity) + " vias" : ""));
+   }
+   try {
+      TableFile next = file_.successor(Base::layout, sizes);
+      copyTo(next);
+      succeed(next);
+   } catch (MountError const& error) {
+      full(error.what());
+   }
+}
+
+// All that it holds but the index, which depends on the size.
+template <TableRecord Record>
+void TableWriter<Record>::copyTo(TableFile& next) {
+   auto const bytes = U64{this->highWater()} * sizeof(SlotType);
+   std::memcpy(const_cast<std::byte*>(next.slotAt(0)), file_.slotAt(0), bytes);
+   U32 const elements = file_.shape().arenaCapacity;
+   std::memcpy(const_cast<std::byte*>(next.elementsAt(0, elements)), file_.elementsAt(0, elements),
+               U64{elements} * file_.shape().elementSize);
+   for (U64 TableHeader::*which : {&TableHeader::highWater, &TableHeader::live, &TableHeader::population}) {
+      store(next.header().*which, load(file_.header().*which));
+   }
+}
+
+template <TableRecord Record>
+void TableWriter<Record>::succeed(TableFile& next) {
+   file_.exchange(next);
+   linkAll();
+   next.numberIs(&TableHeader::succeeded, 1, std::memory_order_release);
+   try {
+      file_.putInPlace();
+   } catch (MountError const&) {
+      file_.exchange(next);
+      file_.numberIs(&TableHeader::succeeded, 0, std::memory_order_release);
+      throw;
+   }
 }
 
 template <TableRecord Record>
@@ -126,73 +218,79 @@ void TableWriter<Record>::write(SlotType& slot, Record const& record, SlotState 
 }
 
 template <TableRecord Record>
-void TableWriter<Record>::link(U32 index, Key const& key) {
-   store(headOf(key), index + 1, std::memory_order_release);
-}
-
-template <TableRecord Record>
 void TableWriter<Record>::recordIs(Record const& record) {
-   Place const place = locate(record.key);
+   Position const place = locate(record.key);
+   file_.checkWhole();
    if (place.index != nowhere) {
       write(slotAt(place.index), record, SlotState::updating);
       return;
    }
    U32 const index = freeSlot();
+   U32 const bucket = Base::bucketOf(record.key);
+   Change const change(file_);
    SlotType& slot = slotAt(index);
    store(slot.sequence, nextSequence(load(slot.sequence), SlotState::filling));
    fence(std::memory_order_release);
-   store(slot.next, load(headOf(record.key)));
+   store(slot.next, load(headOf(bucket)));
    write(slot, record, SlotState::filling);
    if (!free_.empty()) {
       free_.pop_back();
    } else {
-      store(file_.header().highWater, index + 1, std::memory_order_release);
+      highWaterIs(index + 1);
    }
-   link(index, record.key);
+   store(headOf(bucket), linkTo(index, bucket), std::memory_order_release);
    liveIs(this->live() + 1);
 }
 
 template <TableRecord Record>
 bool TableWriter<Record>::recordDel(Key const& key) {
-   Place const place = locate(key);
+   Position const place = locate(key);
+   file_.checkWhole();
    if (place.index == nowhere) {
       return false;
    }
-   free_.reserve(free_.size() + 1);
+   free_.push_back(place.index);
+   Change const change(file_);
    SlotType& slot = slotAt(place.index);
    store(*place.link, load(slot.next), std::memory_order_release);
    store(slot.sequence, nextSequence(load(slot.sequence), SlotState::free), std::memory_order_release);
-   free_.push_back(place.index);
    liveIs(this->live() - 1);
    return true;
 }
 
 template <TableRecord Record>
-void TableWriter<Record>::rebuildIndex() {
-   U32& structure = file_.header().structure;
-   store(structure, load(structure) | 1U);
-   fence(std::memory_order_release);
-   for (U32 bucket = 0; bucket < file_.shape().bucketCount; ++bucket) {
-      if (U32& head = const_cast<U32&>(file_.bucketAt(bucket)); load(head) != 0) {
-         store(head, 0);
-      }
-   }
+void TableWriter<Record>::linkAll() {
    U32 const end = this->highWater();
    for (U32 i = 0; i < end; ++i) {
       if (slotState(load(slotAt(i).sequence)) == SlotState::live) {
-         Key const key = recordAt(i).key;
-         store(slotAt(i).next, load(headOf(key)));
-         link(i, key);
+         U32 const bucket = Base::bucketOf(recordAt(i).key);
+         store(slotAt(i).next, load(headOf(bucket)));
+         store(headOf(bucket), linkTo(i, bucket), std::memory_order_release);
       }
    }
-   store(structure, load(structure) + 1, std::memory_order_release);
+}
+
+template <TableRecord Record>
+void TableWriter<Record>::rebuildIndex() {
+   U32 const sequence = file_.number(&TableHeader::structure, 0) | 1U;
+   file_.numberIs(&TableHeader::structure, sequence);
+   fence(std::memory_order_release);
+   for (U32 bucket = 0; bucket < file_.shape().bucketCount; ++bucket) {
+      if (U32& head = headOf(bucket); load(head) != 0) {
+         store(head, 0);
+      }
+   }
+   linkAll();
+   file_.numberIs(&TableHeader::structure, sequence + 1, std::memory_order_release);
 }
 
 template <TableRecord Record>
 void TableWriter<Record>::repair() {
+   Change const change(file_);
    U32 const end = this->highWater();
-   store(file_.header().highWater, end, std::memory_order_release);
-   bool sound = (load(file_.header().structure) & 1U) == 0;
+   highWaterIs(end);
+   file_.numberIs(&TableHeader::succeeded, 0, std::memory_order_release);
+   bool sound = Twice::agree(load(file_.header().structure)) && (file_.number(&TableHeader::structure, 0) & 1U) == 0;
    for (U32 i = 0; i < end; ++i) {
       U32& sequence = slotAt(i).sequence;
       SlotState const state = slotState(load(sequence));
@@ -219,7 +317,7 @@ bool TableWriter<Record>::isIndexSound() {
    free_.clear();
    for (U32 i = this->highWater(); i-- > 0;) {
       U32& sequence = slotAt(i).sequence;
-      Place const place = slotState(load(sequence)) == SlotState::live ? follow(recordAt(i).key) : Place();
+      Position const place = slotState(load(sequence)) == SlotState::live ? follow(recordAt(i).key) : Position();
       if (place.index != nowhere && place.index != i) {
          store(sequence, nextSequence(load(sequence), SlotState::free), std::memory_order_release);
          ++repaired_;

@@ -60,8 +60,9 @@ class VrfPrefixTableWriter : public VrfPrefixTable<Record, TableWriter> {
    using Base = VrfPrefixTable<Record, TableWriter>;
 
  public:
-   explicit VrfPrefixTableWriter(std::string path) : Base(std::move(path)) { recount(); }
-   VrfPrefixTableWriter(std::string path, TableFile::Sizes sizes) : Base(std::move(path), sizes) {}
+   explicit VrfPrefixTableWriter(Place place) : Base(std::move(place)) { recount(); }
+   VrfPrefixTableWriter(Place place, TableFile::Sizes sizes, When when = When::now)
+       : Base(std::move(place), sizes, when) {}
 
    // Entries that the writer before this one had left unfinished.
    U32 repaired() const noexcept { return this->core_.repaired(); }

@@ -8,6 +8,8 @@
 #include "Vault/UnprogrammedRouteStatus.h"
 #include "support/Testing.h"
 
+#include <sys/stat.h>
+
 namespace Hive {
 
 namespace {
@@ -34,14 +36,16 @@ TEST_F(EntityManagerTest, needsADirectoryOfItsOwnVersion) {
    fs::create_directories(dir_);
    expect("is not a state directory, it has no hive.json");
    for (auto const& [stamp, said] : {std::pair("", "is not a state directory, it has no hive.json"),
-                                     {"something else", "state version 0, this program needs 1"},
-                                     {"{\"stateVersion\": 2}\n", "state version 2, this program needs 1"}}) {
+                                     {"something else", "state version 0, this program needs 2"},
+                                     {"{\"stateVersion\": 1}\n", "state version 1, this program needs 2"}}) {
       std::ofstream(dir_ / "hive.json") << stamp;
       expect(said);
    }
    EntityManager::stateDirIs(dir_.string());
-   expect("state version 2, this program needs 1");  // a stamp that is there is left alone
+   expect("state version 1, this program needs 2");  // a stamp that is there is left alone
    fs::remove(dir_ / "hive.json");
+   ASSERT_EQ(::mkfifo((dir_ / "hive.json").c_str(), 0600), 0);
+   expect("is not a state directory, it has no hive.json");
    EntityManager::stateDirIs(dir_.string());
    expect("");
    fs::remove_all(dir_);
@@ -66,24 +70,34 @@ TEST_F(EntityManagerTest, createsAndMountsTablesByPathAndName) {
    EXPECT_EQ(manager->open<Vault::Fib::RouteStatusWriter>("fib/route/0")->routes(), 1U);
    EXPECT_THROW(manager->open<Vault::Fib::RouteStatusWriter>("fib/route/1"), Vault::MountError);
 
-   auto const expectMounted = [&]<class Writer>(std::type_identity<Writer>, std::string_view type) {
-      manager->create<Writer>("t/0", 1);
-      auto const entity = manager->mountEntity("t/0", type);
-      ASSERT_NE(entity, nullptr) << type;
-      EXPECT_EQ(entity->fwkType(), type);
+   EXPECT_EQ(manager->mountEntity("fib/route/0", "Vault::Fib::RouteStatus")->fwkType(), "Vault::Fib::RouteStatus");
+   // Each is mounted by its own name, and by no other.
+   auto const make = [&]<class Writer>(std::type_identity<Writer>) {
+      auto const any = Zam::makePtr<Writer>(root_ / "any", Vault::TableFile::Sizes{1});
+      manager->create<Writer>("t/" + std::string(any->fwkType()), 1);
    };
-   using std::type_identity;
-   expectMounted(type_identity<Vault::Fib6::RouteStatusWriter>(), "Vault::Fib6::RouteStatus");
-   expectMounted(type_identity<Vault::Fib::ForwardingStatusWriter>(), "Vault::Fib::ForwardingStatus");
-   expectMounted(type_identity<Vault::Fib6::ForwardingStatusWriter>(), "Vault::Fib6::ForwardingStatus");
-   expectMounted(type_identity<Vault::FibGen::ForwardingStatusWriter>(), "Vault::FibGen::ForwardingStatus");
-   expectMounted(type_identity<Vault::Fib::UnprogrammedRouteStatusWriter>(), "Vault::Fib::UnprogrammedRouteStatus");
-   expectMounted(type_identity<Vault::KernelUnprogrammedRoute::UnprogrammedRouteWriter>(),
-                 "Vault::KernelUnprogrammedRoute::UnprogrammedRoute");
-   expectMounted(type_identity<NexthopGroup::EntryStatusWriter>(), "NexthopGroup::EntryStatus");
-   expectMounted(type_identity<Routing::NexthopGroup::NexthopGroupEntryToCounterKeyTableWriter>(),
-                 "Routing::NexthopGroup::NexthopGroupEntryToCounterKeyTable");
-   expectMounted(type_identity<FlexCounters::CounterTableWriter>(), "FlexCounters::CounterTable");
+   auto const mountable = [&](auto... writers) {
+      (make(writers), ...);
+      for (fs::directory_entry const& made : fs::directory_iterator(dir_ / "t")) {
+         auto const name = made.path().filename().string();
+         for (fs::directory_entry const& other : fs::directory_iterator(dir_ / "t")) {
+            auto type = other.path().filename().string();
+            type.resize(type.size() - std::string_view("Writer").size());
+            auto const said = testsupport::complaintOf<Vault::MountError>(
+                [&] { EXPECT_EQ(manager->mountEntity("t/" + name, type)->fwkType(), type); });
+            EXPECT_EQ(said.empty(), type + "Writer" == name) << type << " in " << name;
+         }
+      }
+   };
+   mountable(std::type_identity<Vault::Fib::RouteStatusWriter>(), std::type_identity<Vault::Fib6::RouteStatusWriter>(),
+             std::type_identity<Vault::Fib::ForwardingStatusWriter>(),
+             std::type_identity<Vault::Fib6::ForwardingStatusWriter>(),
+             std::type_identity<Vault::FibGen::ForwardingStatusWriter>(),
+             std::type_identity<Vault::Fib::UnprogrammedRouteStatusWriter>(),
+             std::type_identity<Vault::KernelUnprogrammedRoute::UnprogrammedRouteWriter>(),
+             std::type_identity<NexthopGroup::EntryStatusWriter>(),
+             std::type_identity<Routing::NexthopGroup::NexthopGroupEntryToCounterKeyTableWriter>(),
+             std::type_identity<FlexCounters::CounterTableWriter>());
    EXPECT_THROW(manager->mountEntity("t/0", "Vault::Fib::Nothing"), StateError);
 }
 
@@ -101,9 +115,64 @@ TEST_F(EntityManagerTest, pathsStayBelowTheDirectory) {
       EXPECT_TRUE(manager.exists(path));
    }
    // A file stands where a directory is to be, and a directory where a file is to be.
-   EXPECT_THROW(manager.create<Vault::Fib::RouteStatusWriter>("a/b", 1), StateError);
+   EXPECT_THROW(manager.create<Vault::Fib::RouteStatusWriter>("a/b", 1), Vault::MountError);
    EXPECT_THROW(manager.create<Vault::Fib::RouteStatusWriter>("b", 1), Vault::MountError);
    EXPECT_THROW(manager.mount<Vault::Fib::RouteStatus>("b"), Vault::MountError);
+}
+
+// What is not there at all is no table; what is there and cannot be read is never mistaken for it.
+TEST_F(EntityManagerTest, aTableThatIsLostOrMisplacedIsSaid) {
+   using Table = Vault::Fib::RouteStatus;
+   using Writer = Vault::Fib::RouteStatusWriter;
+   EntityManager::stateDirIs(dir_.string());
+   EntityManager::stateDirIs(root_ / "other");
+   EntityManager const manager(dir_.string());
+   EntityManager const other(root_ / "other");
+   EXPECT_NE(manager.load(), other.load());
+   manager.create<Writer>("t/0", 1);
+   manager.create<Writer>("t/1", 1);
+   other.create<Writer>("t/1", 1);
+   auto const said = [&](auto&& act) {
+      std::string const complaint = testsupport::complaintOf<Vault::MountError>(act);
+      return complaint.substr(std::min(complaint.size(), manager.stateDir().size() + 1));
+   };
+   auto const mounted = [&](std::string_view path) { return said([&] { manager.mount<Table>(path); }); };
+   EXPECT_EQ(mounted("t/0"), "");
+   EXPECT_EQ(manager.mount<Table>("t/2"), nullptr);
+   EXPECT_EQ(said([&] { manager.mountRequired<Table>("t/2"); }), "t/2: cannot be opened: No such file or directory");
+   fs::create_symlink("nowhere", dir_ / "t/3");
+   EXPECT_EQ(mounted("t/3"), "t/3: cannot be opened: No such file or directory");
+   ASSERT_EQ(::mkfifo((dir_ / "t/4").c_str(), 0600), 0);
+   EXPECT_EQ(mounted("t/4"), "t/4: is not a file");
+   EXPECT_EQ(mounted("t/0/5"), "t/0/5: cannot be opened: Not a directory");
+   fs::copy_file(dir_ / "t/1", dir_ / "t/0", fs::copy_options::overwrite_existing);
+   EXPECT_EQ(mounted("t/0"), "t/0: is another table than the one of this place");
+   fs::copy_file(root_ / "other/t/1", dir_ / "t/1", fs::copy_options::overwrite_existing);
+   EXPECT_EQ(mounted("t/1"), "t/1: is of another load than its state");
+}
+
+TEST_F(EntityManagerTest, readsOneDirectoryWhateverTakesItsPlace) {
+   using Writer = Vault::Fib::RouteStatusWriter;
+   EntityManager::stateDirIs(dir_.string());
+   EntityManager const before(dir_.string());
+   before.create<Writer>("t/0", 1)->routeIs({.prefix = Lumen::Prefix::parse("10.0.0.0/8")});
+   fs::rename(dir_, root_ / "moved");
+   EntityManager::stateDirIs(dir_.string());
+   EXPECT_EQ(EntityManager(dir_.string()).mount<Vault::Fib::RouteStatus>("t/0"), nullptr);
+   EXPECT_EQ(before.mount<Vault::Fib::RouteStatus>("t/0")->routes(), 1U);
+   before.replace<Writer>("t/0", {1}, [](Writer&) {});
+   EXPECT_EQ(before.mount<Vault::Fib::RouteStatus>("t/0")->routes(), 0U);
+}
+
+TEST_F(EntityManagerTest, nobodyElseMayWriteWhateverTheUmask) {
+   mode_t const before = ::umask(0);
+   EntityManager::stateDirIs(dir_.string());
+   EntityManager(dir_.string()).create<Vault::Fib::RouteStatusWriter>("t/0", 1);
+   ::umask(before);
+   for (fs::directory_entry const& entry : fs::recursive_directory_iterator(root_ / "state")) {
+      EXPECT_EQ(entry.status().permissions() & (fs::perms::group_write | fs::perms::others_write), fs::perms::none)
+          << entry.path();
+   }
 }
 
 }  // namespace Hive

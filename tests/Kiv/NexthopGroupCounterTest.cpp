@@ -80,7 +80,7 @@ TEST_F(NexthopGroupCounterTest, damagedTables) {
    ruinBuckets(keyPath);
    counters->counterKeyTable()->corruptionHookIs([&](std::string_view message) { told = message; });
    EXPECT_EQ(counters->getCounters(7, 0), CounterEntry());
-   EXPECT_EQ(told, box_.fileOf(keyPath) + ": slot 4008636141");
+   EXPECT_TRUE(told.starts_with(box_.fileOf(keyPath) + ": damaged chain of bucket ")) << told;
    std::ofstream(box_.fileOf(currentPath)) << "no table";
    EXPECT_THROW(helper(), Vault::MountError);
 }

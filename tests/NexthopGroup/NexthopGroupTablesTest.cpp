@@ -81,14 +81,14 @@ TEST_F(EntryStatusTest, namesHaveABound) {
 TEST_F(EntryStatusTest, damageCostsItsGroupAlone) {
    using Case = std::tuple<U64, U32, bool>;
    for (auto const& [offset, value, nameStays] :
-        {Case{offsetof(EntryRecord, id), 0, true}, Case{offsetof(EntryRecord, zero), 5, true},
+        {Case{offsetof(EntryRecord, id), 0, true}, Case{offsetof(EntryRecord, sum), 5, true},
          Case{2, 0x01010101, false}, Case{0, 0, false}}) {
       fill();
       patch(path_, row(13) + offset, value);
       EntryStatus const reader(path_);
       EXPECT_EQ(walked(reader).size(), groups - 1);
       EXPECT_EQ(reader.corruptions(), 1U);
-      EXPECT_TRUE(reader.corruption().starts_with(path_ + ": impossible nexthop group, id ")) << reader.corruption();
+      EXPECT_TRUE(reader.corruption().starts_with(path_ + ": damaged nexthop group, id ")) << reader.corruption();
       if (nameStays) {
          EXPECT_THROW(reader.nexthopGroupNameToId(nameOf(13)), Vault::CorruptionError);
          for (U32 i = 0; i < groups; ++i) {

@@ -6,7 +6,7 @@ namespace Vault::Testing {
 namespace {
 
 constexpr U32 staying = 300;
-constexpr U32 coming = 300;
+constexpr U32 coming = 1500;
 constexpr std::chrono::milliseconds duration(600);
 
 template <class Family>
@@ -28,32 +28,33 @@ class ConcurrentRouteTest : public TableTest {
 };
 TYPED_TEST_SUITE(ConcurrentRouteTest, RouteFamilies);
 
+// The table grows twice, under the readers' feet.
 TYPED_TEST(ConcurrentRouteTest, whatStaysIsAlwaysThereOnceAndWhole) {
    {
-      typename TypeParam::Writer writer(this->path_, {staying + coming});
-      for (U32 i = 0; i < staying + coming; ++i) {
+      typename TypeParam::Writer writer(this->path_, {staying});
+      for (U32 i = 0; i < staying; ++i) {
          writer.routeIs(patternRoute<TypeParam>(TypeParam::distinctPrefix(i), i));
       }
    }
+   typename TypeParam::Reader const reader(this->path_);
    OtherProcess writing([&] {
       typename TypeParam::Writer writer(this->path_);
       for (Random random(5);;) {
          this->write(writer, random);
       }
    });
-   typename TypeParam::Reader const reader(this->path_);
    Random random(6);
    U32 changes = 0;
    U32 last = 0;
    for (auto const start = std::chrono::steady_clock::now(); within(start, duration);) {
-      std::vector<U32> seen(staying);
+      std::map<decltype(TypeParam::Route::prefix), U32> seen;
       reader.walk([&](typename TypeParam::Route const& route) {
          EXPECT_TRUE(isWhole<TypeParam>(route)) << route.prefix;
-         for (U32 i = 0; i < staying; ++i) {
-            seen[i] += route.prefix == TypeParam::distinctPrefix(i) ? 1 : 0;
-         }
+         ++seen[route.prefix];
       });
-      ASSERT_EQ(seen, std::vector<U32>(staying, 1));
+      for (U32 i = 0; i < staying; ++i) {
+         ASSERT_EQ(seen[TypeParam::distinctPrefix(i)], 1U) << i;
+      }
       for (U32 lookups = 0; lookups < 2000; ++lookups) {
          U32 const i = random.below(staying + coming);
          auto const route = reader.route(TypeParam::distinctPrefix(i));
@@ -65,25 +66,27 @@ TYPED_TEST(ConcurrentRouteTest, whatStaysIsAlwaysThereOnceAndWhole) {
    }
    EXPECT_TRUE(writing.stop());
    EXPECT_GT(changes, 1000U);
+   EXPECT_GT(reader.routes(), staying) << "the reader went over to the larger table";
    EXPECT_EQ(reader.corruption(), "");
-   EXPECT_EQ(reader.vanished(), 0U);
 }
 
 // Two long chains that exchange slots all the while: whoever stands on one that has gone over must notice.
 TYPED_TEST(ConcurrentRouteTest, aSlotThatChangesChainsLeadsNobodyAstray) {
    constexpr U32 capacity = 64;
    constexpr std::size_t perChain = 20;
+   Zam::makePtr<typename TypeParam::Writer>(this->path_, TableFile::Sizes{capacity});
+   auto const seed = peek<U64>(this->path_, offsetof(TableHeader, seed));
    std::array<std::vector<decltype(TypeParam::Route::prefix)>, 2> chains;
    for (U32 i = 0; chains[0].size() < perChain || chains[1].size() < perChain; ++i) {
       auto const prefix = TypeParam::distinctPrefix(i);
-      U64 const bucket = hashKey(Records::toKey(prefix)) % capacity;
+      U64 const bucket = hashKey(Records::toKey(prefix), seed) % capacity;
       if (bucket < chains.size() && chains[bucket].size() < perChain) {
          chains[bucket].push_back(prefix);
       }
    }
    // The two that stay are the ends of their chains: everybody who looks for them passes all the others.
    {
-      typename TypeParam::Writer writer(this->path_, {capacity});
+      typename TypeParam::Writer writer(this->path_);
       writer.routeIs(patternRoute<TypeParam>(chains[0][0], 0));
       writer.routeIs(patternRoute<TypeParam>(chains[1][0], 1));
    }
@@ -104,13 +107,13 @@ TYPED_TEST(ConcurrentRouteTest, aSlotThatChangesChainsLeadsNobodyAstray) {
       }
    }
    EXPECT_TRUE(writing.stop());
-   EXPECT_EQ(reader.vanished(), 0U);
+   EXPECT_EQ(reader.corruption(), "");
 }
 
 // The writer is killed wherever it happens to be, over and over. Each next one finds a table that it can go on with,
 // and readers lose at most the entry that was being written.
 TYPED_TEST(ConcurrentRouteTest, aWriterMayEndAnywhere) {
-   Zam::makePtr<typename TypeParam::Writer>(this->path_, TableFile::Sizes{staying + coming});
+   Zam::makePtr<typename TypeParam::Writer>(this->path_, TableFile::Sizes{20});
    typename TypeParam::Reader const reader(this->path_);
    U32 repaired = 0;
    for (U32 round = 0; round < 40; ++round) {
@@ -139,7 +142,7 @@ TYPED_TEST(ConcurrentRouteTest, aWriterMayEndAnywhere) {
       EXPECT_EQ(left, writer.routes());
       EXPECT_EQ(left, met);
    }
-   EXPECT_EQ(reader.corruption(), "");
+   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(this->dir_ / ""), {}), 1) << "nothing is left beside it";
    this->RecordProperty("repaired", static_cast<int>(repaired));
 }
 
@@ -148,7 +151,7 @@ using ConcurrentFecTest = TableTest;
 TEST_F(ConcurrentFecTest, aFecIsReadAsItWasWrittenOrNotAtAll) {
    using Fec = Fib6::Fec;
    constexpr U32 fecs = 40;
-   // Sizes change all the while, in an arena so small that places are soon used again by other FECs.
+   // Sizes change all the while, in an arena so small that it grows, and that places are soon used again by other FECs.
    auto const write = [](Fib6::ForwardingStatusWriter& writer, Random& random) {
       U32 const version = random.number() & 0xffffffU;
       U32 const vias = version % 8 == 0 ? version % 601 : version % 7;
@@ -157,21 +160,18 @@ TEST_F(ConcurrentFecTest, aFecIsReadAsItWasWrittenOrNotAtAll) {
           [&](U32 i) { writer.fecDel(Fib::FecId(1 + i)); });
    };
    {
-      Fib6::ForwardingStatusWriter writer(path_, {fecs + 10, 16000});
+      Fib6::ForwardingStatusWriter writer(path_, {fecs + 10, 200});
       for (U32 id = 1; id <= fecs; ++id) {
          writer.fecIs(patternFec<Fec>(Fib::FecId(id), 0, 0));
       }
    }
+   Fib6::ForwardingStatus const reader(path_);
    OtherProcess writing([&] {
       Fib6::ForwardingStatusWriter writer(path_);
       for (Random random(1);;) {
-         try {
-            write(writer, random);
-         } catch (TableFull const&) {
-         }
+         write(writer, random);
       }
    });
-   Fib6::ForwardingStatus const reader(path_);
    auto const isWhole = [](Fec const& fec) {
       U32 const version = fec.vias.empty() ? fec.primaryVias : fec.vias.front().forwardingVrf;
       return fec == patternFec<Fec>(fec.fecId, version, static_cast<U32>(fec.vias.size()));

@@ -25,8 +25,8 @@ TYPED_TEST_SUITE(RouteStatusTest, RouteFamilies);
 TYPED_TEST(RouteStatusTest, agreesWithAMapThroughAnyChangesAndWriters) {
    Random random(7);
    typename TestFixture::Oracle oracle;
-   constexpr U32 capacity = 700;
-   auto writer = Zam::makePtr<typename TypeParam::Writer>(this->path_, TableFile::Sizes{capacity});
+   constexpr U32 capacity = 700;  // after it has grown a few times
+   auto writer = Zam::makePtr<typename TypeParam::Writer>(this->path_, TableFile::Sizes{10});
    typename TypeParam::Reader const reader(this->path_);
    for (U32 step = 0; step < 30000; ++step) {
       auto const prefix = TypeParam::prefix(random.below(2000));
@@ -54,6 +54,7 @@ TYPED_TEST(RouteStatusTest, agreesWithAMapThroughAnyChangesAndWriters) {
 
 TYPED_TEST(RouteStatusTest, refusesWhatHasNoRoomAndKeepsTheRest) {
    typename TypeParam::Writer writer(this->path_, {5});
+   writer.growingIs(false);
    typename TestFixture::Oracle oracle;
    for (U32 i = 0; i < 5; ++i) {
       auto const route = patternRoute<TypeParam>(TypeParam::distinctPrefix(i), i);
@@ -75,20 +76,6 @@ TYPED_TEST(RouteStatusTest, refusesWhatHasNoRoomAndKeepsTheRest) {
    EXPECT_EQ(writer.routes(), 5U);
    EXPECT_THROW(writer.routeIs({}), Zam::RangeError);
    EXPECT_FALSE(writer.route({}).has_value());
-}
-
-TYPED_TEST(RouteStatusTest, roomForMillionsCostsOnlyWhatIsUsed) {
-   typename TypeParam::Writer writer(this->path_, {4'000'000});
-   for (U32 i = 0; i < 20; ++i) {
-      writer.routeIs(patternRoute<TypeParam>(TypeParam::distinctPrefix(i), i));
-   }
-   typename TypeParam::Reader const reader(this->path_);
-   reader.walk([](auto const&) {});
-   struct stat status {};
-   ASSERT_EQ(::stat(this->path_.c_str(), &status), 0);
-   // A header page, a slot page and at most a page of buckets for each route.
-   EXPECT_LE(status.st_blocks * 512, static_cast<long>(pageSize) * (20 + 2));
-   EXPECT_GT(status.st_size, 4'000'000 * 40);
 }
 
 // The writer's lock is its own: it keeps out a second writer, by either way, and no reader.

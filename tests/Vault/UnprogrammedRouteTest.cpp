@@ -67,6 +67,7 @@ TEST_F(UnprogrammedRouteTest, listsAndCountsByVrfAndFamily) {
 
 TEST_F(UnprogrammedRouteTest, aListThatIsFullCountsNothingMore) {
    Fib::UnprogrammedRouteStatusWriter writer(dir_ / "table", {3});
+   writer.growingIs(false);
    Fib::UnprogrammedRouteStatus const reader(dir_ / "table");
    writer.unprogrammedIs(1, prefixOf(4));
    EXPECT_THROW((writer.unprogrammedIs(2, prefixOf(4)), writer.unprogrammedIs(3, prefixOf(4))), TableFull);

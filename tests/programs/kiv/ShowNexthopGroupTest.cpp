@@ -77,7 +77,7 @@ TEST_F(ShowNexthopGroup, TellsOfDamage) {
                          U32{0});
    for (char const* const what : {"", "mapping", "summary"}) {
       Finished const finished = run_(std::string("$KIV --state $DIR/s --json show nexthop-group ") + what);
-      EXPECT_EQ(finished.err, "kiv: " + ids + ": impossible nexthop group, id 0\n");
+      EXPECT_EQ(finished.err, "kiv: " + ids + ": damaged nexthop group, id 0\n");
       EXPECT_EQ(finished.status, 3);
       EXPECT_TRUE(StrictJson::parse(finished.out)) << finished.out;
       EXPECT_EQ(finished.out.find("UnprogrammedNexthopGroups") != std::string::npos,
@@ -88,7 +88,7 @@ TEST_F(ShowNexthopGroup, TellsOfDamage) {
    std::ofstream(file("tunnel/nexthop/counterkeyinfo")) << "no table";
    EXPECT_EQ(run_("$KIV --state $DIR/s show nexthop-group").status, 3);
    // Routes need the names of the groups, and no counters.
-   EXPECT_EQ(run_("$KIV --state $DIR/s show ip route").err, "kiv: " + ids + ": impossible nexthop group, id 0\n");
+   EXPECT_EQ(run_("$KIV --state $DIR/s show ip route").err, "kiv: " + ids + ": damaged nexthop group, id 0\n");
 }
 
 TEST_F(ShowNexthopGroup, TracesItsOperations) {
