@@ -12,8 +12,8 @@
 #include "Kiv/nexthopgroup/NexthopGroupSize.h"
 #include "Kiv/nexthopgroup/NexthopGroupSummaryHelper.h"
 #include "Kiv/routedisplay/FilteredRoutes.h"
-#include "Kiv/routedisplay/RouteFilter.h"
 #include "Kiv/routedisplay/RouteSorter.h"
+#include "Kiv/selection/RouteFilter.h"
 #include "Kiv/summary/RouteSummary.h"
 #include "Zam/Export.h"
 

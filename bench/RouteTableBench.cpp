@@ -76,8 +76,25 @@ Vault::Fib::Fec fecOf(U32 id) {
    return fec;
 }
 
-// The tables of the box, written in no order; their files are gone before the benchmark starts.
-RouteSorter::Inputs const& fullTable() {
+// Of 8,000 next hops, in groups of 1, 2 or 4.
+Vault::Fib::Fec distinctFecOf(U32 id) {
+   constexpr U32 nextHops = 8'000;
+   Vault::Fib::Fec fec;
+   fec.fecId = FecId::of(ipv4FecType, id + 1);
+   for (U32 i = 0; i < 1U << id % 3; ++i) {
+      U32 const nextHop = (id * 7 + i * 1009) % nextHops;
+      Vault::Fib::Via via;
+      via.intfId = Lumen::IntfId::named("Ethernet" + std::to_string(nextHop % 64 + 1));
+      via.hop = Lumen::IpGenAddr(Lumen::IpAddr(0xc0a80001U + nextHop));
+      fec.vias.push_back(via);
+   }
+   return fec;
+}
+
+// The tables of the box, written in no order; their files are gone before the benchmark starts. Routes share the FECs,
+// or nearly every one has its own.
+template <bool areDistinct>
+RouteSorter::Inputs const& tableOf() {
    static RouteSorter::Inputs const inputs = [] {
       auto const place = std::filesystem::exists("/dev/shm") ? std::filesystem::path("/dev/shm")
                                                              : std::filesystem::temp_directory_path();
@@ -86,9 +103,10 @@ RouteSorter::Inputs const& fullTable() {
       auto prefixes = file != nullptr ? readPrefixes(file) : madeUpPrefixes();
       std::shuffle(prefixes.begin(), prefixes.end(), std::mt19937(2));
       Vault::Fib::RouteStatusWriter routes(base + "Routes", {static_cast<U32>(prefixes.size())});
-      Vault::Fib::ForwardingStatusWriter forwarding(base + "Fecs", {fecs});
-      for (U32 i = 0; i < fecs; ++i) {
-         forwarding.fecIs(fecOf(i));
+      auto const count = areDistinct ? static_cast<U32>(prefixes.size()) : fecs;
+      Vault::Fib::ForwardingStatusWriter forwarding(base + "Fecs", {count});
+      for (U32 i = 0; i < count; ++i) {
+         forwarding.fecIs(areDistinct ? distinctFecOf(i) : fecOf(i));
       }
       for (U32 i = 0; i < prefixes.size(); ++i) {
          Vault::Fib::Route route;
@@ -96,7 +114,7 @@ RouteSorter::Inputs const& fullTable() {
          route.routeType = Routing::Fib::RouteType::eBgp;
          route.preference = 200;
          route.metric = i % 300;
-         route.fecId = FecId::of(ipv4FecType, i * 7919ULL % fecs + 1);
+         route.fecId = FecId::of(ipv4FecType, i * 7919ULL % count + 1);
          routes.routeIs(route);
       }
       RouteSorter::Inputs made;
@@ -107,6 +125,10 @@ RouteSorter::Inputs const& fullTable() {
       return made;
    }();
    return inputs;
+}
+
+RouteSorter::Inputs const& fullTable() {
+   return tableOf<false>();
 }
 
 // Of the process's own memory now, the tables that it shares with their writer left out.
@@ -250,6 +272,27 @@ void printRoutes(benchmark::State& state) {
    state.counters["peakMB"] = peakMegabytes();
 }
 BENCHMARK(printRoutes)->Arg(1)->Arg(2)->ArgName("format")->Unit(benchmark::kMillisecond);
+
+// A whole command over a table in which nearly every route has its own FEC.
+void showDistinctFecs(benchmark::State& state) {
+   auto const format = static_cast<U32>(state.range(0));
+   auto const& inputs = tableOf<true>();
+   double const before = ownBytes();
+   double own = 0;
+   U32 routes = 0;
+   int const null = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+   for (auto _ : state) {
+      auto const sorter = Kiv::routeSorterFactory(inputs);
+      sorter->handleInitialized();
+      sorter->printRoutes(static_cast<U32>(null), format, false);
+      own = ownBytes() - before;
+      routes = sorter->sortedRoutes();
+   }
+   ::close(null);
+   state.SetItemsProcessed(state.iterations() * routes);
+   state.counters["ownBytesPerRoute"] = own / routes;
+}
+BENCHMARK(showDistinctFecs)->Arg(1)->Arg(2)->ArgName("format")->Unit(benchmark::kMillisecond);
 
 // What no output can do without: as many lines, written by hand from an array into a buffer of the same size.
 void printFloor(benchmark::State& state) {

@@ -2,7 +2,6 @@
 
 #include "Kiv/common/RouteTypeStrings.h"
 #include "Kiv/common/Watchdog.h"
-#include "Kiv/routedisplay/Selection.h"
 
 #include <algorithm>
 #include <iterator>
@@ -12,13 +11,14 @@ namespace Kiv {
 namespace {
 
 // What a sorter without the interface flag does with its interface status: it hides the routes that have no via.
-bool leavesThroughRequested(Route6Sorter::Inputs const& in, CachedFec const& fec) {
+bool leavesThroughRequested(Route6Sorter::Inputs const& in, FecStore const& fecs, FecRecord const& fec) {
    auto const& intfStatus = in.intfStatus;
    if (!in.familySwitch) {
-      return fec.vias() != 0 || !intfStatus;
+      return fec.viaCount != 0 || !intfStatus;
    }
-   return intfStatus && std::any_of(fec.via().begin(), fec.via().end(),
-                                    [&](auto const& entry) { return entry.key.intfId == intfStatus->intfId(); });
+   return intfStatus && std::ranges::any_of(fec.vias(), [&](auto const& via) {
+             return fecs.arena().leg(via).intfId == intfStatus->intfId();
+          });
 }
 
 Route6Sorter::SortedRoutes::const_iterator firstBehind(Route6Sorter::SortedRoutes const& routes,
@@ -34,11 +34,11 @@ bool isRouteFiltered(Route6Sorter* sorter, Vault::Fib6::Route const& route) {
    if (Ipv6::isReceive(route.routeType)) {
       return !protocolMatch(route, in.protocol);
    }
-   if (!isPrintable(*sorter, route) || !protocolMatch(route, in.protocol)) {
+   if (!sorter->isPrintable(route) || !protocolMatch(route, in.protocol)) {
       return true;
    }
-   auto const fec = sorter->fec(route.fecId);
-   return !fec || !leavesThroughRequested(in, *fec);
+   auto const* const fec = sorter->fecs().record(route.fecId);
+   return fec == nullptr || !leavesThroughRequested(in, sorter->fecs().store(), *fec);
 }
 
 U32 getFilteredRoutesCount(Route6Sorter* sorter) {

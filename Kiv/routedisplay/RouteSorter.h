@@ -1,23 +1,27 @@
 #pragma once
 
-#include "Kiv/routedisplay/CachedFec.h"
 #include "Kiv/routedisplay/KernelUnprogrammedRouteCounterSm.h"
 #include "Kiv/routedisplay/RouteSorterInputs.h"
+#include "Kiv/selection/Selection.h"
 #include "Zam/Export.h"
-#include "Zam/HashMap.h"
-#include "Zam/OrderedMap.h"
 
 #include <optional>
-#include <set>
 #include <utility>
 
+namespace cliprint {
+class RendererV2;
+}
+
 namespace Kiv {
+
+struct TableFacts;
 
 // The engine behind "show ip route" and its kin: one object per VRF and command. Made by the factory with its inputs
 // stored and no work done; handleInitialized selects and orders the routes; printRoutes writes them. After the
 // selection nothing reads the shared FEC tables again, so one output agrees with itself while the tables change
 // underneath.
 //
+// It owns the FECs and the selection, and shows the one through the other; what each of them does is in its own folder.
 // Runs on one thread, under the runtime's activity lock where the process has other activities. Inputs are held until
 // the sorter goes. Values out of range in the shared tables raise Zam::RangeError.
 template <class Family>
@@ -26,9 +30,7 @@ class RouteSorterOf : public Zam::PtrInterface {
    using Inputs = RouteSorterInputs<Family>;
    using Prefix = typename Family::Prefix;
    using Route = typename Family::Route;
-   using SortedRoutes = Zam::OrderedMap<Prefix, Route>;
-   using Fecs = Zam::HashMap<Vault::Fib::FecId, Zam::Ptr<CachedFec>>;
-   using VrfId = Vrf::VrfIdMap::VrfId;
+   using SortedRoutes = Kiv::SortedRoutes<Family>;
 
    ~RouteSorterOf() override;
 
@@ -53,68 +55,48 @@ class RouteSorterOf : public Zam::PtrInterface {
    Prefix longestPrefixMatch() const;
 
    // The routes to show, in prefix order.
-   SortedRoutes const& sortedRoute() const noexcept { return sortedRoute_; }
-   U32 sortedRoutes() const noexcept { return static_cast<U32>(sortedRoute_.size()); }
-   void sortedRouteIs(Prefix const& prefix, Route const& route) { sortedRoute_.insertOrReplace(prefix, route); }
-   bool sortedRouteDel(Prefix const& prefix) { return sortedRoute_.erase(prefix); }
-   void sortedRouteDelAll() { sortedRoute_.clear(); }
+   SortedRoutes const& sortedRoute() const noexcept { return selection_.routes(); }
+   U32 sortedRoutes() const noexcept { return static_cast<U32>(sortedRoute().size()); }
+   void sortedRouteIs(Prefix const& prefix, Route const& route) { selection_.routes().insertOrReplace(prefix, route); }
+   bool sortedRouteDel(Prefix const& prefix) { return selection_.routes().erase(prefix); }
+   void sortedRouteDelAll() { selection_.routes().clear(); }
 
    // How many routes the filter let through.
-   U32 selectedRoutes() const noexcept { return selectedRoutes_; }
-   void selectedRoutesInc() noexcept { ++selectedRoutes_; }
+   U32 selectedRoutes() const noexcept { return selection_.selectedRoutes(); }
+   bool isPrintable(Route const& route) const { return selection_.isPrintable(route); }
 
    // The FEC cache; null for a FEC that is not in it.
-   Zam::Ptr<CachedFec> fec(Vault::Fib::FecId fecId) const { return Zam::Ptr<CachedFec>(findFec(fecId)); }
-   CachedFec* findFec(Vault::Fib::FecId fecId) const {
-      auto const* const found = fec_.find(fecId);
-      return found != nullptr ? found->get() : nullptr;
-   }
-   Fecs const& fecs() const noexcept { return fec_; }
-   bool fecHas(Vault::Fib::FecId fecId) const { return fec_.contains(fecId); }
-   void fecIs(Zam::Ptr<CachedFec> const& fec) { fec_.insertOrReplace(fec->fecId(), fec); }
-   bool fecDel(Vault::Fib::FecId fecId) { return fec_.erase(fecId); }
-   void fecDelAll() { fec_.clear(); }
-
-   // The name of a nexthop group; empty for an id that has none.
-   std::string_view nexthopGroupName(Routing::NexthopGroup::NexthopGroupId id) const {
-      auto const* const name = cachedNexthopGroupIdToName_.find(id);
-      return name != nullptr ? std::string_view(*name) : std::string_view();
-   }
+   FecCache const& fecs() const noexcept { return fecs_; }
+   Zam::Ptr<CachedFec> fec(Vault::Fib::FecId fecId) const { return fecs_.fec(fecId); }
+   bool fecHas(Vault::Fib::FecId fecId) const { return fecs_.fecHas(fecId); }
+   void fecIs(Zam::Ptr<CachedFec> const& fec) { fecs_.fecIs(fec); }
+   bool fecDel(Vault::Fib::FecId fecId) { return fecs_.fecDel(fecId); }
+   void fecDelAll() { fecs_.fecDelAll(); }
 
    // Some FEC that was copied, for a hidden route too, is of IPv6 or has such a next hop.
-   bool hasV6Nexthop() const noexcept { return hasV6Nexthop_; }
-   void hasV6NexthopIs(bool has) noexcept { hasV6Nexthop_ = has; }
+   bool hasV6Nexthop() const noexcept { return fecs_.hasV6Nexthop(); }
 
-   // The interface addresses of this VRF.
-   bool isInterfaceAddress(typename Family::AddrWithMask const& address) const {
-      return addressToIntf_.contains(address);
-   }
-   bool isLoopbackPrefix(VrfId vrfId, Prefix const& prefix) const {
-      return loopbackVrfPrefix_.contains({vrfId, prefix});
-   }
-
-   bool kernelUnprogrammed() const;
    void kernelUnprogrammedRouteCounterSmIs();
    void kernelUnprogrammedRouteCounterSmDel() { kernelUnprogrammedRouteCounterSm_.reset(); }
 
  protected:
-   explicit RouteSorterOf(Inputs inputs) : inputs_(std::move(inputs)) {}
+   explicit RouteSorterOf(Inputs inputs);
 
  private:
+   static FecSources fecSources(Inputs const& inputs);
+   static RouteTables<Family> routeTables(Inputs const& inputs);
+   static RouteRequest<Family> routeRequest(Inputs const& inputs);
    void buildNexthopGroupIdToName();
-   void recordInterfaceAddresses();
-   void maybeAddLoopbackIpAddr(typename Family::AddrWithMask const& address, VrfId vrfId);
+   TableFacts tableFacts() const;
+   bool kernelUnprogrammed() const;
+   U32 tableSize() const;
+   void formatOutput(cliprint::RendererV2& renderer);
 
    Inputs inputs_;
    bool initialized_ = false;
-   bool hasV6Nexthop_ = false;
-   U32 selectedRoutes_ = 0;
    S32 outputError_ = 0;
-   SortedRoutes sortedRoute_;
-   Fecs fec_;
-   Zam::HashMap<Routing::NexthopGroup::NexthopGroupId, Zam::String> cachedNexthopGroupIdToName_;
-   Zam::HashMap<typename Family::AddrWithMask, Lumen::IntfId> addressToIntf_;
-   std::set<std::pair<VrfId, Prefix>> loopbackVrfPrefix_;
+   FecCache fecs_;
+   Selection<Family> selection_;
    UnprogrammedRouteCountByVrf unprogrammedRouteCountByVrf_;
    std::optional<KernelUnprogrammedRouteCounterSm> kernelUnprogrammedRouteCounterSm_;
 };

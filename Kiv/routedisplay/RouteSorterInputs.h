@@ -4,7 +4,7 @@
 #include "Interface/AllIntfConfigDir.h"
 #include "Interface/IntfStatus.h"
 #include "Kiv/common/Family.h"
-#include "Kiv/routedisplay/RouteFilter.h"
+#include "Kiv/selection/RouteFilter.h"
 #include "L3/Config.h"
 #include "L3/VrfName.h"
 #include "NexthopGroup/EntryStatus.h"

@@ -26,6 +26,17 @@ TYPED_TEST(OutputTest, missingInputs) {
    EXPECT_EQ(box.text().find("WARNING"), std::string::npos);
 }
 
+// A default route that is configured, with any preference, but not in the FIB.
+TYPED_TEST(OutputTest, aFloatingDefaultRouteIsNotReachable) {
+   for (U8 const preference : {1, 200}) {
+      auto const configured = Zam::makePtr<Routing::RouteList>();
+      configured->routeIs({{}, this->box_.prefix(TypeParam::everything), preference}, Routing::RouteType::drop);
+      this->box_.inputs.routeList = configured;
+      EXPECT_EQ(this->box_.model().find("defaultRouteState")->text, "notReachable");
+      EXPECT_NE(this->box_.text().find("Gateway of last resort is not reachable\n\n"), std::string::npos);
+   }
+}
+
 TYPED_TEST(OutputTest, timingsOnlyWithARequestTime) {
    EXPECT_EQ(this->box_.text().find("Time taken"), std::string::npos);
    EXPECT_EQ(this->box_.model().find("quantify"), nullptr);

@@ -1,5 +1,4 @@
 #include "SorterTesting.h"
-#include "Zam/ActivityLock.h"
 #include "Zam/TypeRegistry.h"
 #include "tests/support/Cases.h"
 
@@ -38,8 +37,9 @@ Zam::Ptr<CachedFec> fecOf(std::string const& vias) {
 }
 std::string viasOf(CachedFec const& fec) {
    std::string vias;
-   for (auto const& [via, present] : fec.via()) {
-      vias.append(vias.empty() ? "" : " ").append(via.hop.stringValue()).append("@").append(via.intfId.stringValue());
+   for (auto const& via : fec.record().vias()) {
+      vias.append(vias.empty() ? "" : " ").append(via.hop().stringValue());
+      vias.append("@").append(fec.intfId(via).stringValue());
    }
    return vias;
 }
@@ -236,24 +236,18 @@ TEST(FilteredRoutesTest, countsOnceWhatStaysWhileTheSelectionChanges) {
       for (U64 i = 0; i <= last; ++i) {
          sorter->sortedRouteIs(prefix(i), {});  // without a FEC, so hidden
       }
-      std::jthread other;
-      bool changed = false;
-      Zam::ScopedActivity const activity;
-      other = std::jthread([&] {
-         Zam::ScopedActivity const theirs;
+      auto const change = [&] {
          sorter->sortedRouteDel(prefix(gone));
          sorter->sortedRouteIs(V6::Prefix::parse("::/0"), {});  // in front of where the count is
          sorter->sortedRouteDel(prefix(at + 2));
          sorter->sortedRouteIs(prefix(at + 1), {});  // replaced
          sorter->sortedRouteIs(prefix(last + 1), {});
          sorter->sortedRouteIs(prefix(last + 2), {});
-         changed = true;
-      });
-      for (int counts = 0; !changed && counts < 5000; ++counts) {
+      };
+      changedDuringAYield(change, [&](bool const& changed) {
          auto const count = getFilteredRoutesCount(sorter.get());
          EXPECT_EQ(count, last + 1 + (changed ? 1 : 0));
-      }
-      EXPECT_TRUE(changed);
+      });
    }
 }
 

@@ -44,14 +44,14 @@ class SelectionConcurrencyTest : public ::testing::Test {
       }
       return made;
    }
-   static bool isWhole(CachedFec const& cached) {
-      if (cached.vias() == 0) {
-         return cached.fecId().id() > stayingFecs;
+   static bool isWhole(FecCache const& fecs, FecRecord const& cached) {
+      if (cached.viaCount == 0) {
+         return cached.fecId.id() > stayingFecs;
       }
-      auto const stamp = static_cast<U32>(cached.via().begin()->key.hop.ip6().hi());
+      auto const stamp = static_cast<U32>(cached.firstVia->hop().ip6().hi());
       auto const vias = fec(1, stamp).vias;
-      return std::ranges::equal(cached.via(), vias, [](auto const& each, auto const& via) {
-         return each.key.intfId == via.intfId && each.key.hop == via.hop;
+      return std::ranges::equal(cached.vias(), vias, [&](auto const& each, auto const& via) {
+         return fecs.store().arena().leg(each).intfId == via.intfId && each.hop() == via.hop;
       });
    }
 
@@ -117,9 +117,8 @@ TYPED_TEST(SelectionConcurrencyTest, whatStaysIsShownOnceAndWhole) {
          changes += std::exchange(stamps[prefix], route.metric) != route.metric ? 1 : 0;
          ++seen[prefix];
       }
-      for (auto const& [fecId, fec] : sorter->fecs()) {
-         ASSERT_TRUE(this->isWhole(*fec)) << fecId.id();
-      }
+      sorter->fecs().forEach(
+          [&](auto const& fec) { ASSERT_TRUE(this->isWhole(sorter->fecs(), fec)) << fec.fecId.id(); });
       for (U32 i = 0; i < this->staying; ++i) {
          ASSERT_EQ(seen[TestFixture::Pattern::distinctPrefix(i)], shape != 2 || i == one ? 1U : 0U)
              << shape << ": " << i;
@@ -161,9 +160,8 @@ TYPED_TEST(SelectionConcurrencyTest, depthOfAHierarchyCostsNoStack) {
    ASSERT_EQ(::pthread_create(&thread, &small, initialize, sorter.get()), 0);
    ASSERT_EQ(::pthread_join(thread, nullptr) + ::pthread_attr_destroy(&small), 0);
    EXPECT_EQ(sorter->fecs().size(), depth);
-   for (auto const& [fecId, fec] : sorter->fecs()) {
-      ASSERT_TRUE(fec->hierarchical && fec->vias() >= 2) << fecId.id();
-   }
+   sorter->fecs().forEach(
+       [](auto const& fec) { ASSERT_TRUE(fec.hierarchical && fec.viaCount >= 2) << fec.fecId.id(); });
 }
 
 }  // namespace

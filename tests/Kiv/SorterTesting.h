@@ -2,12 +2,33 @@
 
 #include "Hive/EntityManager.h"
 #include "Kiv/CliSupport.h"
+#include "Zam/ActivityLock.h"
 #include "tests/Vault/VaultTesting.h"
 #include "tests/cliprint/Capture.h"
 #include "tests/support/StrictJson.h"
 
+#include <thread>
+
 // A box of one VRF whose tables a test fills, and the sorter that shows them.
 namespace Kiv::Testing {
+
+// Runs it again and again, until another activity has been let in and made its change; run(changed) sees whether it
+// has.
+template <class Change, class Run>
+void changedDuringAYield(Change const& change, Run const& run) {
+   std::jthread other;
+   bool changed = false;
+   Zam::ScopedActivity const activity;
+   other = std::jthread([&] {
+      Zam::ScopedActivity const theirs;
+      change();
+      changed = true;
+   });
+   for (int runs = 0; !changed && runs < 5000; ++runs) {
+      run(std::as_const(changed));
+   }
+   EXPECT_TRUE(changed);
+}
 
 // The names and values that a test typed over the families needs of each.
 struct V4 : Ipv4 {

@@ -44,6 +44,7 @@ class KIV_EXPORT CachedTunVia final : public Zam::PtrInterface {
       Lumen::IntfId intfId{};
       Zam::String interface {};
       Zam::String nexthopAddr{};  // the unspecified address when the far end is on the link
+      bool isConnected = false;   // that it is
       Zam::String nexthopGroupName{};
       Zam::Ptr<SortedTunViaSet const> sortedTunViaSet{};  // of the further tunnel that the interface stands for
       Lumen::MplsLabelOperation labelStack{};

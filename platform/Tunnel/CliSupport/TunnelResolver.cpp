@@ -52,11 +52,11 @@ Zam::String TunnelResolver::interfaceText(Lumen::IntfId const& intfId) {
 }
 
 Zam::String TunnelResolver::nexthopText(SortedTunVia const& via) {
-   if (via.hop.isEmpty()) {
-      return via.intfId.isNamed() || via.intfId.isNexthopGroup() ? Zam::String(Lumen::IpAddr().stringValue())
-                                                                 : Zam::String();
-   }
-   return via.hop.stringValue();
+   return via.hop.isEmpty() && isConnected(via) ? Lumen::IpAddr().stringValue() : via.hop.stringValue();
+}
+
+bool TunnelResolver::isConnected(SortedTunVia const& via) noexcept {
+   return via.hop.isEmpty() ? via.intfId.isNamed() || via.intfId.isNexthopGroup() : via.hop.isZero();
 }
 
 std::vector<Zam::String> TunnelResolver::weightTexts(std::vector<SortedTunVia> const& vias) {
@@ -88,8 +88,14 @@ Zam::Ptr<CachedTunVia const> TunnelResolver::makeCachedTunViaWithName(TunnelId t
       auto const group = via.intfId.nexthopGroupId();
       auto const name = via.intfId.isNexthopGroup() && sources_.nexthopGroupName ? sources_.nexthopGroupName(group)
                                                                                  : std::string_view();
-      tunnel->via.push_back({via.intfId, name.empty() ? interfaceText(via.intfId) : Zam::String(), nexthopText(via),
-                             name, via.nested, labelStack(via.encapId), weights[i]});
+      tunnel->via.push_back({.intfId = via.intfId,
+                             .interface = name.empty() ? interfaceText(via.intfId) : Zam::String(),
+                             .nexthopAddr = nexthopText(via),
+                             .isConnected = isConnected(via),
+                             .nexthopGroupName = name,
+                             .sortedTunViaSet = via.nested,
+                             .labelStack = labelStack(via.encapId),
+                             .weight = weights[i]});
    }
    return tunnel;
 }

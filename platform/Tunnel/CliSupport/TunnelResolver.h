@@ -52,6 +52,8 @@ class KIV_EXPORT TunnelResolver {
    // The texts of one way's interface and next hop.
    static Zam::String interfaceText(Lumen::IntfId const& intfId);
    static Zam::String nexthopText(SortedTunVia const& via);
+   // The far end is on the link itself; the text of its next hop is then the unspecified address.
+   static bool isConnected(SortedTunVia const& via) noexcept;
    // "2/5" for each way when their weights differ, else empty.
    static std::vector<Zam::String> weightTexts(std::vector<SortedTunVia> const& vias);
 
