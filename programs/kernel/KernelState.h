@@ -1,7 +1,7 @@
 #pragma once
 
 #include "programs/kernel/RtnlSocket.h"
-#include "programs/state/State.h"
+#include "state/State.h"
 
 // The Linux kernel's forwarding as a State: how kinds of routes, tables, protocols and next hops translate is told in
 // docs/kernel.md. Both functions throw RtnlError with one line of reason.

@@ -3,7 +3,7 @@
 #include "Lumen/IntfId.h"
 #include "Lumen/IpGenPrefix.h"
 #include "programs/kernel/Rtnl.h"
-#include "programs/state/State.h"
+#include "state/State.h"
 
 #include <optional>
 #include <set>

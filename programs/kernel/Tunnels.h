@@ -2,7 +2,7 @@
 
 #include "programs/kernel/Rtnl.h"
 #include "programs/kernel/Topology.h"
-#include "programs/state/State.h"
+#include "state/State.h"
 
 #include <map>
 

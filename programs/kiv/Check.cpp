@@ -4,7 +4,7 @@
 #include "Kiv/CliSupport.h"
 #include "programs/kiv/Output.h"
 #include "programs/kiv/Source.h"
-#include "programs/state/Json.h"
+#include "state/Snapshot.h"
 
 #include <stdexcept>
 

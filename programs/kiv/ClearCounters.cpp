@@ -3,7 +3,7 @@
 #include "FlexCounters/CounterTable.h"
 #include "Hive/EntityManager.h"
 #include "programs/kiv/VrfOutput.h"
-#include "programs/state/ConfigFile.h"
+#include "state/ConfigFile.h"
 
 #include <algorithm>
 

@@ -4,7 +4,7 @@
 #include "cliprint/Interrupt.h"
 #include "programs/kiv/CommandParser.h"
 #include "programs/kiv/Commands.h"
-#include "programs/state/ConfigFile.h"
+#include "state/ConfigFile.h"
 
 #include <cerrno>
 #include <cstring>

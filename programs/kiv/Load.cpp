@@ -1,6 +1,7 @@
 #include "programs/kiv/Load.h"
 
-#include "programs/state/StateWriter.h"
+#include "state/Snapshot.h"
+#include "state/StateDir.h"
 
 namespace kiv {
 
@@ -9,8 +10,7 @@ ExitStatus loadSnapshot(Request const& request) {
    if (stateDir.empty()) {
       throw UsageError("load: command line: --state DIR should say where to");
    }
-   auto const document = state::JsonDocument::load(*request.value("SNAPSHOT"));
-   state::writeStateDir(state::readSnapshot(document), stateDir);
+   state::writeStateDir(state::readSnapshot(*request.value("SNAPSHOT")), stateDir);
    return ExitStatus::ok;
 }
 

@@ -2,7 +2,7 @@
 
 #include "programs/kiv/Command.h"
 #include "programs/kiv/SorterArguments.h"
-#include "programs/state/Inputs.h"
+#include "state/Inputs.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "programs/kiv/RequestedPrefix.h"
-#include "programs/state/Inputs.h"
+#include "state/Inputs.h"
 
 #include <any>
 #include <string>

@@ -1,7 +1,7 @@
 #include "programs/kiv/Source.h"
 
 #include "programs/kernel/KernelState.h"
-#include "programs/state/Snapshot.h"
+#include "state/Snapshot.h"
 
 namespace kiv {
 
@@ -10,7 +10,7 @@ state::Inputs inputsFrom(Source const& source) {
       case SourceKind::stateDir:
          return state::mountStateDir(source.path);
       case SourceKind::snapshot:
-         return state::mountPrivately(state::readSnapshot(state::JsonDocument::load(source.path)).state);
+         return state::mountPrivately(state::readSnapshot(source.path));
       case SourceKind::kernel:
          break;
    }

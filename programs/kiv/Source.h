@@ -1,7 +1,7 @@
 #pragma once
 
 #include "programs/kiv/Options.h"
-#include "programs/state/Inputs.h"
+#include "state/Inputs.h"
 
 namespace kiv {
 

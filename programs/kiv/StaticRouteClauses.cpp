@@ -8,7 +8,7 @@
 #include "Lumen/Vni.h"
 #include "Zam/Error.h"
 #include "programs/kiv/RequestedPrefix.h"
-#include "programs/state/StaticRoutes.h"
+#include "state/StaticRoutes.h"
 
 #include <algorithm>
 #include <charconv>

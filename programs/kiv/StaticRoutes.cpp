@@ -1,7 +1,7 @@
 #include "Kiv/KivIpRouteCliHelper.h"
 #include "programs/kiv/Configure.h"
 #include "programs/kiv/StaticRouteClauses.h"
-#include "programs/state/State.h"
+#include "state/State.h"
 
 #include <algorithm>
 #include <limits>

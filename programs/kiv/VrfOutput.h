@@ -3,7 +3,7 @@
 #include "cliprint/Renderer.h"
 #include "programs/kiv/ExitStatus.h"
 #include "programs/kiv/Output.h"
-#include "programs/state/Inputs.h"
+#include "state/Inputs.h"
 
 #include <functional>
 #include <vector>

@@ -33,6 +33,8 @@ struct RouteConfigEntry {
    RouteMetric metric = 0;
    U64 fecId = 0;
    std::vector<Via> vias;
+
+   bool operator==(RouteConfigEntry const&) const = default;
 };
 
 // The route cache configuration: the cached routes of both address families and all VRFs. Written by the RIB agent.

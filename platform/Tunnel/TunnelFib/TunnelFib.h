@@ -35,6 +35,8 @@ struct Entry {
    std::vector<Via> vias{};
    std::vector<Via> backupVias{};
    IpTunnelEncap ipEncap{};  // of tunnels over IP
+
+   bool operator==(Entry const&) const = default;
 };
 
 // The tunnels that are set up, with the ways they take and the label stacks they push. Written by the tunnel agent.

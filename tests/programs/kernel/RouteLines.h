@@ -1,7 +1,7 @@
 #pragma once
 
 #include "programs/kernel/RtnlSocket.h"
-#include "programs/state/State.h"
+#include "state/State.h"
 #include "support/Testing.h"
 
 // Routes and interfaces as one line of text each, made from a State and, by the rules of lines.jq, from what iproute2

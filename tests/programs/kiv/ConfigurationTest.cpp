@@ -1,8 +1,9 @@
 #include "programs/kiv/CommandParser.h"
 #include "programs/kiv/Commands.h"
-#include "programs/state/ConfigFile.h"
-#include "programs/state/Snapshot.h"
-#include "programs/state/StateWriter.h"
+#include "state/ConfigFile.h"
+#include "state/Snapshot.h"
+#include "state/StateDir.h"
+#include "state/text/Documents.h"
 #include "support/StrictJson.h"
 #include "tests/Vault/VaultTesting.h"
 #include "tests/programs/kiv/ProgramRun.h"
@@ -342,7 +343,7 @@ TEST_F(Configuration, KeepsTheChangesOfTwoWriters) {
    }
    EXPECT_EQ(dropRoutes(stateDir()), 2 * changes);
 
-   auto const snapshot = state::readSnapshot(state::JsonDocument::load(run_.dir() / "empty.json"));
+   auto const snapshot = state::readSnapshot(run_.dir() / "empty.json");
    OtherProcess loader([&] {
       while (true) {
          state::writeStateDir(snapshot, stateDir());
@@ -424,7 +425,7 @@ TEST(ConfigurationGrammar, WithstandsWordsThrownTogether) {
                                                            "1.2.3.4/"});
    constexpr auto starts =
        std::to_array<std::array<char const*, 3>>({{"", "ip", "route"}, {"", "ipv6", "route"}, {"no", "ip", "route"}});
-   auto state = state::readSnapshot(state::JsonDocument::parse("box", emptyBox)).state;
+   auto state = state::parseSnapshot("box", emptyBox);
    Random random(23);
    U32 taken = 0;
    std::string saved = state::configText(state);
@@ -444,7 +445,7 @@ TEST(ConfigurationGrammar, WithstandsWordsThrownTogether) {
          request.command.configure(state, request);
          ++taken;
          saved = state::configText(state);
-         auto again = state::readSnapshot(state::JsonDocument::parse("box", emptyBox)).state;
+         auto again = state::parseSnapshot("box", emptyBox);
          state::readConfig(state::JsonDocument::parse("config", saved), again);
          ASSERT_EQ(state::configText(again), saved);
       } catch (kiv::UsageError const& error) {

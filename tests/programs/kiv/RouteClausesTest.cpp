@@ -1,7 +1,7 @@
 #include "programs/kiv/RouteClauses.h"
 
 #include "Kiv/common/RouteTypeStrings.h"
-#include "programs/state/RouteTypeNames.h"
+#include "state/RouteTypeNames.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include "programs/kiv/CommandParser.h"
 #include "programs/kiv/Commands.h"
 #include "programs/kiv/RouteRequest.h"
-#include "programs/state/Snapshot.h"
+#include "state/Snapshot.h"
 #include "support/Testing.h"
 
 namespace kiv {
@@ -16,7 +16,7 @@ TEST(SorterArguments, HaveTheInterfaceSwitchInIpv6) {
    constexpr char const* box = R"({"interfaces": {"e1": {"vrf": "red"}}, "vrfs": {"red": {"id": 5}}})";
    Kiv::registerTypes();
    auto const& type = *Zam::TypeRegistry::instance().type("Kiv::Route6Sorter");
-   auto inputs = state::mountPrivately(state::readSnapshot(state::JsonDocument::parse("box.json", box)).state);
+   auto inputs = state::mountPrivately(state::parseSnapshot("box.json", box));
    for (bool const ofInterface : {false, true}) {
       Options options;
       options.words = {"show", "ipv6", "route"};

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "state/Export.h"
+#include "state/State.h"
+
+#include <sys/types.h>
+
+#include <string>
+#include <string_view>
+
+// The configuration of a state directory: a file of its own beside what the agents write, because commands change it.
+namespace state {
+
+inline constexpr char const* configFile = "config.json";
+
+// Writes a new file below a directory that outlasts a loss of power; false, and errno, when it cannot.
+bool writeDurably(int dir, char const* name, std::string_view text, mode_t mode);
+
+// Which directory is in a place: another load puts another one there.
+class KIV_STATE_EXPORT StateDirId {
+ public:
+   // Of no directory when there is none.
+   explicit StateDirId(std::string const& stateDir);
+   explicit StateDirId(int descriptor);
+   bool operator==(StateDirId const&) const = default;
+
+ private:
+   U64 device_ = 0;
+   U64 inode_ = 0;
+};
+
+// The right to change the files of a state directory. Whoever wants it waits for whoever has it; it goes with the
+// object, or with its process. It is about the directory that is in the place now, not about one that was there before.
+class KIV_STATE_EXPORT StateDirLock {
+ public:
+   // Hive::StateError when there is no such state directory, SigIntException when interrupted.
+   explicit StateDirLock(std::string const& stateDir);
+   ~StateDirLock();
+   StateDirLock(StateDirLock const&) = delete;
+   StateDirLock& operator=(StateDirLock const&) = delete;
+
+   // Of the directory.
+   int descriptor() const { return descriptor_; }
+
+ private:
+   int descriptor_ = -1;
+};
+
+// A change of the configuration: read when it is made, and written at commit(), in one step. Whatever happens between,
+// the configuration is the old one or the new one. Changes wait for each other, so none is lost.
+class KIV_STATE_EXPORT ConfigChange {
+ public:
+   explicit ConfigChange(std::string const& stateDir);
+
+   // What the agents wrote, and the configuration, to be changed in place.
+   State& state() { return state_; }
+   void commit();
+
+   // The two halves of commit(): the new configuration under another name, and then in its place.
+   void writeBeside();
+   void putInPlace();
+
+ private:
+   [[noreturn]] void fail(std::string_view what) const;
+
+   std::string stateDir_;
+   StateDirLock lock_;
+   State state_;
+};
+
+}  // namespace state

@@ -1,0 +1,156 @@
+#include "state/text/Json.h"
+
+#include "state/text/JsonLocator.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+namespace state {
+namespace {
+
+// Whether a key can stand in a way as it is; one with dots, slashes or blanks is put in brackets.
+bool isPlain(std::string_view key) {
+   return !key.empty() && std::all_of(key.begin(), key.end(),
+                                      [](unsigned char c) { return std::isalnum(c) != 0 || c == '_' || c == '-'; });
+}
+
+// A value in a message: itself when it is one, its kind of brackets when it holds others.
+std::string shown(Node::Element element) {
+   if (element.is_object()) {
+      return "{...}";
+   }
+   if (element.is_array()) {
+      return "[...]";
+   }
+   constexpr std::size_t maxShown = 80;
+   std::string text = simdjson::minify(element);
+   if (text.size() > maxShown) {
+      std::size_t end = maxShown;
+      while ((static_cast<unsigned char>(text[end]) & 0xc0U) == 0x80U) {
+         --end;
+      }
+      text.resize(end);
+      text += "...";
+   }
+   return text;
+}
+
+// All of a file, which may be a pipe.
+std::string contents(std::string const& file) {
+   std::unique_ptr<std::FILE, int (*)(std::FILE*)> const in(std::fopen(file.c_str(), "rbe"), &std::fclose);
+   if (in == nullptr) {
+      throw JsonError(file + ": " + std::strerror(errno));
+   }
+   std::string text;
+   std::array<char, 65536> piece;
+   while (std::size_t const read = std::fread(piece.data(), 1, piece.size(), in.get())) {
+      text.append(piece.data(), read);
+   }
+   if (std::ferror(in.get()) != 0) {
+      throw JsonError(file + ": " + std::strerror(errno));
+   }
+   return text;
+}
+
+}  // namespace
+
+JsonError::~JsonError() = default;
+
+void Node::appendWay(std::string& out) const {
+   if (parent_ == nullptr) {
+      return;
+   }
+   parent_->appendWay(out);
+   if (index_ != noIndex) {
+      out.append("[").append(std::to_string(index_)).append("]");
+   } else if (isPlain(key_)) {
+      out.append(out.empty() ? "" : ".").append(key_);
+   } else {
+      out.append("[").append(jsonQuoted(key_)).append("]");
+   }
+}
+
+void Node::fail(std::string_view why) const {
+   std::string way;
+   appendWay(way);
+   std::string message(file());
+   if (!way.empty()) {
+      message.append(": ").append(way);
+   }
+   message.append(": ").append(shown(element_)).append(": ").append(why);
+   throw JsonError(message);
+}
+
+std::string_view Node::text() const {
+   if (!element_.is_string()) {
+      fail("not a string");
+   }
+   return element_.get_string().value_unsafe();
+}
+
+bool Node::boolean() const {
+   if (!element_.is_bool()) {
+      fail("not true or false");
+   }
+   return element_.get_bool().value_unsafe();
+}
+
+U64 Node::number(U64 max) const {
+   U64 value = 0;
+   if (element_.get(value) != simdjson::SUCCESS) {
+      fail("not a whole number from 0 to " + std::to_string(max));
+   }
+   if (value > max) {
+      fail("not from 0 to " + std::to_string(max));
+   }
+   return value;
+}
+
+simdjson::dom::array Node::list() const {
+   if (!element_.is_array()) {
+      fail("not a list");
+   }
+   return element_.get_array().value_unsafe();
+}
+
+simdjson::dom::object Node::object() const {
+   if (!element_.is_object()) {
+      fail("not an object");
+   }
+   return element_.get_object().value_unsafe();
+}
+
+void Node::checkKeys(simdjson::dom::object members) const {
+   std::vector<std::string_view> keys;
+   for (auto const member : members) {
+      keys.push_back(member.key);
+   }
+   std::sort(keys.begin(), keys.end());
+   auto const repeated = std::adjacent_find(keys.begin(), keys.end());
+   if (repeated != keys.end()) {
+      Node(*this, *repeated, members.at_key(*repeated).value_unsafe()).fail("given twice");
+   }
+}
+
+JsonDocument JsonDocument::load(std::string const& file) {
+   return parse(file, contents(file));
+}
+
+JsonDocument JsonDocument::parse(std::string file, std::string text) {
+   JsonDocument document(std::move(file));
+   document.parser_ = std::make_unique<simdjson::dom::parser>();
+   text.reserve(text.size() + simdjson::SIMDJSON_PADDING);
+   auto const error = document.parser_->parse(text).get(document.root_);
+   if (error != simdjson::SUCCESS) {
+      std::string const where = whereNotJson(text);
+      throw JsonError(document.file_ + ": " + (where.empty() ? "" : where + ": ") + simdjson::error_message(error));
+   }
+   return document;
+}
+
+}  // namespace state
