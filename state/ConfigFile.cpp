@@ -10,14 +10,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
 namespace state {
 namespace {
-
-constexpr char const* besideFile = "config.json.new";
 
 void waitForLock(int descriptor, std::string const& stateDir) {
    do {
@@ -31,33 +28,7 @@ void waitForLock(int descriptor, std::string const& stateDir) {
    throw Hive::StateError(stateDir + ": cannot be locked: " + std::strerror(errno));
 }
 
-bool writeAll(int file, std::string_view text) {
-   while (!text.empty()) {
-      ssize_t const written = ::write(file, text.data(), text.size());
-      if (written < 0 && errno != EINTR) {
-         return false;
-      }
-      text.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
-   }
-   return true;
-}
-
 }  // namespace
-
-bool writeDurably(int dir, char const* name, std::string_view text, mode_t mode) {
-   int const file = ::openat(dir, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
-   if (file < 0) {
-      return false;
-   }
-   bool const isDone = writeAll(file, text) && ::fsync(file) == 0;
-   int const error = errno;
-   ::close(file);
-   if (!isDone) {
-      ::unlinkat(dir, name, 0);
-      errno = error;
-   }
-   return isDone;
-}
 
 StateDirId::StateDirId(std::string const& stateDir) {
    struct stat info {};
@@ -99,39 +70,39 @@ StateDirLock::~StateDirLock() {
    ::close(descriptor_);
 }
 
-ConfigChange::ConfigChange(std::string const& stateDir) : stateDir_(stateDir), lock_(stateDir) {
-   Zam::makePtr<Hive::EntityManager>(stateDir);  // throws when it is no state directory
-   state_ = readStateDir(stateDir);
-}
+ConfigChange::ConfigChange(std::string const& stateDir)
+    : stateDir_(stateDir),
+      lock_(stateDir),
+      state_(readStateDir(stateDir)) {}
 
 void ConfigChange::commit() {
    writeBeside();
    putInPlace();
 }
 
-void ConfigChange::fail(std::string_view what) const {
-   throw Hive::StateError(stateDir_ + "/" + configFile + ": cannot be " + std::string(what) + ": " +
-                          std::strerror(errno));
+void ConfigChange::fail(std::system_error const& error) const {
+   throw Hive::StateError(stateDir_ + "/" + configFile + ": " + error.what());
 }
 
-void ConfigChange::writeBeside() {
+void ConfigChange::writeBeside() try {
    std::string const text = configText(state_);
    readConfig(JsonDocument::parse(configFile, text), state_);  // what could not be read again is not written
    struct stat before {};
    bool const isNew = ::fstatat(lock_.descriptor(), configFile, &before, 0) != 0;
-   ::unlinkat(lock_.descriptor(), besideFile, 0);  // of a writer that was killed
-   if (!writeDurably(lock_.descriptor(), besideFile, text, isNew ? 0666 : before.st_mode & 0777)) {
-      fail("written");
+   beside_.emplace(lock_.descriptor(), configFile);
+   if (!isNew && ::fchmod(beside_->fd(), before.st_mode & 0777) != 0) {
+      throw std::system_error(errno, std::generic_category(), "cannot be written");
    }
+   beside_->append(text);
+} catch (std::system_error const& error) {
+   fail(error);
 }
 
-void ConfigChange::putInPlace() {
-   if (::renameat(lock_.descriptor(), besideFile, lock_.descriptor(), configFile) != 0) {
-      fail("put in place");
-   }
-   if (::fsync(lock_.descriptor()) != 0) {
-      fail("made to last");
-   }
+void ConfigChange::putInPlace() try {
+   beside_->putInPlaceDurably();
+   beside_.reset();
+} catch (std::system_error const& error) {
+   fail(error);
 }
 
 }  // namespace state

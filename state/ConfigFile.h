@@ -1,20 +1,17 @@
 #pragma once
 
+#include "Zam/NewFile.h"
 #include "state/Export.h"
 #include "state/State.h"
 
-#include <sys/types.h>
-
+#include <optional>
 #include <string>
-#include <string_view>
+#include <system_error>
 
 // The configuration of a state directory: a file of its own beside what the agents write, because commands change it.
 namespace state {
 
 inline constexpr char const* configFile = "config.json";
-
-// Writes a new file below a directory that outlasts a loss of power; false, and errno, when it cannot.
-bool writeDurably(int dir, char const* name, std::string_view text, mode_t mode);
 
 // Which directory is in a place: another load puts another one there.
 class KIV_STATE_EXPORT StateDirId {
@@ -56,16 +53,17 @@ class KIV_STATE_EXPORT ConfigChange {
    State& state() { return state_; }
    void commit();
 
-   // The two halves of commit(): the new configuration under another name, and then in its place.
+   // The two halves of commit(): the new configuration beside its place, and then in it.
    void writeBeside();
    void putInPlace();
 
  private:
-   [[noreturn]] void fail(std::string_view what) const;
+   [[noreturn]] void fail(std::system_error const& error) const;
 
    std::string stateDir_;
    StateDirLock lock_;
    State state_;
+   std::optional<Zam::NewFile> beside_;
 };
 
 }  // namespace state

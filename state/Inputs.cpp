@@ -1,5 +1,6 @@
 #include "state/Inputs.h"
 
+#include "state/OneLoad.h"
 #include "state/StateDir.h"
 
 #include <algorithm>
@@ -26,16 +27,6 @@ Zam::Ptr<Routing::ConfigGen const> routingConfig(bool routing) {
    auto const config = Zam::makePtr<Routing::ConfigGen>();
    config->routingIs(routing);
    return config;
-}
-
-template <class Table>
-Inputs::Table<Table> mounted(std::map<VrfId, Inputs::Table<Table>>& tables, VrfId vrfId,
-                             Hive::EntityManager const& manager, std::string_view below) {
-   auto const found = tables.find(vrfId);
-   if (found != tables.end()) {
-      return found->second;
-   }
-   return tables[vrfId] = manager.mount<Table>(std::string(below) + std::to_string(vrfId));
 }
 
 Inputs::Table<Routing::Rib::RouteConfig> routeConfig(State const& state, std::vector<CachedRoute> VrfState::*routes) {
@@ -96,24 +87,55 @@ void Inputs::allMounted() {
    nexthopGroupCounters();
 }
 
+// What is mounted at once is of one load in any case. Damage is told by what asks for the table.
+void Inputs::fewMounted() {
+   constexpr std::size_t few = 64;
+   for (std::size_t i = 0; i < std::min(few, vrfs_.size()); ++i) {
+      try {
+         routes(vrfs_[i].id);
+         routes6(vrfs_[i].id);
+      } catch (Vault::MountError const&) {
+         continue;
+      }
+   }
+}
+
+void Inputs::checkLoad() const {
+   if (from_ && !(StateDirId(from_->stateDir) == from_->id)) {
+      throw Hive::StateError(from_->stateDir + ": another state was loaded while this one was read");
+   }
+}
+
 Inputs::Vrf const* Inputs::vrf(std::string_view name) const {
    auto const found =
        std::ranges::find_if(vrfs_, [name](Vrf const& vrf) { return std::string_view(vrf.name) == name; });
    return found != vrfs_.end() ? &*found : nullptr;
 }
 
+template <class T>
+Inputs::Table<T> Inputs::mounted(std::map<VrfId, Table<T>>& tables, VrfId vrfId, std::string_view below) {
+   auto const found = tables.find(vrfId);
+   if (found != tables.end()) {
+      return found->second;
+   }
+   auto table = manager_->mount<T>(std::string(below) + std::to_string(vrfId));
+   checkLoad();
+   return tables[vrfId] = std::move(table);
+}
+
 Inputs::Table<Vault::Fib::RouteStatus> Inputs::routes(VrfId vrfId) {
-   return mounted(routes_, vrfId, *manager_, "fib/route/");
+   return mounted(routes_, vrfId, "fib/route/");
 }
 
 Inputs::Table<Vault::Fib6::RouteStatus> Inputs::routes6(VrfId vrfId) {
-   return mounted(routes6_, vrfId, *manager_, "fib6/route/");
+   return mounted(routes6_, vrfId, "fib6/route/");
 }
 
 Inputs::Table<Kiv::NexthopGroupCounterHelper> Inputs::nexthopGroupCounters() {
    if (!nexthopGroupCounters_) {
       auto const counters = Kiv::nexthopGroupCounterHelperFactory();
       counters->mountCounterVaults(manager_);
+      checkLoad();
       nexthopGroupCounters_ = counters;
    }
    return nexthopGroupCounters_;
@@ -242,8 +264,12 @@ void Inputs::policiesAre(State const& state) {
 }
 
 Inputs mountStateDir(std::string const& stateDir) {
-   auto const manager = Zam::makePtr<Hive::EntityManager>(stateDir);
-   return Inputs(manager, readStateDir(stateDir));
+   return ofOneLoad(stateDir, [&](int dir) {
+      Inputs inputs(Zam::makePtr<Hive::EntityManager>(stateDir), readStateIn(dir, stateDir));
+      inputs.fewMounted();
+      inputs.from_ = {stateDir, StateDirId(dir)};
+      return inputs;
+   });
 }
 
 Inputs mountPrivately(State const& state) {

@@ -28,6 +28,7 @@
 #include "Vault/RouteStatus.h"
 #include "Vault/UnprogrammedRouteStatus.h"
 #include "Vrf/VrfIdMap/Status.h"
+#include "state/ConfigFile.h"
 #include "state/Export.h"
 #include "state/State.h"
 
@@ -120,7 +121,21 @@ class KIV_STATE_EXPORT Inputs {
    void tunnelsAre(State const& state);
    void policiesAre(State const& state);
 
+   // The place that the tables are mounted from, and which directory was there.
+   struct From {
+      std::string stateDir;
+      StateDirId id;
+   };
+
+   template <class T>
+   Table<T> mounted(std::map<VrfId, Table<T>>& tables, VrfId vrfId, std::string_view below);
+   void fewMounted();
+   // Hive::StateError when another state was loaded meanwhile.
+   void checkLoad() const;
+   friend KIV_STATE_EXPORT Inputs mountStateDir(std::string const& stateDir);
+
    Zam::Ptr<Hive::EntityManager const> manager_;
+   std::optional<From> from_;
    std::vector<Vrf> vrfs_;
    std::map<VrfId, Table<Vault::Fib::RouteStatus>> routes_;
    std::map<VrfId, Table<Vault::Fib6::RouteStatus>> routes6_;

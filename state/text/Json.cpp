@@ -2,10 +2,16 @@
 
 #include "state/text/JsonLocator.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -40,19 +46,37 @@ std::string shown(Node::Element element) {
    return text;
 }
 
-// All of a file, which may be a pipe.
-std::string contents(std::string const& file) {
-   std::unique_ptr<std::FILE, int (*)(std::FILE*)> const in(std::fopen(file.c_str(), "rbe"), &std::fclose);
+[[noreturn]] void failFor(std::string const& file, std::string const& why) {
+   throw JsonError(file + ": " + why);
+}
+
+// How much of a file is read at most, so that input without end comes to one.
+U64 maxInput() {
+   constexpr U64 fourGiB = U64{4} << 30;
+   U64 limit = 0;
+   char const* const told = std::getenv("KIV_MAX_INPUT");
+   std::string_view const text = told != nullptr ? told : "";
+   auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), limit);
+   return error == std::errc() && end == text.data() + text.size() ? limit : fourGiB;
+}
+
+using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+std::string contents(std::string const& file, Stream const& in) {
    if (in == nullptr) {
-      throw JsonError(file + ": " + std::strerror(errno));
+      failFor(file, std::strerror(errno));
    }
+   U64 const limit = maxInput();
    std::string text;
    std::array<char, 65536> piece;
    while (std::size_t const read = std::fread(piece.data(), 1, piece.size(), in.get())) {
+      if (read > limit - text.size()) {
+         failFor(file, "has more than " + std::to_string(limit) + " bytes, which KIV_MAX_INPUT allows");
+      }
       text.append(piece.data(), read);
    }
    if (std::ferror(in.get()) != 0) {
-      throw JsonError(file + ": " + std::strerror(errno));
+      failFor(file, std::strerror(errno));
    }
    return text;
 }
@@ -138,7 +162,18 @@ void Node::checkKeys(simdjson::dom::object members) const {
 }
 
 JsonDocument JsonDocument::load(std::string const& file) {
-   return parse(file, contents(file));
+   return parse(file, contents(file, Stream(std::fopen(file.c_str(), "rbe"), &std::fclose)));
+}
+
+JsonDocument JsonDocument::loadIn(int dir, std::string const& dirName, char const* file) {
+   std::string const name = dirName + "/" + file;
+   int const descriptor = ::openat(dir, file, O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC);
+   struct stat info {};
+   if (descriptor >= 0 && ::fstat(descriptor, &info) == 0 && !S_ISREG(info.st_mode)) {
+      ::close(descriptor);
+      failFor(name, "is not a file");
+   }
+   return parse(name, contents(name, Stream(descriptor >= 0 ? ::fdopen(descriptor, "rb") : nullptr, &std::fclose)));
 }
 
 JsonDocument JsonDocument::parse(std::string file, std::string text) {

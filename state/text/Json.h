@@ -88,7 +88,10 @@ class Node {
 // A document in memory. What is not JSON at all is a JsonError that says where.
 class JsonDocument {
  public:
+   // A file, which may be a pipe; at most as much as KIV_MAX_INPUT says, in bytes, or 4 GiB.
    static JsonDocument load(std::string const& file);
+   // A file in the open directory `dir`, which messages call `dirName`. Anything else in its place is refused.
+   static JsonDocument loadIn(int dir, std::string const& dirName, char const* file);
    // `file` is what messages call it.
    static JsonDocument parse(std::string file, std::string text);
 

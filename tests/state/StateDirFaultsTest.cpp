@@ -1,0 +1,162 @@
+#include "state/ConfigFile.h"
+#include "state/Inputs.h"
+#include "state/Snapshot.h"
+#include "state/StateDir.h"
+#include "support/Testing.h"
+
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+// What others do to a state directory, or the machine, while it is written and read.
+namespace state {
+namespace {
+
+namespace fs = std::filesystem;
+
+class StateDirFaults : public testing::Test {
+ protected:
+   static mode_t modeOf(fs::path const& path) {
+      struct stat info {};
+      EXPECT_EQ(::lstat(path.c_str(), &info), 0) << path;
+      return info.st_mode & 07777;
+   }
+   static int shell(std::string const& script) { return WEXITSTATUS(std::system(("(" + script + ") 2>&1").c_str())); }
+
+   // Two interfaces and as many routes, all of one metric, by which states are told apart.
+   static State stateOf(U32 metric) {
+      std::string const name = "e" + std::to_string(metric);
+      std::string text = R"({"interfaces": {")" + name + R"(": {}}, "vrfs": {"default": {"ipv4Routes": [)";
+      for (int i = 0; i < 20; ++i) {
+         text += std::string(i == 0 ? "" : ",") + R"({"prefix": "10.)" + std::to_string(i) +
+                 R"(.0.0/16", "type": "kernel", "metric": )" + std::to_string(metric) +
+                 R"(, "vias": [{"interface": ")" + name + "\"}]}";
+      }
+      return parseSnapshot("state", text + "]}}}");
+   }
+
+   testsupport::TempDir dir_;
+   std::string const place_ = dir_ / "state";
+};
+
+TEST_F(StateDirFaults, ReadersFindOneLoadOrAnother) {
+   writeStateDir(stateOf(1), place_);
+   std::atomic<bool> done = false;
+   std::thread loader([&] {
+      for (U32 i = 0; i < 60; ++i) {
+         writeStateDir(stateOf(i % 2 + 1), place_);
+      }
+      done = true;
+   });
+   do {
+      Inputs inputs = mountStateDir(place_);
+      U32 const of = inputs.intfStatus("e1") != nullptr ? 1 : 2;
+      U32 routes = 0;
+      inputs.routes(0)->walk([&](Vault::Fib::Route const& route) {
+         EXPECT_EQ(route.metric, of);
+         Vault::Fib::Fec fec;
+         ASSERT_TRUE(inputs.forwardingStatus->fec(route.fecId, fec));
+         EXPECT_EQ(fec.vias.at(0).intfId.name(), "e" + std::to_string(of));
+         ++routes;
+      });
+      EXPECT_EQ(routes, 20U);
+   } while (!done);
+   loader.join();
+   EXPECT_EQ(std::distance(fs::directory_iterator(fs::path(place_).parent_path()), {}), 1) << "nothing is left behind";
+}
+
+TEST_F(StateDirFaults, LeftoversGoAndNothingElse) {
+   fs::create_directories(dir_ / ".state.new.1/below");
+   fs::create_directory(dir_ / ".state.newer");
+   fs::create_directory_symlink(dir_ / ".state.newer", dir_ / ".state.new.2");
+   std::ofstream(dir_ / ".state.newer/kept") << "text";
+   EXPECT_EQ(removeLeftovers(place_), 1U);
+   EXPECT_FALSE(fs::exists(dir_ / ".state.new.1"));
+   EXPECT_TRUE(fs::exists(dir_ / ".state.newer/kept"));
+   EXPECT_TRUE(fs::is_symlink(dir_ / ".state.new.2"));
+}
+
+TEST_F(StateDirFaults, AFileThatIsNoneIsRefused) {
+   for (char const* const name : {entitiesFile, configFile}) {
+      writeStateDir(stateOf(1), place_);
+      fs::path const file = fs::path(place_) / name;
+      fs::remove(file);
+      ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+      EXPECT_EQ(testsupport::complaintOf<JsonError>([&] { mountStateDir(place_); }), file.string() + ": is not a file");
+      fs::remove(file);
+      fs::create_symlink("/etc/hostname", file);
+      EXPECT_THROW(mountStateDir(place_), JsonError);
+   }
+}
+
+TEST_F(StateDirFaults, ConfigurationKeepsItsModeAndIsReadAgainBeforeItIsWritten) {
+   writeStateDir(stateOf(1), place_);
+   fs::path const file = fs::path(place_) / configFile;
+   EXPECT_EQ(modeOf(file) & 0022U, 0U);
+   ASSERT_EQ(::chmod(file.c_str(), 0640), 0);
+   Routing::RouteKey const key{{}, Lumen::IpGenPrefix::parse("10.0.0.0/8"), 1};
+   ConfigChange(place_).commit();
+   EXPECT_EQ(modeOf(file), 0640U);
+   {
+      ConfigChange change(place_);
+      change.state().vrfs.front().staticRoutes.ip->routeIs(key, Routing::RouteType::forward);  // without vias
+      EXPECT_THROW(change.commit(), JsonError);
+   }
+   EXPECT_TRUE(readStateDir(place_).vrfs.front().staticRoutes.isEmpty());
+   State impossible = stateOf(1);
+   impossible.vrfs.front().staticRoutes.ip->routeIs(key, Routing::RouteType::forward);
+   EXPECT_THROW(writeStateDir(impossible, place_), JsonError);
+}
+
+TEST_F(StateDirFaults, AFullDiskIsSeenBeforeAnythingIsReplaced) {
+   std::ofstream(dir_ / "large.json") << snapshotText(stateOf(1));
+   std::ofstream(dir_ / "small.json") << "{}";
+   std::string const script = "cd " + (dir_ / "") + " && mkdir t && mount -t tmpfs -o size=150k none t || exit 77; " +
+                              "head -c 140000 /dev/zero >t/filling; " KIV_PROGRAM
+                              " load large.json --state t/s; "
+                              "s=$?; ls -A t >left; umount t; exit $s";
+   int const status = shell("unshare -m bash -c '" + script + "' >" + (dir_ / "out") + " 2>&1");
+   if (status == 77 || !fs::exists(dir_ / "left")) {
+      GTEST_SKIP() << "no privilege to mount";
+   }
+   EXPECT_EQ(status, 1);
+   std::ifstream out(dir_ / "out");
+   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(out), {}),
+             "kiv: " + (dir_ / "t/s") + ": No space left on device\n");
+   std::ifstream left(dir_ / "left");
+   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(left), {}), "filling\n");
+}
+
+TEST_F(StateDirFaults, InputWithoutEndHasOne) {
+   ::setenv("KIV_MAX_INPUT", "100000", 1);
+   EXPECT_EQ(testsupport::complaintOf<JsonError>([] { readSnapshot("/dev/zero"); }),
+             "/dev/zero: has more than 100000 bytes, which KIV_MAX_INPUT allows");
+   ::unsetenv("KIV_MAX_INPUT");
+}
+
+// Clears, loads and changes wait for each other.
+TEST_F(StateDirFaults, ClearingWaitsForTheLock) {
+   writeStateDir(stateOf(1), place_);
+   std::string const clear = "timeout 1 " KIV_PROGRAM " --state " + place_ + " clear nexthop-group counters >/dev/null";
+   {
+      StateDirLock const lock(place_);
+      EXPECT_EQ(shell(clear), 124);
+   }
+   EXPECT_EQ(shell(clear), 0);
+}
+
+// A FEC table has room for what is loaded, however many vias each of its FECs has.
+TEST_F(StateDirFaults, TablesAreAsLargeAsTheStateNeeds) {
+   State state = stateOf(1);
+   state.fecs.clear();
+   for (U64 id = 1; id <= 40; ++id) {
+      Vault::Fib::Fec& fec = state.fecs.emplace_back();
+      fec.fecId = Vault::Fib::FecId::of(0, id);
+      fec.primaryVias = Vault::Fib::maxVias;
+      fec.vias.resize(Vault::Fib::maxVias, {.hop = Lumen::IpGenAddr(Lumen::IpAddr(static_cast<U32>(id)))});
+   }
+   EXPECT_NO_THROW(writeStateDir(state, place_));
+   EXPECT_EQ(mountStateDir(place_).forwardingStatus->fecs(), 40U);
+}
+
+}  // namespace
+}  // namespace state
