@@ -5,11 +5,11 @@
 #include "programs/kernel/Rtnl.h"
 #include "programs/kernel/Topology.h"
 #include "programs/kernel/Tunnels.h"
+#include "state/Family.h"
 
 #include <algorithm>
 #include <fstream>
 #include <iterator>
-#include <map>
 #include <optional>
 #include <span>
 #include <tuple>
@@ -18,33 +18,20 @@ namespace kernel {
 
 namespace {
 
-struct Ip4 {
-   using Prefix = Lumen::Prefix;
-   using Route = Vault::Fib::Route;
-   using Fec = Vault::Fib::Fec;
-   using RouteType = Routing::Fib::RouteType;
-   static constexpr auto family = Lumen::AddressFamily::ipv4;
+struct Ip4 : state::Ip4 {
    static constexpr U8 adjType = 2;
    static constexpr auto broadcast = RouteType::receiveBroadcast;
    static constexpr bool joinsRoutes = false;  // of routes with the same metric the kernel uses the first
-   static constexpr auto routes = &state::VrfState::routes;
-   static constexpr auto fecs = &state::State::fecs;
+   static constexpr auto ids = &ForwardingIds::fecs4;
 
    static Prefix prefix(Lumen::IpGenPrefix const& prefix) { return prefix.prefix(); }
    static RouteType type(ProtocolKind const& kind) { return kind.type; }
 };
 
-struct Ip6 {
-   using Prefix = Lumen::Ip6Prefix;
-   using Route = Vault::Fib6::Route;
-   using Fec = Vault::Fib6::Fec;
-   using RouteType = Routing6::Fib::RouteType;
-   static constexpr auto family = Lumen::AddressFamily::ipv6;
-   static constexpr U8 adjType = 1;
+struct Ip6 : state::Ip6 {
    static constexpr auto broadcast = RouteType::receive;
    static constexpr bool joinsRoutes = true;  // they are one multipath route, or the same prefix on several links
-   static constexpr auto routes = &state::VrfState::routes6;
-   static constexpr auto fecs = &state::State::fecs6;
+   static constexpr auto ids = &ForwardingIds::fecs6;
 
    static Prefix prefix(Lumen::IpGenPrefix const& prefix) { return prefix.prefix6(); }
    static RouteType type(ProtocolKind const& kind) { return kind.type6; }
@@ -57,11 +44,13 @@ class RouteMapper {
  public:
    using RouteType = typename Family::RouteType;
 
-   RouteMapper(state::State& state, Topology const& topology, NextHops const& nextHops, Tunnels& tunnels)
+   RouteMapper(state::State& state, Topology const& topology, NextHops const& nextHops, Tunnels& tunnels,
+               StableIds<std::vector<Hop>>& fecIds)
        : state_(state),
          topology_(topology),
          nextHops_(nextHops),
-         tunnels_(tunnels) {}
+         tunnels_(tunnels),
+         fecIds_(fecIds) {}
 
    void map(std::vector<KernelRoute> const& routes) {
       std::vector<Candidate> candidates;
@@ -152,7 +141,9 @@ class RouteMapper {
       Routing::RouteKey const key{{}, route.prefix, kind.preference};
       if (route.prefix.length() == 0 && kind.type == RouteType::staticConfig) {
          auto& configured = state_.vrfs[vrf].staticRoutes;
-         configured.of(Lumen::IpGenPrefix(route.prefix).family()).routeIs(key, Routing::RouteType::forward);
+         auto const unusable =
+             configured.of(Lumen::IpGenPrefix(route.prefix).family()).routeIs(key, Routing::RouteType::forward);
+         unusable->nonPersistentIs(true);  // it is the kernel's to keep, and has no vias that a command could configure
       }
    }
 
@@ -178,14 +169,14 @@ class RouteMapper {
    // The FEC of these next hops, shared by all routes that have the same ones.
    Vault::Fib::FecId fecOf(std::vector<Hop> hops) {
       hops.resize(std::min<std::size_t>(hops.size(), Vault::Fib::maxVias));
-      auto const [entry, isNew] = fecIds_.try_emplace(std::move(hops));
-      if (isNew) {
-         entry->second = Vault::Fib::FecId::of(Family::adjType, fecIds_.size());
-         typename Family::Fec fec{.fecId = entry->second, .primaryVias = static_cast<U16>(entry->first.size())};
-         std::ranges::transform(entry->first, std::back_inserter(fec.vias), [&](Hop const& hop) { return viaOf(hop); });
+      auto const [id, isFirst] = fecIds_.use(hops);
+      auto const fecId = Vault::Fib::FecId::of(Family::adjType, id);
+      if (isFirst) {
+         typename Family::Fec fec{.fecId = fecId, .primaryVias = static_cast<U16>(hops.size())};
+         std::ranges::transform(hops, std::back_inserter(fec.vias), [&](Hop const& hop) { return viaOf(hop); });
          (state_.*Family::fecs).push_back(std::move(fec));
       }
-      return entry->second;
+      return fecId;
    }
 
    // Without a gateway, it is to the far end of a tunnel over IP that packets go.
@@ -201,7 +192,7 @@ class RouteMapper {
    Topology const& topology_;
    NextHops const& nextHops_;
    Tunnels& tunnels_;
-   std::map<std::vector<Hop>, Vault::Fib::FecId> fecIds_;
+   StableIds<std::vector<Hop>>& fecIds_;
 };
 
 // Whether the namespace forwards packets; true when it does not tell.
@@ -214,15 +205,32 @@ bool forwards(char const* setting) {
 
 }  // namespace
 
+void ForwardingIds::nextReading() {
+   fecs4.nextReading();
+   fecs6.nextReading();
+   tunnels.nextReading();
+   labelStacks.nextReading();
+}
+
 state::State stateFrom(Dumps const& dumps) {
+   ForwardingIds ids;
+   return stateFrom(dumps, ids);
+}
+
+state::State stateFrom(Dumps const& dumps, ForwardingIds& ids) {
    Topology const topology(parseLinks(dumps.links), parseAddresses(dumps.addresses));
    NextHops const nextHops(dumps.nextHops.empty() ? std::vector<NextHop>{} : parseNextHops(dumps.nextHops));
    state::State state;
    state.interfaces = topology.interfaces();
    state.vrfs = topology.vrfs();
-   Tunnels tunnels(state, topology);
-   RouteMapper<Ip4>(state, topology, nextHops, tunnels).map(parseRoutes(dumps.routes4, Ip4::family));
-   RouteMapper<Ip6>(state, topology, nextHops, tunnels).map(parseRoutes(dumps.routes6, Ip6::family));
+   Tunnels tunnels(state, topology, ids.tunnels, ids.labelStacks);
+   auto const map = [&]<class Family>(Family, Bytes routes) {
+      RouteMapper<Family>(state, topology, nextHops, tunnels, ids.*Family::ids)
+          .map(parseRoutes(routes, Family::family));
+   };
+   map(Ip4(), dumps.routes4);
+   map(Ip6(), dumps.routes6);
+   ids.nextReading();
    return state;
 }
 

@@ -10,12 +10,12 @@ Tunnel::TunnelId Tunnels::tunnelOf(Hop const& hop) {
    }
    Hop way = hop;
    way.weight = 1;  // the route's, not the tunnel's
-   auto const [entry, isNew] = tunnelIds_.try_emplace(std::move(way));
-   if (isNew) {
-      entry->second = Tunnel::tunnelIdOf(Tunnel::TunnelType::staticTunnel, tunnelIds_.size());
-      state_.tunnels.push_back({entry->second, entryOf(hop)});
+   auto const [index, isFirst] = tunnelIds_.use(way);
+   Tunnel::TunnelId const tunnelId = Tunnel::tunnelIdOf(Tunnel::TunnelType::staticTunnel, index);
+   if (isFirst) {
+      state_.tunnels.push_back({tunnelId, entryOf(hop)});
    }
-   return entry->second;
+   return tunnelId;
 }
 
 // The device that adds an outer header knows better than the route what kind it is.
@@ -33,11 +33,11 @@ Tunnel::TunnelFib::EncapId Tunnels::labelStackOf(MplsLabelOperation const& label
    if (labels.stackSize() == 0) {
       return 0;
    }
-   auto const [entry, isNew] = labelStackIds_.try_emplace(labels, labelStackIds_.size() + 1);
-   if (isNew) {
-      state_.labelStacks.push_back({entry->second, labels});
+   auto const [id, isFirst] = labelStackIds_.use(labels);
+   if (isFirst) {
+      state_.labelStacks.push_back({id, labels});
    }
-   return entry->second;
+   return id;
 }
 
 }  // namespace kernel

@@ -1,18 +1,22 @@
 #pragma once
 
 #include "programs/kernel/Rtnl.h"
+#include "programs/kernel/StableIds.h"
 #include "programs/kernel/Topology.h"
 #include "state/State.h"
-
-#include <map>
 
 namespace kernel {
 
 // Gives next hops with an encapsulation a static tunnel of their own, and puts the tunnels and their label stacks into
-// a state: equal ones once, with numbers counted from 1.
+// a state: equal ones once.
 class Tunnels {
  public:
-   Tunnels(state::State& state, Topology const& topology) : state_(state), topology_(topology) {}
+   Tunnels(state::State& state, Topology const& topology, StableIds<Hop>& tunnelIds,
+           StableIds<Lumen::MplsLabelOperation>& labelStackIds)
+       : state_(state),
+         topology_(topology),
+         tunnelIds_(tunnelIds),
+         labelStackIds_(labelStackIds) {}
 
    // The tunnel of the next hop; 0 when it has no encapsulation.
    Tunnel::TunnelId tunnelOf(Hop const& hop);
@@ -23,8 +27,8 @@ class Tunnels {
 
    state::State& state_;
    Topology const& topology_;
-   std::map<Hop, Tunnel::TunnelId> tunnelIds_;
-   std::map<Lumen::MplsLabelOperation, Tunnel::TunnelFib::EncapId> labelStackIds_;
+   StableIds<Hop>& tunnelIds_;
+   StableIds<Lumen::MplsLabelOperation>& labelStackIds_;
 };
 
 }  // namespace kernel

@@ -3,6 +3,24 @@
 #include "tests/programs/kernel/RouteLines.h"
 
 #include <sched.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+std::atomic<int> overruns = 0;  // how many times from here on the socket says that it ran over
+
+}  // namespace
+
+// In the place of the C library's, for the library that reads netlink sockets.
+extern "C" ssize_t recvmsg(int socket, msghdr* message, int flags) {
+   if (overruns.fetch_sub(1) > 0) {
+      errno = ENOBUFS;
+      return -1;
+   }
+   return ::syscall(SYS_recvmsg, socket, message, flags);
+}
 
 namespace kernelTest {
 
@@ -86,6 +104,16 @@ void compareLinkStates() {
 }
 
 }  // namespace
+
+TEST(LiveMachine, isReadAgainWhenTheSocketRanOver) {
+   kernel::Dumps const before = kernel::readDumps();
+   overruns = 7;
+   EXPECT_EQ(kernel::readDumps().addresses.size(), before.addresses.size());
+   EXPECT_LE(overruns, 0);
+   overruns = 8;
+   EXPECT_THROW(kernel::readDumps(), kernel::RtnlError);
+   overruns = 0;
+}
 
 TEST(LiveMachine, hasTheRoutesThatIpRouteShows) {
    std::string obstacle;

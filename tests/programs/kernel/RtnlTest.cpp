@@ -1,6 +1,7 @@
 #include "programs/kernel/Rtnl.h"
 
 #include "programs/kernel/KernelState.h"
+#include "state/Inputs.h"
 #include "tests/programs/kernel/DumpBuilder.h"
 #include "tests/programs/kernel/RouteLines.h"
 
@@ -314,6 +315,27 @@ TEST_F(BuiltMachine, putsEncapsulationsIntoTunnels) {
       expected.insert("default 10.0.0.0/" + std::to_string(length++) + plain + text);
    }
    EXPECT_EQ(routeLines(state()), expected);
+}
+
+TEST_F(BuiltMachine, takesAsManyNextHopsAsAFecHasAndAloneOneHasNothingToShare) {
+   ByteVector hops;
+   for (U32 number = 0; number < 700; ++number) {
+      Attributes const hop = Attributes().add(RTA_GATEWAY, htonl(0x0a000002 + number));
+      appendValue(hops, rtnexthop{static_cast<U16>(sizeof(rtnexthop) + hop.bytes().size()), 0, 4, 1});
+      hops.insert(hops.end(), hop.bytes().begin(), hop.bytes().end());
+      if (number == 0) {
+         route(routeHeader(AF_INET, 9), tenSlashEight().addBytes(RTA_MULTIPATH, hops));
+      }
+   }
+   route(routeHeader(), tenSlashEight().addBytes(RTA_MULTIPATH, hops));
+   state::State const state = this->state();
+   ASSERT_EQ(state.fecs.size(), 2U);
+   auto const& [alone, all] = std::minmax(state.fecs[0], state.fecs[1],
+                                          [](auto const& a, auto const& b) { return a.vias.size() < b.vias.size(); });
+   EXPECT_EQ(all.vias.size(), Vault::Fib::maxVias);
+   EXPECT_EQ(all.vias.back().weight.raw(), 5U);
+   EXPECT_EQ(alone.vias.at(0).weight.raw(), 1U);
+   EXPECT_NO_THROW(state::mountPrivately(state));
 }
 
 // Whatever its share of the traffic, and in either family.
