@@ -4,8 +4,10 @@
 #include "cliprint/Interrupt.h"
 #include "cliprint/RendererV2.h"
 
+#include <poll.h>
+#include <unistd.h>
+
 #include <cerrno>
-#include <cstdio>
 
 // What every operation that prints has in common.
 namespace Kiv {
@@ -21,6 +23,18 @@ inline bool streams(cliprint::RendererV2& renderer) {
    return renderer.error() == 0;
 }
 
+// Tells on standard output that it ended, unless whoever reads that is the one that the output was waiting for.
+inline void tellInterrupt(cliprint::SigIntException const& interrupt) {
+   pollfd output{.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
+   if (::poll(&output, 1, 0) == 1 && output.revents == POLLOUT) {
+      cliprint::CliPrintBuffer line(STDOUT_FILENO);
+      line.append("exiting ");
+      line.append(interrupt.what());
+      line.append("\n");
+      line.ioflush();
+   }
+}
+
 // `walk` writes one document on a renderer over `fd`. Returns 0 when all of it was written, otherwise why not: EINTR
 // for the user's interrupt, after which the next operation starts afresh, or the errno of the write that failed.
 template <class Walk>
@@ -33,9 +47,8 @@ int printDocument(U32 fd, U32 fmt, Walk const& walk) {
       renderer->endDocument();
       renderer->ioflush();
    } catch (cliprint::SigIntException const& e) {
-      std::printf("exiting %s\n", e.what());
-      std::fflush(stdout);
       cliprint::resetInterrupted();
+      tellInterrupt(e);
       return EINTR;
    }
    return buffer.error();

@@ -26,11 +26,15 @@ void interruptHandlerIs(bool installed) noexcept {
       sigaction(SIGINT, &previous, nullptr);
       return;
    }
+   sigaction(SIGINT, nullptr, &previous);
+   if (previous.sa_handler == SIG_IGN) {
+      return;  // whoever started the process wants it to go on
+   }
    struct sigaction action {};
    action.sa_handler = [](int) { interruptedIs(true); };
    sigemptyset(&action.sa_mask);
    action.sa_flags = 0;  // no SA_RESTART: a blocked write must come back
-   sigaction(SIGINT, &action, &previous);
+   sigaction(SIGINT, &action, nullptr);
 }
 
 }  // namespace cliprint

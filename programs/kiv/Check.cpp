@@ -2,8 +2,7 @@
 
 #include "Interface/Management.h"
 #include "Kiv/CliSupport.h"
-#include "programs/kiv/Output.h"
-#include "programs/kiv/Source.h"
+#include "programs/kiv/Vrfs.h"
 #include "state/Snapshot.h"
 
 #include <stdexcept>
@@ -11,18 +10,75 @@
 namespace kiv {
 namespace {
 
+// Something that is written in one form; `of` tells which when a word is not.
+template <class T>
+struct Written {
+   static constexpr Named named = Named::nothing;
+   static bool accepts(std::string_view) { return true; }
+   static T read(std::string_view word, char const* form) {
+      try {
+         return T::parse(word);
+      } catch (std::exception const&) {
+         throw std::invalid_argument(std::string("not ") + form);
+      }
+   }
+};
+
+struct AddressAndLength : Written<Lumen::IpAddrWithMask> {
+   static constexpr std::string_view name = "ADDRESS/LENGTH";
+   static auto read(std::string_view word) {
+      return Written::read(word, "an IPv4 address with its length, such as 192.0.2.1/24");
+   }
+};
+
+struct Address6AndLength : Written<Lumen::Ip6AddrWithMask> {
+   static constexpr std::string_view name = "ADDRESS/LENGTH";
+   static auto read(std::string_view word) {
+      return Written::read(word, "an IPv6 address with its length, such as 2001:db8::1/64");
+   }
+};
+
+struct RouteDistinguisher : Written<Lumen::RouteDistinguisher> {
+   static constexpr std::string_view name = "RD";
+   static auto read(std::string_view word) {
+      return Written::read(word, "a route distinguisher, such as 65000:100 or 192.0.2.1:100");
+   }
+};
+
+// What is asked about, as it was typed too.
+template <class Kind>
+struct Typed : Kind {
+   struct Value {
+      std::string word{};
+      decltype(Kind::read("")) value{};
+   };
+   static Value read(std::string_view word) { return {std::string(word), Kind::read(word)}; }
+};
+
+struct AddressArguments {
+   Typed<AddressAndLength>::Value address{};
+   std::string interface {};
+   bool secondary = false;
+};
+
+struct Address6Arguments {
+   Typed<Address6AndLength>::Value address{};
+   std::string interface {};
+};
+
+struct RdArguments {
+   Typed<RouteDistinguisher>::Value rd{};
+   std::string vrf{};
+};
+
 // The answer as text or JSON; a "no" is a refusal of the command, whose reason goes to standard error.
-ExitStatus answer(Request const& request, std::string const& asked, bool acceptable, std::string_view message) {
-   if (request.options.json) {
-      ExitStatus const status = writeOutput(std::string("{\"acceptable\":") + (acceptable ? "true" : "false") +
-                                            ",\"msg\":" + state::jsonQuoted(message) + "}\n");
+ExitStatus answer(Session const& session, std::string const& asked, bool acceptable, std::string_view message) {
+   if (session.isJson()) {
+      ExitStatus const status = session.write(std::string("{\"acceptable\":") + (acceptable ? "true" : "false") +
+                                              ",\"msg\":" + state::jsonQuoted(message) + "}\n");
       return status == ExitStatus::ok && !acceptable ? ExitStatus::refused : status;
    }
-   if (!acceptable) {
-      report('"' + asked + "\": " + std::string(request.command.words) + ": " + std::string(message));
-      return ExitStatus::refused;
-   }
-   return writeOutput("acceptable\n");
+   return acceptable ? session.write("acceptable\n") : throw Refusal(asked, std::string(message));
 }
 
 Zam::Ptr<L3::VrfNameRef const> vrfRef(L3::VrfName const& name) {
@@ -49,15 +105,6 @@ Zam::Ptr<Ip6::Config const> ip6Config(Ip6::Status const& status) {
    return config;
 }
 
-template <class T>
-void checkText(std::string_view word, char const* form) {
-   try {
-      T::parse(word);
-   } catch (std::exception const&) {
-      throw std::invalid_argument(std::string("not ") + form);
-   }
-}
-
 Zam::Ptr<Zam::Dir<Zam::PtrInterface> const> rdInputs(state::Inputs const& inputs,
                                                      std::optional<Lumen::RouteDistinguisher> state::Inputs::Vrf::*rd) {
    auto const input = Zam::makePtr<Ip::RouteDistinguisherInput>();
@@ -71,51 +118,66 @@ Zam::Ptr<Zam::Dir<Zam::PtrInterface> const> rdInputs(state::Inputs const& inputs
    return dir;
 }
 
-}  // namespace
-
-ExitStatus checkIpAddress(Request const& request) {
-   std::string const& asked = *request.value("ADDRESS/LENGTH");
-   bool const isSecondary = request.has("secondary");
-   state::Inputs const inputs = inputsFrom(request.options.source);
+ExitStatus checkIpAddress(Session& session, AddressArguments const& asked) {
+   state::Inputs const inputs = session.inputs();
+   requestedInterface(inputs, asked.interface);
    // An address may be entered again, and the primary one with another mask; it does not become the other kind.
    using enum Kiv::AddrMatchType;
    auto const params = Kiv::addressQueryParamsFactory(
-       ipConfig(*inputs.ipStatus), Zam::String(*request.value("interface")), Zam::String(Interface::managementPrefix),
-       isSecondary ? allowNoMatch : allowAddressMatch, isSecondary ? allowExactMatch : allowNoMatch,
-       Lumen::IpAddrWithMask::parse(asked));
+       ipConfig(*inputs.ipStatus), Zam::String(asked.interface), Zam::String(Interface::managementPrefix),
+       asked.secondary ? allowNoMatch : allowAddressMatch, asked.secondary ? allowExactMatch : allowNoMatch,
+       asked.address.value);
    auto const result = Kiv::AddressAssignmentChecker().check(params);
-   return answer(request, asked, result.acceptable, result.msg);
+   return answer(session, asked.address.word, result.acceptable, result.msg);
 }
 
-ExitStatus checkIpv6Address(Request const& request) {
-   std::string const& asked = *request.value("ADDRESS/LENGTH");
-   state::Inputs const inputs = inputsFrom(request.options.source);
-   auto const params =
-       Kiv::address6QueryParamsFactory(ip6Config(*inputs.ip6Status), Zam::String(*request.value("interface")),
-                                       Zam::String(Interface::managementPrefix), Lumen::Ip6AddrWithMask::parse(asked));
+ExitStatus checkIpv6Address(Session& session, Address6Arguments const& asked) {
+   state::Inputs const inputs = session.inputs();
+   requestedInterface(inputs, asked.interface);
+   auto const params = Kiv::address6QueryParamsFactory(ip6Config(*inputs.ip6Status), Zam::String(asked.interface),
+                                                       Zam::String(Interface::managementPrefix), asked.address.value);
    auto const result = Kiv::Address6AssignmentChecker().check(params);
-   return answer(request, asked, result.acceptable, result.msg);
+   return answer(session, asked.address.word, result.acceptable, result.msg);
 }
 
-ExitStatus checkRouteDistinguisher(Request const& request) {
-   std::string const& asked = *request.value("RD");
-   state::Inputs const inputs = inputsFrom(request.options.source);
+ExitStatus checkRouteDistinguisher(Session& session, RdArguments const& asked) {
+   state::Inputs const inputs = session.inputs();
+   requestedVrf(inputs, asked.vrf);
    Kiv::RdAssignmentChecker const checker(rdInputs(inputs, &state::Inputs::Vrf::autoRouteDistinguisher),
                                           rdInputs(inputs, &state::Inputs::Vrf::routeDistinguisher),
-                                          Zam::String(*request.value("vrf")), Lumen::RouteDistinguisher::parse(asked));
-   return answer(request, asked, checker.acceptable, checker.errorMessage);
+                                          Zam::String(asked.vrf), asked.rd.value);
+   return answer(session, asked.rd.word, checker.acceptable, checker.errorMessage);
 }
 
-void checkIpAddressText(std::string_view word) {
-   checkText<Lumen::IpAddrWithMask>(word, "an IPv4 address with its length, such as 192.0.2.1/24");
-}
+template <auto Member, class Kind>
+constexpr auto addressClause =
+    clause<Member, Typed<Kind>>({.keyword = "", .help = "the address and its mask length", .required = true});
+template <auto Member>
+constexpr auto onInterface = clause<Member, InterfaceName>({.keyword = "interface",
+                                                            .help = "the interface that is to have it",
+                                                            .required = true});
 
-void checkIpv6AddressText(std::string_view word) {
-   checkText<Lumen::Ip6AddrWithMask>(word, "an IPv6 address with its length, such as 2001:db8::1/64");
-}
+constexpr auto addressClauses = clauses(
+    addressClause<&AddressArguments::address, AddressAndLength>, onInterface<&AddressArguments::interface>,
+    clause<&AddressArguments::secondary>({.keyword = "secondary", .help = "beside the interface's primary address"}));
+constexpr auto address6Clauses =
+    clauses(addressClause<&Address6Arguments::address, Address6AndLength>, onInterface<&Address6Arguments::interface>);
+constexpr auto rdClauses = clauses(
+    clause<&RdArguments::rd, Typed<RouteDistinguisher>>(
+        {.keyword = "", .help = "the route distinguisher", .required = true}),
+    clause<&RdArguments::vrf, VrfName>({.keyword = "vrf", .help = "the VRF that is to have it", .required = true}));
 
-void checkRouteDistinguisherText(std::string_view word) {
-   checkText<Lumen::RouteDistinguisher>(word, "a route distinguisher, such as 65000:100 or 192.0.2.1:100");
+constexpr auto table = std::to_array<Command>({
+    display<checkIpAddress>("check ip address", "may an interface have this IPv4 address?", addressClauses),
+    display<checkIpv6Address>("check ipv6 address", "may an interface have this IPv6 address?", address6Clauses),
+    display<checkRouteDistinguisher>("check route-distinguisher", "may a VRF have this route distinguisher?",
+                                     rdClauses),
+});
+
+}  // namespace
+
+std::span<Command const> checkCommands() {
+   return table;
 }
 
 }  // namespace kiv

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "programs/kiv/Command.h"
+#include "programs/command/Command.h"
 
 namespace kiv {
 
-// Every command of the program.
+// Every command of the program, in the order in which help tells them.
 std::span<Command const> commands();
 
 }  // namespace kiv

@@ -1,8 +1,8 @@
 #include "programs/kiv/Configure.h"
 
-#include "Hive/EntityManager.h"
-#include "cliprint/Interrupt.h"
-#include "programs/kiv/CommandParser.h"
+#include "programs/command/Kinds.h"
+#include "programs/command/Parser.h"
+#include "programs/command/Session.h"
 #include "programs/kiv/Commands.h"
 #include "state/ConfigFile.h"
 
@@ -14,20 +14,17 @@
 namespace kiv {
 namespace {
 
-std::string const& stateDirOf(Request const& request) {
-   Source const& source = request.options.source;
-   if (source.kind != SourceKind::stateDir) {
-      throw UsageError(std::string(request.command.words) +
-                       ": command line: --state DIR should say whose configuration");
-   }
-   return source.path;
+struct ConfigureArguments {
+   std::string file{};
+};
+
+std::string const& stateDirOf(Session const& session, std::string_view command) {
+   return session.stateDir(command, "whose configuration");
 }
 
 void commit(state::ConfigChange& change) {
    change.writeBeside();
-   if (cliprint::interrupted()) {
-      throw cliprint::SigIntException();
-   }
+   endWhenInterrupted();
    change.putInPlace();
 }
 
@@ -44,41 +41,32 @@ std::vector<std::string> wordsOf(std::string const& line) {
    return words;
 }
 
-void carryOut(state::State& state, Options options) {
-   Request const request = parseCommand(commands(), options);
+void carryOut(state::State& state, std::vector<std::string> const& words) {
+   Request const request = parseCommand(commands(), words);
    if (request.command.configure == nullptr) {
       throw UsageError('"' + std::string(request.command.words) + "\": is no command of the configuration");
    }
-   request.command.configure(state, request);
+   request.configure(state);
 }
 
-}  // namespace
-
-ExitStatus changeConfiguration(Request const& request) {
-   state::ConfigChange change(stateDirOf(request));
-   request.command.configure(change.state(), request);
-   commit(change);
-   return ExitStatus::ok;
-}
-
-ExitStatus configureFromFile(Request const& request) {
-   std::string const& file = *request.value("FILE");
+ExitStatus configureFromFile(Session& session, ConfigureArguments const& asked) {
+   std::string const& file = asked.file;
    std::ifstream in(file);
    if (!in) {
       throw std::runtime_error(file + ": " + std::strerror(errno));
    }
-   state::ConfigChange change(stateDirOf(request));
+   state::ConfigChange change(stateDirOf(session, "configure"));
    std::size_t number = 0;
    for (std::string line; std::getline(in, line);) {
       ++number;
+      endWhenInterrupted();
       auto const place = [&] { return file + ": line " + std::to_string(number) + ": "; };
-      Options options;
-      options.words = wordsOf(line);
-      if (options.words.empty()) {
+      auto const words = wordsOf(line);
+      if (words.empty()) {
          continue;
       }
       try {
-         carryOut(change.state(), std::move(options));
+         carryOut(change.state(), words);
       } catch (UsageError const& error) {
          throw UsageError(place() + error.what());
       } catch (std::exception const& error) {
@@ -90,6 +78,25 @@ ExitStatus configureFromFile(Request const& request) {
    }
    commit(change);
    return ExitStatus::ok;
+}
+
+constexpr auto configureClauses = clauses(clause<&ConfigureArguments::file, FileName>(
+    {.keyword = "", .help = "file of ip route, ipv6 route, no and clear commands, one a line", .required = true}));
+
+constexpr std::array table{
+    command<configureFromFile>("configure", "carry out all commands of a file, or none", configureClauses)};
+
+}  // namespace
+
+ExitStatus changeConfiguration(Session& session, Request const& request) {
+   state::ConfigChange change(stateDirOf(session, request.command.words));
+   request.configure(change.state());
+   commit(change);
+   return ExitStatus::ok;
+}
+
+std::span<Command const> configureCommands() {
+   return table;
 }
 
 }  // namespace kiv

@@ -1,23 +1,18 @@
 #pragma once
 
-#include "programs/kiv/Command.h"
+#include "programs/command/Command.h"
 
 // The commands that change the configuration of a state directory. A command that is refused changes nothing.
 namespace kiv {
 
-// "ip route", "ipv6 route": adds a route, or a via to one.
-void addIpRoute(state::State& state, Request const& request);
-void addIpv6Route(state::State& state, Request const& request);
-// "no ip route", "no ipv6 route": takes away every via, or whole route, that fits all that is said.
-void removeIpRoute(state::State& state, Request const& request);
-void removeIpv6Route(state::State& state, Request const& request);
-// "clear ip route interface", "clear ipv6 route interface": takes away what leads through an interface, in every VRF.
-void clearIpRouteInterface(state::State& state, Request const& request);
-void clearIpv6RouteInterface(state::State& state, Request const& request);
-
-// Carries out one such command on the state directory that the command line names.
-ExitStatus changeConfiguration(Request const& request);
+// "ip route", "ipv6 route": adds a route, or a via to one. "no ip route", "no ipv6 route": takes away every via, or
+// whole route, that fits all that is said. "clear ip route interface", "clear ipv6 route interface": takes away what
+// leads through an interface, in every VRF.
+std::span<Command const> staticRouteCommands();
 // "configure": all commands of a file, or none.
-ExitStatus configureFromFile(Request const& request);
+std::span<Command const> configureCommands();
+
+// Carries out one command of the configuration on the state directory of the session.
+ExitStatus changeConfiguration(Session& session, Request const& request);
 
 }  // namespace kiv

@@ -1,17 +1,39 @@
 #include "programs/kiv/Load.h"
 
+#include "programs/command/Kinds.h"
+#include "programs/command/Session.h"
 #include "state/Snapshot.h"
 #include "state/StateDir.h"
 
 namespace kiv {
+namespace {
 
-ExitStatus loadSnapshot(Request const& request) {
-   std::string const& stateDir = request.options.stateDir;
-   if (stateDir.empty()) {
+struct LoadArguments {
+   std::string snapshot{};
+};
+
+ExitStatus loadSnapshot(Session& session, LoadArguments const& asked) {
+   std::string const& stateDir = session.stateDir("load", "where to");
+   if (!session.source().isNamed) {
       throw UsageError("load: command line: --state DIR should say where to");
    }
-   state::writeStateDir(state::readSnapshot(*request.value("SNAPSHOT")), stateDir);
+   state::writeStateDir(state::readSnapshot(asked.snapshot), stateDir);
    return ExitStatus::ok;
+}
+
+constexpr auto loadClauses = clauses(
+    clause<&LoadArguments::snapshot, FileName>({.keyword = "",
+                                                .parameter = "SNAPSHOT",
+                                                .help = "file that describes the state of a box, see docs/snapshot.md",
+                                                .required = true}));
+
+constexpr std::array table{
+    command<loadSnapshot>("load", "make the directory given with --state hold the state of a snapshot", loadClauses)};
+
+}  // namespace
+
+std::span<Command const> loadCommands() {
+   return table;
 }
 
 }  // namespace kiv

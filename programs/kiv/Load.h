@@ -1,9 +1,10 @@
 #pragma once
 
-#include "programs/kiv/Command.h"
+#include "programs/command/Command.h"
 
 namespace kiv {
 
-ExitStatus loadSnapshot(Request const& request);
+// "load".
+std::span<Command const> loadCommands();
 
 }  // namespace kiv

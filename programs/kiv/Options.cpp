@@ -1,5 +1,7 @@
 #include "programs/kiv/Options.h"
 
+#include "programs/command/Errors.h"
+
 #include <array>
 #include <optional>
 #include <string_view>
@@ -73,7 +75,7 @@ class Parser {
          throw UsageError("command line: only one of --state, --snapshot and --kernel can be given");
       }
       sourceGiven_ = true;
-      options_.source = {kind, std::string(path)};
+      options_.source = {kind, std::string(path), true};
    }
 
    // A command may end in "| json", as a word of its own or two.
@@ -97,11 +99,7 @@ class Parser {
 
 std::span<Parser::Option const> Parser::table() {
    static constexpr auto options = std::to_array<Option>({
-       {"--state", true,
-        [](Parser& parser, std::string_view value) {
-           parser.options_.stateDir = value;
-           parser.sourceIs(SourceKind::stateDir, value);
-        }},
+       {"--state", true, [](Parser& parser, std::string_view value) { parser.sourceIs(SourceKind::stateDir, value); }},
        {"--snapshot", true,
         [](Parser& parser, std::string_view value) { parser.sourceIs(SourceKind::snapshot, value); }},
        {"--kernel", false, [](Parser& parser, std::string_view) { parser.sourceIs(SourceKind::kernel, {}); }},

@@ -1,19 +1,18 @@
 #include "programs/kiv/Program.h"
 
-#include "Hive/EntityManager.h"
-#include "Vault/Error.h"
-#include "Zam/Error.h"
 #include "cliprint/Interrupt.h"
-#include "programs/kiv/CommandParser.h"
+#include "programs/command/Help.h"
+#include "programs/command/Parser.h"
+#include "programs/command/Session.h"
 #include "programs/kiv/Commands.h"
-#include "programs/kiv/Help.h"
-#include "programs/kiv/Output.h"
+#include "programs/kiv/Options.h"
 
 #include <signal.h>
 #include <unistd.h>
 
+#include <array>
+#include <csignal>
 #include <cstdlib>
-#include <new>
 
 namespace kiv {
 namespace {
@@ -30,54 +29,92 @@ void onBusError(int) {
    ::_exit(static_cast<int>(ExitStatus::internal));
 }
 
+volatile std::sig_atomic_t terminated = 0;
+
+// Ends an output as an interrupt does; a second one ends the process, whatever it does.
+void onTerminate(int) {
+   terminated = 1;
+   cliprint::interruptedIs(true);
+}
+
+void installTerminate() {
+   struct sigaction action {};
+   sigaction(SIGTERM, nullptr, &action);
+   if (action.sa_handler == SIG_DFL) {
+      action.sa_handler = onTerminate;
+      action.sa_flags = static_cast<int>(SA_RESETHAND);  // no SA_RESTART: a blocked write must come back
+      sigaction(SIGTERM, &action, nullptr);
+   }
+}
+
 void installHandlers() {
+   installTerminate();
    ::signal(SIGPIPE, SIG_IGN);  // a reader that went away is an error of the write
    ::signal(SIGABRT, onAbort);
    ::signal(SIGBUS, onBusError);
    cliprint::interruptHandlerIs(true);
 }
 
-ExitStatus runCommand(std::span<char const* const> arguments) {
-   char const* const stateDir = std::getenv("KIV_STATE");
-   Options const options = parseOptions(arguments, stateDir != nullptr ? stateDir : "");
-   if (options.help) {
-      return writeOutput(helpText(commands()));
-   }
-   if (!options.words.empty() && options.words.back() == "?") {
-      return writeOutput(nextText(commands(), {options.words.begin(), options.words.end() - 1}));
-   }
-   Request const request = parseCommand(commands(), options);
-   return request.command.run(request);
+constexpr std::string_view optionsText = R"(
+Sources:
+  --state DIR        a state directory; default: $KIV_STATE
+  --snapshot FILE    a snapshot, without loading it anywhere
+  --kernel           this machine's own forwarding; what is used when nothing else is given
+
+Options:
+  --json             write JSON, as "| json" at the end of a command does
+  --help             this text
+
+Words may be shortened while only one fits: kiv sh ip ro; keywords come before the names of protocols. What follows a
+command may stand in any order; in commands that change the configuration it is spelled out. A "?" at the end tells what
+may follow.
+
+Exit status: 0 done; 1 refused, or bad input; 2 wrong command or option; 3 damaged tables or an internal fault;
+4 output not written; 130 interrupted; 143 terminated.
+)";
+
+std::string wholeHelp() {
+   return "usage: kiv [--state DIR | --snapshot FILE | --kernel] [--json] COMMAND\n\nCommands:\n" +
+          helpText(commands()) + std::string(optionsText);
 }
 
-ExitStatus failed(ExitStatus status, std::string_view message) {
-   report(message);
-   return status;
+ExitStatus help(Session& session, NoArguments const&) {
+   return session.write(wholeHelp());
+}
+
+constexpr std::array table{command<help>("help", "the commands and options", noClauses)};
+
+ExitStatus runCommand(Session& session, Options const& options) {
+   if (options.help) {
+      return session.write(wholeHelp());
+   }
+   if (!options.words.empty() && options.words.back() == "?") {
+      auto const names = [&](NamesQuery const& query) { return session.names(query); };
+      return session.write(nextText(commands(), {options.words.begin(), options.words.end() - 1}, names));
+   }
+   return parseCommand(commands(), options.words).run(session);
 }
 
 ExitStatus run(std::span<char const* const> arguments) {
-   try {
-      return runCommand(arguments);
-   } catch (cliprint::SigIntException const&) {
-      return ExitStatus::interrupted;
-   } catch (UsageError const& error) {
-      return failed(ExitStatus::usage, error.what());
-   } catch (Vault::MountError const& error) {
-      return failed(ExitStatus::internal, error.what());
-   } catch (Vault::CorruptionError const& error) {
-      return failed(ExitStatus::internal, error.what());
-   } catch (Zam::RangeError const& error) {
-      return failed(ExitStatus::internal, std::string("shared tables: value out of range: ") + error.what());
-   } catch (std::runtime_error const& error) {
-      return failed(ExitStatus::refused, error.what());
-   } catch (std::bad_alloc const&) {
-      return failed(ExitStatus::internal, "memory: none left");
-   } catch (std::exception const& error) {
-      return failed(ExitStatus::internal, std::string("internal fault: ") + error.what());
+   char const* const stateDir = std::getenv("KIV_STATE");
+   Options options;
+   ExitStatus const status = Session({}, false).carryOut([&] {
+      options = parseOptions(arguments, stateDir != nullptr ? stateDir : "");
+      return ExitStatus::ok;
+   });
+   if (status != ExitStatus::ok) {
+      return status;
    }
+   Session session(options.source, options.json);
+   ExitStatus const ended = session.carryOut([&] { return runCommand(session, options); });
+   return ended == ExitStatus::interrupted && terminated != 0 ? ExitStatus::terminated : ended;
 }
 
 }  // namespace
+
+std::span<Command const> programCommands() {
+   return table;
+}
 
 int runProgram(std::span<char const* const> arguments) {
    installHandlers();

@@ -1,98 +1,93 @@
 #include "programs/kiv/ShowConfiguration.h"
 
-#include "Kiv/CliSupport.h"
-#include "Zam/TypeRegistry.h"
-#include "programs/kiv/RouteClauses.h"
-#include "programs/kiv/RouteRequest.h"
-#include "programs/kiv/Source.h"
+#include "programs/kiv/Families.h"
 #include "programs/kiv/StaticRouteClauses.h"
-#include "programs/kiv/VrfOutput.h"
-
-#include <unistd.h>
-
-#include <cerrno>
+#include "programs/kiv/Vrfs.h"
 
 namespace kiv {
 namespace {
 
-struct Ip4 {
-   static constexpr std::string_view routeCommand = "ip route ";
-   static auto const& routeList(state::Inputs::Vrf const& vrf) { return vrf.ip.routeList; }
+struct RunningArguments {
+   bool all = false;
 };
 
-struct Ip6 {
-   static constexpr std::string_view routeCommand = "ipv6 route ";
-   static auto const& routeList(state::Inputs::Vrf const& vrf) { return vrf.ip6.routeList; }
+struct StaticTableArguments {
+   std::optional<U32> tag{};
+   std::string vrf{L3::VrfName::defaultVrf};  // or all
 };
+
+template <class Family>
+constexpr std::string_view routeCommand = "ip route ";
+template <>
+constexpr std::string_view routeCommand<Ip6> = "ipv6 route ";
 
 template <class Family>
 std::string savedRoutes(state::Inputs::Vrf const& vrf, bool withDefaults) {
-   std::string command(Family::routeCommand);
+   std::string command(routeCommand<Family>);
    if (!vrf.name.isDefaultVrf()) {
       command.append("vrf ").append(vrf.name.bytes()).append(" ");
    }
-   auto const& type = *Zam::TypeRegistry::instance().type("Kiv::StaticRoutesCliSaver");
-   std::any saver = type.construct();
-   std::any const saved = type.call(
-       saver, "save",
-       std::vector<std::any>{Family::routeList(vrf), withDefaults, Zam::String(command), Kiv::RoutingConsts()});
-   return std::any_cast<Zam::String const&>(saved).bytes();
+   Kiv::StaticRoutesCliSaver saver;
+   return saver.save(Family::of(vrf).routeList, withDefaults, Zam::String(command), Kiv::RoutingConsts()).bytes();
 }
 
 template <class Family>
-ExitStatus showRunning(Request const& request) {
-   Kiv::registerTypes();
-   state::Inputs const inputs = inputsFrom(request.options.source);
+ExitStatus showRunning(Session& session, RunningArguments const& asked) {
+   state::Inputs const inputs = session.inputs();
    std::string text;
    for (auto const& vrf : vrfsInOrder(inputs)) {
-      text += savedRoutes<Family>(vrf, request.has(routeClause::all));
+      endWhenInterrupted();
+      text += savedRoutes<Family>(vrf, asked.all);
    }
-   return writeOutput(text);
-}
-
-ExitStatus dumpRoutes(state::Inputs const& inputs, Zam::Ptr<Routing::RouteList const> const& routes, U32 tag,
-                      cliprint::OutputFormat format) {
-   Kiv::StaticRoutesRibCommon table;
-   table.allIntfConfig = inputs.allIntfConfig;
-   table.fd = STDOUT_FILENO;
-   table.fmt = format;
-   table.tag = tag;
-   table.routeInputConf.insert(Zam::makePtr<Routing::RouteInput>(routes));
-   int const error = table.dump(Kiv::RoutingConsts());
-   return error == 0 ? ExitStatus::ok : error == EINTR ? ExitStatus::interrupted : outputFailed(error);
+   return session.write(text);
 }
 
 template <class Family>
-ExitStatus showStatic(Request const& request) {
-   state::Inputs const inputs = inputsFrom(request.options.source);
-   auto const& tag = request.value(staticClause::tag);
-   auto const print = [&](state::Inputs::Vrf const& vrf, cliprint::OutputFormat format) {
-      if (format == cliprint::textFormat) {
-         if (ExitStatus const status = writeOutput("\nVRF: " + vrf.name.bytes() + "\n"); status != ExitStatus::ok) {
-            return status;
-         }
+ExitStatus printStatic(Session const& session, state::Inputs const& inputs, state::Inputs::Vrf const& vrf, U32 tag) {
+   if (!session.isJson()) {
+      if (ExitStatus const status = session.write("\nVRF: " + vrf.name.bytes() + "\n"); status != ExitStatus::ok) {
+         return status;
       }
-      return dumpRoutes(inputs, Family::routeList(vrf), tag ? checkedNumber(*tag) : 0, format);
-   };
-   return printPerVrf(request.options.json, requestedVrfs(inputs, request), print);
+   }
+   Kiv::StaticRoutesRibCommon table;
+   table.allIntfConfig = inputs.allIntfConfig;
+   table.fd = session.output();
+   table.fmt = session.format();
+   table.tag = tag;
+   table.routeInputConf.insert(Zam::makePtr<Routing::RouteInput>(Family::of(vrf).routeList));
+   return session.ended(table.dump(Kiv::RoutingConsts()));
 }
+
+template <class Family>
+ExitStatus showStatic(Session& session, StaticTableArguments const& asked) {
+   state::Inputs const inputs = session.inputs();
+   return printPerVrf(session, requestedVrfs(inputs, asked.vrf), [&](state::Inputs::Vrf const& vrf) {
+      return [&] { return printStatic<Family>(session, inputs, vrf, asked.tag.value_or(0)); };
+   });
+}
+
+constexpr auto runningClauses = clauses(clause<&RunningArguments::all>(
+    {.keyword = "all", .help = "with preference and tag, even when they are the usual ones"}));
+
+constexpr auto staticTableClauses =
+    clauses(clause<&StaticTableArguments::tag, AnyNumber>({.keyword = "tag", .help = "with this tag; 0 for any"}),
+            vrfOrAllClause<&StaticTableArguments::vrf>);
+
+constexpr auto table = std::to_array<Command>({
+    display<showStatic<Ip4>>("show ip route static configured", "the IPv4 static routes as they are configured",
+                             staticTableClauses),
+    display<showStatic<Ip6>>("show ipv6 route static configured", "the IPv6 static routes as they are configured",
+                             staticTableClauses),
+    command<showRunning<Ip4>>("show running-config ip route", "the commands that configure the IPv4 static routes",
+                              runningClauses),
+    command<showRunning<Ip6>>("show running-config ipv6 route", "the commands that configure the IPv6 static routes",
+                              runningClauses),
+});
 
 }  // namespace
 
-ExitStatus showRunningIpRoutes(Request const& request) {
-   return showRunning<Ip4>(request);
-}
-
-ExitStatus showRunningIpv6Routes(Request const& request) {
-   return showRunning<Ip6>(request);
-}
-
-ExitStatus showIpStaticRoutes(Request const& request) {
-   return showStatic<Ip4>(request);
-}
-
-ExitStatus showIpv6StaticRoutes(Request const& request) {
-   return showStatic<Ip6>(request);
+std::span<Command const> showConfigurationCommands() {
+   return table;
 }
 
 }  // namespace kiv

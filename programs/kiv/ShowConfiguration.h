@@ -1,13 +1,11 @@
 #pragma once
 
-#include "programs/kiv/Command.h"
+#include "programs/command/Command.h"
 
-// The configured static routes: as the commands that configure them, and as a table.
 namespace kiv {
 
-ExitStatus showRunningIpRoutes(Request const& request);
-ExitStatus showRunningIpv6Routes(Request const& request);
-ExitStatus showIpStaticRoutes(Request const& request);
-ExitStatus showIpv6StaticRoutes(Request const& request);
+// The configured static routes: as a table, "show ip route static configured", and as the commands that configure them,
+// "show running-config ip route".
+std::span<Command const> showConfigurationCommands();
 
 }  // namespace kiv

@@ -1,117 +1,179 @@
 #include "programs/kiv/ShowRoute.h"
 
-#include "Kiv/CliSupport.h"
-#include "Zam/OrderedMap.h"
-#include "Zam/TypeRegistry.h"
-#include "programs/kiv/RouteRequest.h"
-#include "programs/kiv/Source.h"
-#include "programs/kiv/VrfOutput.h"
+#include "programs/kiv/Families.h"
+#include "programs/kiv/RouteClauses.h"
 
-#include <unistd.h>
+#include <algorithm>
+#include <cerrno>
+#include <tuple>
 
 namespace kiv {
 namespace {
 
-struct Ip4 {
-   using Prefix = Lumen::Prefix;
-   using Route = Vault::Fib::Route;
-   static constexpr char const* sorterType = "Kiv::RouteSorter";
-};
+U32 requestedGroup(state::Inputs const& inputs, std::string const& name) {
+   U32 const id = inputs.nexthopGroupEntryStatus->nexthopGroupNameToId(Zam::String(name));
+   return id != 0 ? id : throw Refusal(name, "no such nexthop group");
+}
 
-struct Ip6 {
-   using Prefix = Lumen::Ip6Prefix;
-   using Route = Vault::Fib6::Route;
-   static constexpr char const* sorterType = "Kiv::Route6Sorter";
-};
-
-// What the collection holds, which is taken out of it.
-Kiv::RouteFilterColl::Filters withdrawnFilters(std::any& collection) {
-   auto const& type = *Zam::TypeRegistry::instance().typeOf(collection);
-   auto const filters = std::any_cast<Kiv::RouteFilterColl::Filters>(type.attribute(collection, "filterColl"));
-   type.call(collection, "filterCollDelAll", {});
+// Null when the command has none.
+template <class Prefix>
+Zam::Ptr<Kiv::RouteFilterColl> requestedFilters(state::Inputs const& inputs, RouteArguments<Prefix> const& asked) {
+   if (!asked.nexthop && !asked.nexthopGroup && !asked.interface) {
+      return {};
+   }
+   auto filters = Kiv::routeFilterCollFactory(asked.matchingViasOnly);
+   if (asked.nexthop) {
+      filters->filterCollIs(Kiv::routeFilterIpFactory(*asked.nexthop));
+   }
+   if (asked.interface) {
+      filters->filterCollIs(Kiv::routeFilterIntfFactory(requestedInterface(inputs, *asked.interface)));
+   }
+   if (asked.nexthopGroup) {
+      bool const any = *asked.nexthopGroup == anyGroup;
+      U32 const id = any ? 0 : requestedGroup(inputs, *asked.nexthopGroup);
+      filters->filterCollIs(Kiv::routeFilterNextHopGroupFactory(id, any));
+   }
    return filters;
 }
 
-void filtersAre(std::any& collection, Kiv::RouteFilterColl::Filters const& filters) {
-   auto const& type = *Zam::TypeRegistry::instance().typeOf(collection);
-   for (auto const& filter : filters) {
-      type.call(collection, "filterCollIs", std::vector<std::any>{filter});
-   }
-}
-
-// Takes the routes that the filters hide out of the sorter. A sorter that is asked for longer prefixes looks at its
-// filters before it has a route's FEC, so it would hide nearly every route; once it is done, it has all FECs.
-template <class Family>
-void hideFiltered(std::any& sorter, std::any filters) {
-   auto const& registry = Zam::TypeRegistry::instance();
-   auto const& sorterType = *registry.type(Family::sorterType);
-   auto const& filtersType = *registry.typeOf(filters);
-   using Routes = Zam::OrderedMap<typename Family::Prefix, typename Family::Route>;
-   auto const routes = std::any_cast<Routes>(sorterType.attribute(sorter, "sortedRoute"));
+// Takes the routes that the filters hide out of the sorter.
+template <class Sorter>
+void hideFiltered(Sorter& sorter, Kiv::RouteFilterColl const& filters) {
+   auto const routes = sorter.sortedRoute();
    for (auto const& [prefix, route] : routes) {
-      std::vector<std::any> const fec{sorterType.call(sorter, "fec", std::vector<std::any>{route.fecId})};
-      if (std::any_cast<bool>(filtersType.call(filters, "filter", fec))) {
-         sorterType.call(sorter, "sortedRouteDel", std::vector<std::any>{prefix});
+      endWhenInterrupted();
+      if (filters.filter(sorter.fec(route.fecId))) {
+         sorter.sortedRouteDel(prefix);
       }
    }
 }
 
-// Selects and prints the routes of one VRF; the output of a command is complete when this is ok.
+template <class SorterInputs>
+void tunnelTablesAre(SorterInputs& to, state::Inputs const& inputs) {
+   std::tie(to.evpnVxlanTunnelTable, to.isisSrTunnelTable, to.staticTunnelTable, to.ldpTunnelTable, to.bgpLuTunnelTable,
+            to.nexthopGroupTunnelTable, to.rsvpLerTunnelTable, to.isisFlexAlgoTunnelTable) = inputs.tunnelTables;
+   to.tunnelFib = inputs.tunnelFib;
+   to.protocolTunnelNameStatus = inputs.protocolTunnelNameStatus;
+   to.cbfFecOverrideMap = inputs.cbfFecOverrideMap;
+   to.policyStatus = inputs.policyStatus;
+   to.policyForwardingStatus = inputs.policyForwardingStatus;
+   to.flexAlgoConfig = inputs.flexAlgoConfig;
+}
+
+// What is not of one family or VRF.
+template <class SorterInputs>
+void tablesAre(SorterInputs& to, state::Inputs const& inputs) {
+   to.forwardingStatus = inputs.forwardingStatus;
+   to.forwarding6Status = inputs.forwarding6Status;
+   to.forwardingGenStatus = inputs.forwardingGenStatus;
+   to.vrfIdMap = inputs.vrfIdMap;
+   to.allIntfConfig = inputs.allIntfConfig;
+   to.nexthopGroupEntryStatus = inputs.nexthopGroupEntryStatus;
+   to.kernelUnprogrammedRoute = inputs.kernelUnprogrammedRoute;
+   to.unprogrammedRouteStatus = inputs.unprogrammedRouteStatus;
+   to.l3Config = inputs.l3Config;
+   to.routeCacheConfig = inputs.routeCacheConfig;
+   to.routeCacheEvpnViaConfig = inputs.routeCacheEvpnViaConfig;
+   to.secondRouteConfig = inputs.secondRouteConfig;
+   tunnelTablesAre(to, inputs);
+}
+
 template <class Family>
-ExitStatus printVrf(state::Inputs& inputs, state::Inputs::Vrf const& vrf, RouteQuery<typename Family::Prefix> query,
-                    cliprint::OutputFormat format) {
-   auto const* const type = Zam::TypeRegistry::instance().type(Family::sorterType);
-   bool const filtersLater = query.longerPrefixes && query.filters.has_value();
-   auto const filters = filtersLater ? withdrawnFilters(query.filters) : Kiv::RouteFilterColl::Filters();
-   std::any sorter = type->construct(sorterArguments(inputs, vrf, query));
-   if (filtersLater) {
-      filtersAre(query.filters, filters);
-      hideFiltered<Family>(sorter, query.filters);
+void vrfIs(typename Family::Sorter::Inputs& to, state::Inputs& inputs, state::Inputs::Vrf const& vrf) {
+   to.routingConfig = Family::of(vrf).routingConfig;
+   to.routeList = Family::of(vrf).routeList;
+   to.routingStatus = Family::routes(inputs, vrf.id);
+   to.vrfName = vrf.name;
+   to.vrfId = vrf.id;
+}
+
+template <class Family>
+typename Family::Sorter::Inputs requestedRoutes(state::Inputs const& inputs,
+                                                RouteArguments<typename Family::Prefix> const& asked) {
+   auto const requested = asked.prefix.value_or(RequestedPrefix<typename Family::Prefix>{});
+   typename Family::Sorter::Inputs to;
+   to.prefix = requested.prefix;
+   to.prefixHasMask = requested.hasMask;
+   to.intfStatus = asked.interface ? requestedInterface(inputs, *asked.interface) : nullptr;
+   to.familySwitch = Family::isInterfaceSwitch && asked.interface;
+   to.protocol = Zam::String(asked.protocol);
+   to.showHidden = asked.all;
+   to.longerPrefixes = asked.longerPrefixes;
+   to.hostRoutes = asked.host;
+   to.nexthopGroupDisplay = true;
+   to.showLocalInterface = true;
+   to.attachedRouteStatus = Family::attached(inputs);
+   to.ipStatus = Family::status(inputs);
+   to.routingHardwareStatus = Family::hardware(inputs);
+   tablesAre(to, inputs);
+   return to;
+}
+
+// Selects the routes of one VRF. A sorter that is asked for longer prefixes looks at its filters before it has a
+// route's FEC, so it would hide nearly every route; once it is done, it has all FECs.
+template <class Family>
+auto selected(typename Family::Sorter::Inputs const& inputs, Zam::Ptr<Kiv::RouteFilterColl> const& filters) {
+   auto const all = filters ? filters->filterColl() : Kiv::RouteFilterColl::Filters();
+   if (filters && inputs.longerPrefixes) {
+      filters->filterCollDelAll();
    }
+   auto sorter = Family::sorter(inputs);
+   sorter->handleInitialized();
+   if (filters && inputs.longerPrefixes) {
+      std::ranges::for_each(all, [&](auto const& filter) { filters->filterCollIs(filter); });
+      hideFiltered(*sorter, *filters);
+   }
+   return sorter;
+}
+
+// The output of a command is complete when this is ok.
+template <class Sorter>
+ExitStatus print(Session const& session, Sorter& sorter) {
    constexpr bool vrfHeader = true;
-   std::any const complete =
-       type->call(sorter, "printRoutes", std::vector<std::any>{U32{STDOUT_FILENO}, format, vrfHeader});
-   if (std::any_cast<bool>(complete)) {
-      return ExitStatus::ok;
-   }
-   S32 const error = std::any_cast<S32>(type->attribute(sorter, "outputError"));
-   return error == 0 ? ExitStatus::interrupted : outputFailed(error);
+   bool const complete = sorter.printRoutes(static_cast<U32>(session.output()), session.format(), vrfHeader);
+   S32 const error = sorter.outputError();
+   return session.ended(complete ? 0 : error != 0 ? error : EINTR);
 }
 
-ExitStatus checkedTables(state::Inputs const& inputs, ExitStatus status) {
-   status = checkedTable(inputs.forwardingStatus, status);
-   status = checkedTable(inputs.forwarding6Status, status);
-   status = checkedTable(inputs.forwardingGenStatus, status);
-   status = checkedTable(inputs.nexthopGroupEntryStatus, status);
-   status = checkedTable(inputs.unprogrammedRouteStatus, status);
-   return checkedTable(inputs.kernelUnprogrammedRoute, status);
+// A table that the display did not look into cannot have told of damage.
+template <class Family>
+ExitStatus checkedTables(Session const& session, state::Inputs& inputs, std::vector<state::Inputs::Vrf> const& vrfs,
+                         ExitStatus status) {
+   for (auto const& vrf : vrfs) {
+      status = session.checked(Family::routes(inputs, vrf.id), status);
+   }
+   status = session.checked(inputs.forwardingStatus, status);
+   status = session.checked(inputs.forwarding6Status, status);
+   status = session.checked(inputs.forwardingGenStatus, status);
+   status = session.checked(inputs.nexthopGroupEntryStatus, status);
+   status = session.checked(inputs.unprogrammedRouteStatus, status);
+   return session.checked(inputs.kernelUnprogrammedRoute, status);
 }
 
 template <class Family>
-ExitStatus showRoute(Request const& request) {
-   Kiv::registerTypes();
-   state::Inputs inputs = inputsFrom(request.options.source);
-   auto const vrfs = requestedVrfs(inputs, request);
-   auto const query = requestedRoutes<typename Family::Prefix>(inputs, request);
-   auto const print = [&](state::Inputs::Vrf const& vrf, cliprint::OutputFormat format) {
-      return printVrf<Family>(inputs, vrf, query, format);
-   };
-   ExitStatus status = printPerVrf(request.options.json, vrfs, print);
-   for (auto const& vrf : vrfs) {
-      status = checkedTable(inputs.routes(vrf.id), status);
-      status = checkedTable(inputs.routes6(vrf.id), status);
-   }
-   return checkedTables(inputs, status);
+ExitStatus showRoute(Session& session, RouteArguments<typename Family::Prefix> const& asked) {
+   state::Inputs inputs = session.inputs();
+   auto const vrfs = requestedVrfs(inputs, asked.vrf);
+   auto of = requestedRoutes<Family>(inputs, asked);
+   auto const filters = requestedFilters(inputs, asked);
+   of.routeFilterColl = filters;
+   std::ranges::for_each(vrfs, [&](auto const& vrf) { Family::routes(inputs, vrf.id); });  // what fails, fails before
+   ExitStatus const status = printPerVrf(session, vrfs, [&](state::Inputs::Vrf const& vrf) {
+      vrfIs<Family>(of, inputs, vrf);
+      return [&session, sorter = selected<Family>(of, filters)] { return print(session, *sorter); };
+   });
+   return checkedTables<Family>(session, inputs, vrfs, status);
 }
+
+constexpr auto table = std::to_array<Command>({
+    display<showRoute<Ip4>>("show ip route", "the IPv4 route table", routeClauses<Lumen::Prefix>),
+    display<showRoute<Ip6>>("show ipv6 route", "the IPv6 route table", routeClauses<Lumen::Ip6Prefix>),
+});
 
 }  // namespace
 
-ExitStatus showIpRoute(Request const& request) {
-   return showRoute<Ip4>(request);
-}
-
-ExitStatus showIpv6Route(Request const& request) {
-   return showRoute<Ip6>(request);
+std::span<Command const> routeCommands() {
+   return table;
 }
 
 }  // namespace kiv

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "programs/kiv/Command.h"
+#include "programs/command/Command.h"
 
 namespace kiv {
 
-ExitStatus showIpRoute(Request const& request);
-ExitStatus showIpv6Route(Request const& request);
+// "show ip route", "show ipv6 route".
+std::span<Command const> routeCommands();
 
 }  // namespace kiv

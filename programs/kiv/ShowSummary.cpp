@@ -1,14 +1,9 @@
 #include "programs/kiv/ShowSummary.h"
 
-#include "Kiv/CliSupport.h"
-#include "Zam/TypeRegistry.h"
 #include "cliprint/JsonScope.h"
 #include "cliprint/RendererV2.h"
-#include "programs/kiv/RouteRequest.h"
-#include "programs/kiv/Source.h"
-#include "programs/kiv/VrfOutput.h"
-
-#include <unistd.h>
+#include "programs/kiv/Families.h"
+#include "programs/kiv/Vrfs.h"
 
 #include <array>
 #include <map>
@@ -78,58 +73,39 @@ constexpr auto ipv6Rows = std::to_array<SummaryRow>({
     {"RIP and other", ""},
 });
 
-struct Ip4 {
-   static constexpr char const* summaryType = "Kiv::RouteSummary";
-   static constexpr auto loads =
-       std::to_array<std::string_view>({"loadInternalStructures", "loadAttachedRoutes", "loadRouteCacheRoutes"});
-   static constexpr std::span<SummaryRow const> rows{ipRows};
-   static auto const& of(state::Inputs::Vrf const& vrf) { return vrf.ip; }
-   static auto routes(state::Inputs& inputs, state::VrfId vrfId) { return inputs.routes(vrfId); }
-   static auto attached(state::Inputs const& inputs) { return inputs.attachedRouteStatus; }
-};
-
-struct Ip6 {
-   static constexpr char const* summaryType = "Kiv::Route6Summary";
-   static constexpr auto loads = std::to_array<std::string_view>({"loadInternalStructures", "loadAttachedRoutes"});
-   static constexpr std::span<SummaryRow const> rows{ipv6Rows};
-   static auto const& of(state::Inputs::Vrf const& vrf) { return vrf.ip6; }
-   static auto routes(state::Inputs& inputs, state::VrfId vrfId) { return inputs.routes6(vrfId); }
-   static auto attached(state::Inputs const& inputs) { return inputs.attachedRoute6Status; }
-};
-
-// The counts of one VRF, read back through the runtime.
-struct Counts {
-   Zam::HashMap<Zam::String, U32> byType{};
-   Zam::OrderedMap<U32, U32> byMask{};
-   U32 total = 0;
-
-   U32 of(std::string_view category) const {
-      auto const* const count = byType.find(Zam::String(category));
-      return count != nullptr ? *count : 0;
-   }
-};
+template <class Family>
+constexpr std::span<SummaryRow const> rowsOf{ipRows};
+template <>
+constexpr std::span<SummaryRow const> rowsOf<Ip6>{ipv6Rows};
 
 template <class Family>
-Counts countsOf(state::Inputs& inputs, state::Inputs::Vrf const& vrf) {
-   auto const& type = *Zam::TypeRegistry::instance().type(Family::summaryType);
-   std::any summary = type.construct();
-   auto const inputIs = [&](std::string_view name, std::any const& value) { type.attributeIs(summary, name, value); };
-   inputIs("routingConfig", Family::of(vrf).routingConfig);
-   inputIs("routeList", Family::of(vrf).routeList);
-   inputIs("routeListDynamic", Family::of(vrf).routeListDynamic);
-   inputIs("routingStatus", Family::routes(inputs, vrf.id));
-   inputIs("attachedRtStatus", Family::attached(inputs));
-   inputIs("vrfIdMap", inputs.vrfIdMap);
-   inputIs("vrfName", vrf.name);
-   if constexpr (Family::loads.size() == Ip4::loads.size()) {
-      inputIs("routeCacheConfig", inputs.routeCacheConfig);
+typename Family::Summary countsOf(state::Inputs& inputs, state::Inputs::Vrf const& vrf) {
+   typename Family::Summary summary;
+   summary.routingConfig = Family::of(vrf).routingConfig;
+   summary.routeList = Family::of(vrf).routeList;
+   summary.routeListDynamic = Family::of(vrf).routeListDynamic;
+   summary.routingStatus = Family::routes(inputs, vrf.id);
+   summary.attachedRtStatus = Family::attached(inputs);
+   summary.vrfIdMap = inputs.vrfIdMap;
+   summary.vrfName = vrf.name;
+   summary.loadInternalStructures();
+   summary.loadAttachedRoutes();
+   if constexpr (requires { summary.loadRouteCacheRoutes(); }) {
+      summary.routeCacheConfig = inputs.routeCacheConfig;
+      summary.loadRouteCacheRoutes();
    }
-   for (std::string_view const load : Family::loads) {
-      type.call(summary, load);
-   }
-   return {std::any_cast<Zam::HashMap<Zam::String, U32>>(type.attribute(summary, "routeCountByType")),
-           std::any_cast<Zam::OrderedMap<U32, U32>>(type.attribute(summary, "routeCountByMask")),
-           static_cast<U32>(std::any_cast<S32>(type.attribute(summary, "totalNumRoutes")))};
+   return summary;
+}
+
+template <class Summary>
+U32 countOf(Summary const& summary, std::string_view category) {
+   auto const* const count = summary.routeCountByType.find(Zam::String(category));
+   return count != nullptr ? *count : 0;
+}
+
+template <class Summary>
+U32 totalOf(Summary const& summary) {
+   return static_cast<U32>(summary.totalNumRoutes);
 }
 
 void addTableHead(cliprint::RendererV2& renderer, std::string_view what) {
@@ -141,23 +117,26 @@ bool isPartOfTheRowAbove(SummaryRow const& row) {
 }
 
 // The last row has what no other has, types without a category among it, so that the rows add up to the total.
-U32 countOf(SummaryRow const& row, std::span<SummaryRow const> rows, Counts const& counts) {
+template <class Family>
+U32 countOf(SummaryRow const& row, typename Family::Summary const& counts) {
+   constexpr auto rows = rowsOf<Family>;
    if (&row != &rows.back()) {
-      return counts.of(row.category);
+      return countOf(counts, row.category);
    }
-   U32 others = counts.total;
+   U32 others = totalOf(counts);
    for (SummaryRow const& other : rows.first(rows.size() - 1)) {
-      others -= isPartOfTheRowAbove(other) ? 0 : counts.of(other.category);
+      others -= isPartOfTheRowAbove(other) ? 0 : countOf(counts, other.category);
    }
    return others;
 }
 
 // The text leaves out what there is none of; the model has every category.
-void addCategories(cliprint::RendererV2& renderer, std::span<SummaryRow const> rows, Counts const& counts) {
+template <class Family>
+void addCategories(cliprint::RendererV2& renderer, typename Family::Summary const& counts) {
    addTableHead(renderer, "Route Type");
    auto const object = cliprint::JsonScope::object(renderer, "routesByType");
-   for (SummaryRow const& row : rows) {
-      U32 const count = countOf(row, rows, counts);
+   for (SummaryRow const& row : rowsOf<Family>) {
+      U32 const count = countOf<Family>(row, counts);
       if (count == 0 && renderer.isText()) {
          continue;
       }
@@ -170,10 +149,11 @@ void addCategories(cliprint::RendererV2& renderer, std::span<SummaryRow const> r
    }
 }
 
-void addMaskLengths(cliprint::RendererV2& renderer, Counts const& counts) {
+template <class Summary>
+void addMaskLengths(cliprint::RendererV2& renderer, Summary const& counts) {
    addTableHead(renderer, "Mask Length");
    auto const object = cliprint::JsonScope::object(renderer, "routesByMaskLength");
-   for (auto const& [length, count] : counts.byMask) {
+   for (auto const& [length, count] : counts.routeCountByMask) {
       cliprint::Attr32Info const maskLength("maskLength", renderer, length);
       cliprint::Attr32Info const routes("routes", renderer, count);
       renderer.startSimpleDictEntry(maskLength);
@@ -183,41 +163,50 @@ void addMaskLengths(cliprint::RendererV2& renderer, Counts const& counts) {
    }
 }
 
-ExitStatus printSummary(std::span<SummaryRow const> rows, Counts const& counts, L3::VrfName const& vrfName,
-                        cliprint::OutputFormat format) {
-   cliprint::CliPrintBuffer buffer(STDOUT_FILENO);
+template <class Family>
+ExitStatus printSummary(Session const& session, typename Family::Summary const& counts) {
+   cliprint::CliPrintBuffer buffer(session.output());
    constexpr bool ownsDocument = true;
-   cliprint::RendererV2 renderer(format, buffer, ownsDocument);
-   cliprint::Attr32Info const total("totalRoutes", renderer, counts.total);
-   renderer.addFrills("\nVRF: %s\n", std::string_view(vrfName));
+   cliprint::RendererV2 renderer(session.format(), buffer, ownsDocument);
+   cliprint::Attr32Info const total("totalRoutes", renderer, totalOf(counts));
+   renderer.addFrills("\nVRF: %s\n", std::string_view(counts.vrfName));
    renderer.addAttributes("Total routes: %u\n", total.getArg());
-   if (counts.total != 0 || renderer.isModel()) {
-      addCategories(renderer, rows, counts);
+   if (totalOf(counts) != 0 || renderer.isModel()) {
+      addCategories<Family>(renderer, counts);
       addMaskLengths(renderer, counts);
    }
    renderer.endDocument();
    renderer.ioflush();
-   return buffer.error() == 0 ? ExitStatus::ok : outputFailed(buffer.error());
+   return session.ended(buffer.error());
 }
 
+struct SummaryArguments {
+   std::string vrf{L3::VrfName::defaultVrf};  // or all
+};
+
 template <class Family>
-ExitStatus showSummary(Request const& request) {
-   Kiv::registerTypes();
-   state::Inputs inputs = inputsFrom(request.options.source);
-   auto const vrfs = requestedVrfs(inputs, request);
-   std::map<state::VrfId, Counts> counts;
+ExitStatus showSummary(Session& session, SummaryArguments const& asked) {
+   state::Inputs inputs = session.inputs();
+   auto const vrfs = requestedVrfs(inputs, asked.vrf);
+   std::map<state::VrfId, typename Family::Summary> counts;
    for (auto const& vrf : vrfs) {
       counts.emplace(vrf.id, countsOf<Family>(inputs, vrf));
    }
-   auto const print = [&](state::Inputs::Vrf const& vrf, cliprint::OutputFormat format) {
-      return printSummary(Family::rows, counts.at(vrf.id), vrf.name, format);
-   };
-   ExitStatus status = printPerVrf(request.options.json, vrfs, print);
+   ExitStatus status = printPerVrf(session, vrfs, [&](state::Inputs::Vrf const& vrf) {
+      return [&] { return printSummary<Family>(session, counts.at(vrf.id)); };
+   });
    for (auto const& vrf : vrfs) {
-      status = checkedTable(Family::routes(inputs, vrf.id), status);
+      status = session.checked(Family::routes(inputs, vrf.id), status);
    }
    return status;
 }
+
+constexpr auto summaryClauses = clauses(vrfOrAllClause<&SummaryArguments::vrf>);
+
+constexpr auto table = std::to_array<Command>({
+    display<showSummary<Ip4>>("show ip route summary", "how many IPv4 routes there are", summaryClauses),
+    display<showSummary<Ip6>>("show ipv6 route summary", "how many IPv6 routes there are", summaryClauses),
+});
 
 }  // namespace
 
@@ -229,12 +218,8 @@ std::span<SummaryRow const> ipv6SummaryRows() {
    return ipv6Rows;
 }
 
-ExitStatus showIpRouteSummary(Request const& request) {
-   return showSummary<Ip4>(request);
-}
-
-ExitStatus showIpv6RouteSummary(Request const& request) {
-   return showSummary<Ip6>(request);
+std::span<Command const> summaryCommands() {
+   return table;
 }
 
 }  // namespace kiv

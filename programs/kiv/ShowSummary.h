@@ -1,12 +1,12 @@
 #pragma once
 
-#include "programs/kiv/Command.h"
+#include "programs/command/Command.h"
 
 // How many routes there are, by category and by mask length.
 namespace kiv {
 
-ExitStatus showIpRouteSummary(Request const& request);
-ExitStatus showIpv6RouteSummary(Request const& request);
+// "show ip route summary", "show ipv6 route summary".
+std::span<Command const> summaryCommands();
 
 // A row of the table: what counts under one category. Its label begins with blanks when the row above it includes it.
 struct SummaryRow {

@@ -1,208 +1,174 @@
 #include "programs/kiv/StaticRouteClauses.h"
 
-#include "L3/VrfName.h"
-#include "Lumen/EthAddr.h"
 #include "Lumen/IntfId.h"
 #include "Lumen/IpAddrWithMask.h"
 #include "Lumen/MplsLabel.h"
 #include "Lumen/Vni.h"
 #include "Zam/Error.h"
-#include "programs/kiv/RequestedPrefix.h"
 #include "state/StaticRoutes.h"
 
 #include <algorithm>
-#include <charconv>
+#include <cctype>
 #include <limits>
 #include <stdexcept>
 
 namespace kiv {
 namespace {
 
-using namespace staticClause;  // NOLINT(google-build-using-namespace): this file is about them
-
 constexpr std::string_view digits = "0123456789";
 
-bool isDestination(std::string_view word) {
-   return word.find('/') != std::string_view::npos &&
-          (word.find(':') != std::string_view::npos || word.find_first_of(digits) == 0);
-}
-
-bool isAddress(std::string_view word) {
-   return word.find('/') == std::string_view::npos &&
-          (word.find(':') != std::string_view::npos ||
-           (word.find('.') != std::string_view::npos && word.find_first_of(digits) == 0));
-}
-
-bool isNumber(std::string_view word) {
-   return !word.empty() && word.find_first_not_of(digits) == std::string_view::npos;
-}
-
-// Its check looks closer.
-bool isInterface(std::string_view word) {
-   return !word.empty() && std::isalpha(static_cast<unsigned char>(word.front())) != 0 &&
-          word.find(':') == std::string_view::npos;
-}
-
-template <U32 Min, U32 Max>
-void checkNumber(std::string_view word) {
-   U32 number = 0;
-   auto const [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-   if (error != std::errc() || end != word.data() + word.size() || number < Min || number > Max) {
-      throw std::invalid_argument("not a number from " + std::to_string(Min) + " to " + std::to_string(Max));
-   }
-}
-
-constexpr auto checkAnyNumber = checkNumber<0, std::numeric_limits<U32>::max()>;
-
-// Bits beyond an IPv4 mask are refused by the route configuration itself.
 template <class Prefix>
-void checkDestination(std::string_view word) {
-   if constexpr (Prefix::maxLength == Lumen::Prefix::maxLength) {
+constexpr bool isIp4 = Prefix::maxLength == Lumen::Prefix::maxLength;
+
+template <class Prefix>
+struct DestinationKind {
+   static constexpr std::string_view name = "PREFIX";
+   static constexpr Named named = Named::nothing;
+   static bool accepts(std::string_view word) {
+      return word.find('/') != std::string_view::npos &&
+             (word.find(':') != std::string_view::npos || word.find_first_of(digits) == 0);
+   }
+   static Destination read(std::string_view word) {
+      if constexpr (isIp4<Prefix>) {
+         try {
+            return {std::string(word), Lumen::IpAddrWithMask::parse(word).subnet()};
+         } catch (std::exception const&) {  // told better below
+         }
+      }
+      return {std::string(word), requestedPrefix<Prefix>(word).prefix};
+   }
+};
+
+// Of an IPv4 route it may be of either family.
+template <class Prefix>
+struct Nexthop : Address {
+   static constexpr std::string_view name = "NEXTHOP";
+   static bool accepts(std::string_view word) {
+      return word.find('/') == std::string_view::npos &&
+             (word.find(':') != std::string_view::npos ||
+              (word.find('.') != std::string_view::npos && word.find_first_of(digits) == 0));
+   }
+   static Lumen::IpGenAddr read(std::string_view word) {
+      auto const address = Address::read(word);
+      if (!isIp4<Prefix> && address.family() != Lumen::AddressFamily::ipv6) {
+         throw std::invalid_argument("IPv4 where an IPv6 address should be");
+      }
+      return address;
+   }
+};
+
+struct Mac {
+   static constexpr std::string_view name = "ADDRESS";
+   static constexpr Named named = Named::nothing;
+   static Lumen::EthAddr read(std::string_view word) {
       try {
-         Lumen::IpAddrWithMask::parse(word);
-         return;
-      } catch (std::exception const&) {  // told better below
+         return Lumen::EthAddr::parse(word);
+      } catch (Zam::ParseError const&) {
+         throw std::invalid_argument("not a MAC address such as 00:1c:73:aa:bb:cc");
       }
    }
-   requestedPrefix<Prefix>(word);
-}
+};
 
-template <class Prefix>
-void checkHop(std::string_view word) {
-   auto const address = requestedNexthop(word);
-   if (Prefix::maxLength != Lumen::Prefix::maxLength && address.family() != Lumen::AddressFamily::ipv6) {
-      throw std::invalid_argument("IPv4 where an IPv6 address should be");
+// What a line of the configuration can hold as a name.
+template <Named What>
+struct ConfigWord : NameOf<What> {
+   static std::string read(std::string_view word) {
+      return state::isConfigWord(word) ? std::string(word) : throw std::invalid_argument("not a word without blanks");
    }
-}
+};
 
-void checkAddress(std::string_view word) {
-   requestedNexthop(word);
-}
+struct OtherVrf : ConfigWord<Named::vrf> {
+   static std::string read(std::string_view word) {
+      std::string read = ConfigWord::read(word);
+      if (word == L3::VrfName::defaultVrf) {
+         throw std::invalid_argument("a route cannot lead into the default VRF, which stands for its own");
+      }
+      if (word.size() > L3::VrfName::maxLength()) {
+         throw std::invalid_argument("longer than " + std::to_string(L3::VrfName::maxLength()) + " bytes");
+      }
+      return read;
+   }
+};
 
-void checkMac(std::string_view word) {
-   try {
-      Lumen::EthAddr::parse(word);
-   } catch (Zam::ParseError const&) {
-      throw std::invalid_argument("not a MAC address such as 00:1c:73:aa:bb:cc");
-   }
-}
-
-void checkWord(std::string_view word) {
-   if (!state::isConfigWord(word)) {
-      throw std::invalid_argument("not a word without blanks");
-   }
-}
-
-void checkOtherVrf(std::string_view word) {
-   checkWord(word);
-   if (word == L3::VrfName::defaultVrf) {
-      throw std::invalid_argument("a route cannot lead into the default VRF, which stands for its own");
-   }
-   if (word.size() > L3::VrfName::maxLength()) {
-      throw std::invalid_argument("longer than " + std::to_string(L3::VrfName::maxLength()) + " bytes");
-   }
-}
+using A = StaticRouteArguments;
 
 // Where a route leads: one of these has to be said.
-constexpr std::array leadsTo{drop, nexthopGroup, cached, egressVrf, interface, nexthop, vtep};
-// What a label or BFD is about.
-constexpr std::array hops{nexthop, egressVrf};
-constexpr std::array ways{nexthop, interface, egressVrf};
-constexpr std::array ofVtep{vtep};
-// What does not go together.
-constexpr std::array notForDrop{nexthopGroup, cached,   egressVrf, interface, nexthop,
-                                label,        trackBfd, vtep,      metric,    leakVrf};
-constexpr std::array notForGroup{cached, egressVrf, interface, nexthop, label, trackBfd, vtep, name, leakVrf};
-constexpr std::array notForCached{egressVrf, interface, nexthop, label,   trackBfd,  vtep,
-                                  tag,       name,      metric,  leakVrf, preference};
-constexpr std::array notForVtep{egressVrf, interface, nexthop, label, trackBfd};
+constexpr auto leadsTo =
+    keys<&A::drop, &A::nexthopGroup, &A::cached, &A::egressVrf, &A::interface, &A::nexthop, &A::vtep>;
+
+constexpr auto drop =
+    clause<&A::drop>({.keyword = "Null0",
+                      .help = "drop what goes there",
+                      .excludes = keys<&A::nexthopGroup, &A::cached, &A::egressVrf, &A::interface, &A::nexthop,
+                                       &A::label, &A::trackBfd, &A::vtep, &A::metric, &A::leakVrf>});
+constexpr auto nexthopGroup = clause<&A::nexthopGroup, ConfigWord<Named::nexthopGroup>>(
+    {.keyword = "nexthop-group",
+     .help = "through a nexthop group",
+     .excludes = keys<&A::cached, &A::egressVrf, &A::interface, &A::nexthop, &A::label, &A::trackBfd, &A::vtep,
+                      &A::name, &A::leakVrf>});
+constexpr auto cached =
+    clause<&A::cached>({.keyword = "cached",
+                        .help = "a route of the route cache",
+                        .excludes = keys<&A::egressVrf, &A::interface, &A::nexthop, &A::label, &A::trackBfd, &A::vtep,
+                                         &A::tag, &A::name, &A::metric, &A::leakVrf, &A::preference>});
 // An interface is in a VRF of its own.
-constexpr std::array notForEgressVrf{interface};
+constexpr auto egressVrf = clause<&A::egressVrf, OtherVrf>(
+    {.keyword = "egress-vrf", .help = "into another VRF", .excludes = keys<&A::interface>});
+constexpr auto vtep =
+    clause<&A::vtep, Address>({.keyword = "vtep",
+                               .help = "over VXLAN to this tunnel endpoint",
+                               .excludes = keys<&A::egressVrf, &A::interface, &A::nexthop, &A::label, &A::trackBfd>});
 
 template <class Prefix>
-constexpr auto routeClauses = std::to_array<Clause>({
-    {.keyword = "",
-     .parameter = prefix,
-     .help = "the destination",
-     .required = true,
-     .accepts = isDestination,
-     .check = checkDestination<Prefix>,
-     .needs = leadsTo},
-    {.keyword = drop, .parameter = "", .help = "drop what goes there", .excludes = notForDrop},
-    {.keyword = nexthopGroup,
-     .parameter = "NAME",
-     .help = "through a nexthop group",
-     .check = checkWord,
-     .excludes = notForGroup},
-    {.keyword = cached, .parameter = "", .help = "a route of the route cache", .excludes = notForCached},
-    {.keyword = egressVrf,
-     .parameter = "NAME",
-     .help = "into another VRF",
-     .check = checkOtherVrf,
-     .excludes = notForEgressVrf},
-    {.keyword = "",
-     .parameter = interface,
-     .help = "through this interface",
-     .accepts = isInterface,
-     .check = checkInterfaceText},
-    {.keyword = "",
-     .parameter = nexthop,
-     .help = "through this next hop",
-     .accepts = isAddress,
-     .check = checkHop<Prefix>},
-    {.keyword = label,
-     .parameter = "NUMBER",
-     .help = "with this MPLS label",
-     .check = checkNumber<0, Lumen::MplsLabel::maxLabel>,
-     .needs = hops},
-    {.keyword = trackBfd, .parameter = "", .help = "as long as BFD reaches it", .needs = ways},
-    {.keyword = vtep,
-     .parameter = "ADDRESS",
-     .help = "over VXLAN to this tunnel endpoint",
-     .check = checkAddress,
-     .excludes = notForVtep},
-    {.keyword = vni,
-     .parameter = "NUMBER",
-     .help = "in this network",
-     .check = checkNumber<1, Lumen::Vni::max>,
-     .needs = ofVtep},
-    {.keyword = routerMac,
-     .parameter = "ADDRESS",
-     .help = "to the router of this MAC address",
-     .check = checkMac,
-     .needs = ofVtep},
-    {.keyword = localInterface,
-     .parameter = "NAME",
-     .help = "from this interface",
-     .check = checkInterfaceText,
-     .needs = ofVtep},
-    {.keyword = ribBypass, .parameter = "", .help = "past the RIB", .needs = ofVtep},
-    {.keyword = sourceVtepValidation, .parameter = "", .help = "and validate who sends from there", .needs = ofVtep},
-    {.keyword = "",
-     .parameter = preference,
-     .help = "of routes to the same prefix the smallest wins; 1 unless given",
-     .accepts = isNumber,
-     .check = checkNumber<1, std::numeric_limits<U8>::max()>},
-    {.keyword = tag, .parameter = "NUMBER", .help = "0 unless given", .check = checkTagText},
-    {.keyword = name, .parameter = "NAME", .help = "of the next hop, or of a route to Null0", .check = checkWord},
-    {.keyword = metric, .parameter = "NUMBER", .help = "0 unless given", .check = checkAnyNumber},
-    {.keyword = leakVrf, .parameter = "NAME", .help = "the VRF that the route is leaked into", .check = checkOtherVrf},
-    {.keyword = vrf, .parameter = "NAME", .help = "the VRF that the route is in, unless in the default one"},
-});
+constexpr StaticRouteClauses routeClauses = clauses(
+    clause<&A::prefix, DestinationKind<Prefix>>(
+        {.keyword = "", .help = "the destination", .required = true, .needs = leadsTo}),
+    drop, nexthopGroup, cached, egressVrf,
+    clause<&A::interface, ConfigInterface>({.keyword = "", .parameter = "INTERFACE", .help = "through this interface"}),
+    clause<&A::nexthop, Nexthop<Prefix>>({.keyword = "", .help = "through this next hop"}),
+    clause<&A::label, Number<0, Lumen::MplsLabel::maxLabel>>(
+        {.keyword = "label", .help = "with this MPLS label", .needs = keys<&A::nexthop, &A::egressVrf>}),
+    clause<&A::trackBfd>({.keyword = "track bfd",
+                          .help = "as long as BFD reaches it",
+                          .needs = keys<&A::nexthop, &A::interface, &A::egressVrf>}),
+    vtep,
+    clause<&A::vni, Number<1, Lumen::Vni::max>>({.keyword = "vni", .help = "in this network", .needs = keys<&A::vtep>}),
+    clause<&A::routerMac, Mac>(
+        {.keyword = "router-mac-address", .help = "to the router of this MAC address", .needs = keys<&A::vtep>}),
+    clause<&A::localInterface, ConfigInterface>(
+        {.keyword = "local-interface", .help = "from this interface", .needs = keys<&A::vtep>}),
+    clause<&A::ribBypass>({.keyword = "rib-bypass", .help = "past the RIB", .needs = keys<&A::vtep>}),
+    clause<&A::sourceVtepValidation>(
+        {.keyword = "source-vtep-validation", .help = "and validate who sends from there", .needs = keys<&A::vtep>}),
+    clause<&A::preference, Number<1, std::numeric_limits<U8>::max()>>(
+        {.keyword = "",
+         .parameter = "PREFERENCE",
+         .help = "of routes to the same prefix the smallest wins; 1 unless given"}),
+    clause<&A::tag, AnyNumber>({.keyword = "tag", .help = "0 unless given"}),
+    clause<&A::name, ConfigWord<Named::nothing>>({.keyword = "name",
+                                                  .help = "of the next hop, or of a route to Null0"}),
+    clause<&A::metric, AnyNumber>({.keyword = "metric", .help = "0 unless given"}),
+    clause<&A::leakVrf, OtherVrf>({.keyword = "leak vrf", .help = "the VRF that the route is leaked into"}),
+    clause<&A::vrf, VrfName>({.keyword = "vrf", .help = "the VRF that the route is in, unless in the default one"}));
 
 // To take a route away, the prefix is enough, and so is anything that tells which of its vias.
 template <class Prefix>
-constexpr auto noRouteClauses = [] {
-   auto clauses = routeClauses<Prefix>;
-   for (Clause& clause : clauses) {
+constexpr StaticRouteClauses noRouteClauses = [] {
+   auto made = routeClauses<Prefix>;
+   for (Clause& clause : made.list) {
       clause.needs = {};
    }
-   return clauses;
+   return made;
 }();
 
 }  // namespace
 
-void checkInterfaceText(std::string_view word) {
+bool ConfigInterface::accepts(std::string_view word) {
+   return !word.empty() && std::isalpha(static_cast<unsigned char>(word.front())) != 0 &&
+          word.find(':') == std::string_view::npos;
+}
+
+std::string ConfigInterface::read(std::string_view word) {
    constexpr std::string_view null0 = "null0";
    if (std::ranges::equal(word, null0, {}, [](unsigned char c) { return std::tolower(c); })) {
       throw std::invalid_argument("is written Null0");
@@ -211,32 +177,12 @@ void checkInterfaceText(std::string_view word) {
       throw std::invalid_argument("not an interface name, which has 1 to " +
                                   std::to_string(Lumen::IntfId::maxNameLength) + " bytes and begins with a letter");
    }
+   return std::string(word);
 }
 
-void checkTagText(std::string_view word) {
-   checkAnyNumber(word);
-}
-
-std::span<Clause const> ipStaticRouteClauses() {
-   return routeClauses<Lumen::Prefix>;
-}
-
-std::span<Clause const> ipv6StaticRouteClauses() {
-   return routeClauses<Lumen::Ip6Prefix>;
-}
-
-std::span<Clause const> noIpStaticRouteClauses() {
-   return noRouteClauses<Lumen::Prefix>;
-}
-
-std::span<Clause const> noIpv6StaticRouteClauses() {
-   return noRouteClauses<Lumen::Ip6Prefix>;
-}
-
-U32 checkedNumber(std::string_view word) {
-   U32 number = 0;
-   std::from_chars(word.data(), word.data() + word.size(), number);
-   return number;
-}
+constinit StaticRouteClauses const ipStaticRouteClauses = routeClauses<Lumen::Prefix>;
+constinit StaticRouteClauses const ipv6StaticRouteClauses = routeClauses<Lumen::Ip6Prefix>;
+constinit StaticRouteClauses const noIpStaticRouteClauses = noRouteClauses<Lumen::Prefix>;
+constinit StaticRouteClauses const noIpv6StaticRouteClauses = noRouteClauses<Lumen::Ip6Prefix>;
 
 }  // namespace kiv

@@ -1,81 +1,75 @@
 #include "Kiv/KivIpRouteCliHelper.h"
 #include "programs/kiv/Configure.h"
+#include "programs/kiv/Families.h"
 #include "programs/kiv/StaticRouteClauses.h"
 #include "state/State.h"
 
 #include <algorithm>
 #include <limits>
-#include <stdexcept>
 
 namespace kiv {
 namespace {
 
-using namespace staticClause;  // NOLINT(google-build-using-namespace): this file is about them
 using Lumen::AddressFamily;
 
-constexpr U8 defaultPreference = 1;
+constexpr U32 defaultPreference = 1;
 
-std::runtime_error refusal(std::string_view word, Request const& request, std::string_view why) {
-   return std::runtime_error('"' + std::string(word) + "\": " + std::string(request.command.words) + ": " +
-                             std::string(why));
+struct ClearArguments {
+   std::string interface {};
+};
+
+// Empty when it was not given.
+Zam::String textOf(std::optional<std::string> const& given) {
+   return Zam::String(given.value_or(""));
+}
+template <class T>
+Zam::String textOf(std::optional<T> const& given) {
+   return given ? Zam::String(given->stringValue()) : Zam::String();
 }
 
-// The text that follows a clause, empty when it was not given.
-Zam::String textOf(Request const& request, std::string_view clause) {
-   return Zam::String(request.value(clause).value_or(""));
-}
-
-U32 numberOf(Request const& request, std::string_view clause, U32 unless = 0) {
-   auto const& word = request.value(clause);
-   return word ? checkedNumber(*word) : unless;
-}
-
-state::VrfState& vrfOf(state::State& state, Request const& request) {
-   std::string const wanted = request.value(vrf).value_or(std::string(L3::VrfName::defaultVrf));
+state::VrfState& vrfOf(state::State& state, StaticRouteArguments const& asked) {
    auto const found =
-       std::ranges::find_if(state.vrfs, [&](auto const& known) { return std::string_view(known.name) == wanted; });
+       std::ranges::find_if(state.vrfs, [&](auto const& known) { return std::string_view(known.name) == asked.vrf; });
    if (found == state.vrfs.end()) {
-      throw refusal(wanted, request, "no such VRF");
+      throw Refusal(asked.vrf, "no such VRF");
    }
-   if (!state::isConfigWord(wanted)) {
-      throw refusal(wanted, request, "no configuration can name a VRF that has blanks in its name");
+   if (!state::isConfigWord(asked.vrf)) {
+      throw Refusal(asked.vrf, "no configuration can name a VRF that has blanks in its name");
    }
    return *found;
 }
 
-Routing::RouteType typeOf(Request const& request) {
-   return request.has(drop)           ? Routing::RouteType::drop
-          : request.has(nexthopGroup) ? Routing::RouteType::nexthopGroup
-          : request.has(cached)       ? Routing::RouteType::routeCacheConnected
-                                      : Routing::RouteType::forward;
+Routing::RouteType typeOf(StaticRouteArguments const& asked) {
+   return asked.drop           ? Routing::RouteType::drop
+          : asked.nexthopGroup ? Routing::RouteType::nexthopGroup
+          : asked.cached       ? Routing::RouteType::routeCacheConnected
+                               : Routing::RouteType::forward;
 }
 
 // A next hop that is all zeros is none, but in another VRF, where it stands for whatever that VRF has.
-Zam::String hopOf(Request const& request, AddressFamily family) {
-   auto const& word = request.value(nexthop);
-   bool const isZero = word && Lumen::IpGenAddr::parse(*word).isZero();
-   if (isZero && !request.has(egressVrf)) {
-      throw refusal(*word, request, "is no next hop");
+std::optional<Lumen::IpGenAddr> hopOf(StaticRouteArguments const& asked, AddressFamily family) {
+   bool const isZero = asked.nexthop && asked.nexthop->isZero();
+   if (isZero && !asked.egressVrf) {
+      throw Refusal(asked.nexthop->stringValue(), "is no next hop");
    }
-   if (request.has(egressVrf) && (!word || isZero)) {
-      return family == AddressFamily::ipv6 ? "::" : "0.0.0.0";
+   if (asked.egressVrf && (!asked.nexthop || isZero)) {
+      return Lumen::IpGenAddr::parse(family == AddressFamily::ipv6 ? "::" : "0.0.0.0");
    }
-   return word ? Zam::String(*word) : Zam::String();
+   return asked.nexthop;
 }
 
-void checkVrfs(Request const& request, state::VrfState const& own) {
-   for (std::string_view const clause : {egressVrf, leakVrf}) {
-      if (auto const& name = request.value(clause); name && *name == own.name.bytes()) {
-         throw refusal(*name, request, "is the route's own VRF");
+void checkVrfs(StaticRouteArguments const& asked, state::VrfState const& own) {
+   for (auto const& name : {asked.egressVrf, asked.leakVrf}) {
+      if (name && *name == own.name.bytes()) {
+         throw Refusal(*name, "is the route's own VRF");
       }
    }
 }
 
-void checkDestination(Kiv::IpRouteCliPluginHelper& helper, Request const& request, AddressFamily family) {
+void checkDestination(Kiv::IpRouteCliPluginHelper& helper, Destination const& destination, AddressFamily family) {
    constexpr bool unicastOnly = true;
-   auto const destination = textOf(request, prefix);
-   if (family == AddressFamily::ipv4 && !helper.isValidPrefix(destination, unicastOnly)) {
-      throw refusal(destination, request, helper.errorMsg());
+   if (family == AddressFamily::ipv4 && !helper.isValidPrefix(Zam::String(destination.word), unicastOnly)) {
+      throw Refusal(destination.word, std::string(helper.errorMsg()));
    }
 }
 
@@ -85,93 +79,91 @@ Zam::Ptr<Routing::Hardware::Status const> hardwareStatus(state::State const& sta
    return status;
 }
 
+Routing::RouteKey keyOfRoute(StaticRouteArguments const& asked, U32 preference) {
+   return {{}, asked.prefix.prefix, static_cast<U8>(preference)};
+}
+
 // What agents added may be of a kind that no command adds a via to. What is configured lasts, whoever began it.
-void makeConfigured(Routing::RouteList& list, Request const& request) {
-   Routing::RouteKey const key{{},
-                               Lumen::IpGenPrefix::parse(*request.value(prefix)),
-                               static_cast<U8>(numberOf(request, preference, defaultPreference))};
-   Routing::Route* const route = list.route(key);
+void makeConfigured(Routing::RouteList& list, StaticRouteArguments const& asked) {
+   Routing::Route* const route = list.route(keyOfRoute(asked, asked.preference.value_or(defaultPreference)));
    if (route != nullptr && route->routeType() == Routing::RouteType::l2NexthopGroup) {
-      throw refusal(*request.value(prefix), request, "is a layer-2 nexthop group route");
+      throw Refusal(asked.prefix.word, "is a layer-2 nexthop group route");
    }
    if (route != nullptr) {
       route->nonPersistentIs(false);
    }
 }
 
-void addRoute(state::State& state, Request const& request, AddressFamily family) {
-   auto const helper = Kiv::ipRouteCliPluginHelperFactory(hardwareStatus(state, family));
-   checkDestination(*helper, request, family);
-   state::VrfState& own = vrfOf(state, request);
-   checkVrfs(request, own);
-   makeConfigured(own.staticRoutes.of(family), request);
-   auto const& local = request.value(localInterface);
+template <class Family>
+void addRoute(state::State& state, StaticRouteArguments const& asked) {
+   auto const helper = Kiv::ipRouteCliPluginHelperFactory(hardwareStatus(state, Family::family));
+   checkDestination(*helper, asked.prefix, Family::family);
+   state::VrfState& own = vrfOf(state, asked);
+   checkVrfs(asked, own);
+   makeConfigured(own.staticRoutes.of(Family::family), asked);
+   auto const& list = Family::family == AddressFamily::ipv6 ? own.staticRoutes.ip6 : own.staticRoutes.ip;
+   auto const local = asked.localInterface ? Lumen::IntfId::named(*asked.localInterface) : Lumen::IntfId();
    bool const isDone = helper->manageRoute(
-       family == AddressFamily::ipv6 ? own.staticRoutes.ip6 : own.staticRoutes.ip, Zam::String(own.name.bytes()),
-       textOf(request, prefix), static_cast<U16>(numberOf(request, preference, defaultPreference)), typeOf(request),
-       textOf(request, leakVrf), textOf(request, interface), request.has(label), numberOf(request, label),
-       request.has(routerMac), numberOf(request, vni), textOf(request, routerMac), request.has(ribBypass),
-       textOf(request, vtep), request.has(sourceVtepValidation), numberOf(request, tag), textOf(request, egressVrf),
-       hopOf(request, family), textOf(request, name), request.has(trackBfd), textOf(request, nexthopGroup),
-       local ? Lumen::IntfId::named(*local) : Lumen::IntfId(), numberOf(request, metric));
+       list, Zam::String(own.name.bytes()), Zam::String(asked.prefix.word),
+       static_cast<U16>(asked.preference.value_or(defaultPreference)), typeOf(asked), textOf(asked.leakVrf),
+       textOf(asked.interface), asked.label.has_value(), asked.label.value_or(0), asked.routerMac.has_value(),
+       asked.vni.value_or(0), textOf(asked.routerMac), asked.ribBypass, textOf(asked.vtep), asked.sourceVtepValidation,
+       asked.tag.value_or(0), textOf(asked.egressVrf), textOf(hopOf(asked, Family::family)), textOf(asked.name),
+       asked.trackBfd, textOf(asked.nexthopGroup), local, asked.metric.value_or(0));
    if (!isDone) {
-      throw refusal(*request.value(prefix), request, helper->errorMsg());
+      throw Refusal(asked.prefix.word, std::string(helper->errorMsg()));
    }
 }
 
 // What is said fits, and what is not said fits anything.
 class Fits {
  public:
-   explicit Fits(Request const& request, AddressFamily family)
-       : request_(request),
-         type_(typeOf(request)),
-         hop_(Lumen::IpGenAddr::parse(hopOf(request, family))) {}
+   Fits(StaticRouteArguments const& asked, AddressFamily family)
+       : asked_(asked),
+         type_(typeOf(asked)),
+         hop_(hopOf(asked, family).value_or(Lumen::IpGenAddr())) {}
 
    // Whether the words tell vias apart, and not just routes.
-   bool saysVia() const { return says(ofVias) || says(ofAnyWay); }
-   // Whether they say where the route leads.
-   bool saysWhere() const { return saysVia() || type_ != Routing::RouteType::forward; }
+   bool saysVia() const { return saysWay() || asked_.metric || asked_.name; }
+   // Whether they say where the route leads, as those do that configure one.
+   bool saysWhere() const {
+      return type_ != Routing::RouteType::forward || asked_.egressVrf || asked_.interface || asked_.nexthop ||
+             asked_.vtep;
+   }
 
    // The route; its vias are looked at one by one.
    bool operator()(Routing::Route const& route) const {
-      return fits(tag, route.tag()) && fits(leakVrf, route.leakToVrf().bytes()) &&
-             (!request_.has(ribBypass) || route.ribBypass()) && fitsType(route);
+      return fits(asked_.tag, route.tag()) && fits(asked_.leakVrf, route.leakToVrf().bytes()) && fitsType(route);
    }
 
    bool operator()(Routing::Route const& route, Routing::Via const& via, Routing::RouteMetric viaMetric) const {
       auto const* const viaName = route.viaNextHopName().find(via);
-      return fits(egressVrf, via.egressVrf.bytes()) && fits(interface, via.intfId.name()) &&
-             (!request_.has(nexthop) || via.hop == hop_) && fits(label, via.mplsLabel.value()) &&
-             (!request_.has(trackBfd) || route.bfdTracked().contains(via)) && fitsVtep(via) &&
-             fits(metric, viaMetric) && fits(name, viaName != nullptr ? viaName->bytes() : "");
+      return fits(asked_.egressVrf, via.egressVrf.bytes()) && fits(asked_.interface, via.intfId.name()) &&
+             (!asked_.nexthop || via.hop == hop_) && fits(asked_.label, via.mplsLabel.value()) &&
+             (!asked_.trackBfd || route.bfdTracked().contains(via)) && fitsVtep(route, via) &&
+             fits(asked_.metric, viaMetric) && fits(asked_.name, viaName != nullptr ? viaName->bytes() : "");
    }
 
    // Whether it is the very via that the words would configure.
    bool isExactly(Routing::Via const& via) const {
-      return via.hop == hop_ && via.intfId.isValid() == request_.has(interface) &&
-             via.mplsLabel.isLabel() == request_.has(label) &&
-             via.egressVrf.isDefaultVrf() != request_.has(egressVrf) && via.vtepAddr.isEmpty() != request_.has(vtep) &&
-             (via.vni != Lumen::Vni()) == request_.has(vni) &&
-             via.localIntf.isValid() == request_.has(localInterface) &&
-             via.vtepSipValidation == request_.has(sourceVtepValidation);
+      return via.hop == hop_ && via.intfId.isValid() == asked_.interface.has_value() &&
+             via.mplsLabel.isLabel() == asked_.label.has_value() &&
+             via.egressVrf.isDefaultVrf() != asked_.egressVrf.has_value() &&
+             via.vtepAddr.isEmpty() != asked_.vtep.has_value() && (via.vni != Lumen::Vni()) == asked_.vni.has_value() &&
+             (via.routerMac != Lumen::EthAddr()) == asked_.routerMac.has_value() &&
+             via.localIntf.isValid() == asked_.localInterface.has_value() &&
+             via.vtepSipValidation == asked_.sourceVtepValidation;
    }
 
  private:
-   static constexpr std::array ofVias{egressVrf, interface, nexthop,   label,          trackBfd,
-                                      vtep,      vni,       routerMac, localInterface, sourceVtepValidation};
-   static constexpr std::array ofAnyWay{metric, name};
-
-   template <std::size_t Size>
-   bool says(std::array<std::string_view, Size> const& clauses) const {
-      return std::ranges::any_of(clauses, [&](auto clause) { return request_.has(clause); });
+   // What only a forwarding route's vias have.
+   bool saysWay() const {
+      return asked_.egressVrf || asked_.interface || asked_.nexthop || asked_.label || asked_.trackBfd || asked_.vtep ||
+             asked_.vni || asked_.routerMac || asked_.localInterface || asked_.ribBypass || asked_.sourceVtepValidation;
    }
-   bool fits(std::string_view clause, std::string_view value) const {
-      auto const& word = request_.value(clause);
-      return !word || *word == value;
-   }
-   bool fits(std::string_view clause, U32 value) const {
-      auto const& word = request_.value(clause);
-      return !word || checkedNumber(*word) == value;
+   template <class T, class Value>
+   static bool fits(std::optional<T> const& said, Value const& value) {
+      return !said || *said == value;
    }
 
    bool fitsType(Routing::Route const& route) const {
@@ -183,25 +175,25 @@ class Fits {
          case Routing::RouteType::l2NexthopGroup:
             return true;
          case Routing::RouteType::drop:
-            return !says(ofVias) && !request_.has(metric) && fits(name, route.dropNextHopName().bytes());
+            return !saysWay() && !asked_.metric && fits(asked_.name, route.dropNextHopName().bytes());
          case Routing::RouteType::nexthopGroup:
-            return !says(ofVias) && !request_.has(name) && fits(metric, route.nexthopGroupMetric()) &&
-                   fits(nexthopGroup, route.nexthopGroupName().bytes());
+            return !saysWay() && !asked_.name && fits(asked_.metric, route.nexthopGroupMetric()) &&
+                   fits(asked_.nexthopGroup, route.nexthopGroupName().bytes());
          case Routing::RouteType::routeCacheConnected:
             return !saysVia();
       }
       return false;
    }
 
-   bool fitsVtep(Routing::Via const& via) const {
-      auto const& address = request_.value(vtep);
-      auto const& mac = request_.value(routerMac);
-      return (!address || via.vtepAddr == Lumen::IpGenAddr::parse(*address)) && fits(vni, via.vni.value()) &&
-             (!mac || via.routerMac == Lumen::EthAddr::parse(*mac)) && fits(localInterface, via.localIntf.name()) &&
-             (!request_.has(sourceVtepValidation) || via.vtepSipValidation);
+   // The bypass of the RIB is kept for the route, and is that of its vias over VXLAN.
+   bool fitsVtep(Routing::Route const& route, Routing::Via const& via) const {
+      return fits(asked_.vtep, via.vtepAddr) && fits(asked_.vni, via.vni.value()) &&
+             fits(asked_.routerMac, via.routerMac) && fits(asked_.localInterface, via.localIntf.name()) &&
+             (!asked_.ribBypass || (route.ribBypass() && !via.vtepAddr.isEmpty())) &&
+             (!asked_.sourceVtepValidation || via.vtepSipValidation);
    }
 
-   Request const& request_;
+   StaticRouteArguments const& asked_;
    Routing::RouteType type_;
    Lumen::IpGenAddr hop_;
 };
@@ -252,62 +244,57 @@ bool removeFrom(Routing::RouteList& list, Routing::RouteKey const& key, Fits con
    return true;
 }
 
-void removeRoute(state::State& state, Request const& request, AddressFamily family) {
-   auto const helper = Kiv::ipRouteCliPluginHelperFactory(hardwareStatus(state, family));
-   checkDestination(*helper, request, family);
-   Routing::RouteList& list = vrfOf(state, request).staticRoutes.of(family);
-   Fits const fits(request, family);
-   auto const prefixKey = [&](U32 number) {
-      return Routing::RouteKey{{}, Lumen::IpGenPrefix::parse(*request.value(prefix)), static_cast<U8>(number)};
-   };
+template <class Family>
+void removeRoute(state::State& state, StaticRouteArguments const& asked) {
+   auto const helper = Kiv::ipRouteCliPluginHelperFactory(hardwareStatus(state, Family::family));
+   checkDestination(*helper, asked.prefix, Family::family);
+   Routing::RouteList& list = vrfOf(state, asked).staticRoutes.of(Family::family);
+   Fits const fits(asked, Family::family);
    // The commands that are shown leave the usual preference out, and each of them means one via or route only.
    constexpr U32 largest = std::numeric_limits<Routing::RoutePreference>::max();
-   U32 const said = numberOf(request, preference);
-   U32 const usual = said != 0 ? said : defaultPreference;
-   bool found = fits.saysWhere() && removeFrom(list, prefixKey(usual), fits, Which::exact);
+   U32 const usual = asked.preference.value_or(defaultPreference);
+   bool found = fits.saysWhere() && removeFrom(list, keyOfRoute(asked, usual), fits, Which::exact);
    if (!found) {
-      for (U32 number = said; number <= (said != 0 ? said : largest); ++number) {
-         found = removeFrom(list, prefixKey(number), fits, Which::allFitting) || found;
+      for (U32 number = asked.preference.value_or(0); number <= asked.preference.value_or(largest); ++number) {
+         found = removeFrom(list, keyOfRoute(asked, number), fits, Which::allFitting) || found;
       }
    }
    if (!found) {
-      throw refusal(*request.value(prefix), request, "no such route");
+      throw Refusal(asked.prefix.word, "no such route");
    }
 }
 
-void clearInterface(state::State& state, Request const& request, AddressFamily family) {
+template <class Family>
+void clearInterface(state::State& state, ClearArguments const& asked) {
    Kiv::ClearIntfRoutesAndViasHelper const helper;
    for (state::VrfState& cleared : state.vrfs) {
       helper.clearIntfRoutesAndViasHelper(
-          family == AddressFamily::ipv6 ? cleared.staticRoutes.ip6 : cleared.staticRoutes.ip,
-          textOf(request, "interface"));
+          Family::family == AddressFamily::ipv6 ? cleared.staticRoutes.ip6 : cleared.staticRoutes.ip,
+          Zam::String(asked.interface));
    }
+}
+
+constexpr auto clearClauses = clauses(clause<&ClearArguments::interface, ConfigInterface>(
+    {.keyword = "interface", .help = "through this interface", .required = true}));
+
+// What carries a command out is said once for all of them.
+template <auto Configure, class Clauses>
+Command changing(std::string_view words, std::string_view help, Clauses const& clauses) {
+   return configuration<Configure>(words, help, clauses, changeConfiguration);
 }
 
 }  // namespace
 
-void addIpRoute(state::State& state, Request const& request) {
-   addRoute(state, request, AddressFamily::ipv4);
-}
-
-void addIpv6Route(state::State& state, Request const& request) {
-   addRoute(state, request, AddressFamily::ipv6);
-}
-
-void removeIpRoute(state::State& state, Request const& request) {
-   removeRoute(state, request, AddressFamily::ipv4);
-}
-
-void removeIpv6Route(state::State& state, Request const& request) {
-   removeRoute(state, request, AddressFamily::ipv6);
-}
-
-void clearIpRouteInterface(state::State& state, Request const& request) {
-   clearInterface(state, request, AddressFamily::ipv4);
-}
-
-void clearIpv6RouteInterface(state::State& state, Request const& request) {
-   clearInterface(state, request, AddressFamily::ipv6);
+std::span<Command const> staticRouteCommands() {
+   static auto const table = std::to_array<Command>({
+       changing<addRoute<Ip4>>("ip route", "configure an IPv4 static route", ipStaticRouteClauses),
+       changing<addRoute<Ip6>>("ipv6 route", "configure an IPv6 static route", ipv6StaticRouteClauses),
+       changing<removeRoute<Ip4>>("no ip route", "take an IPv4 static route away", noIpStaticRouteClauses),
+       changing<removeRoute<Ip6>>("no ipv6 route", "take an IPv6 static route away", noIpv6StaticRouteClauses),
+       changing<clearInterface<Ip4>>("clear ip route", "take IPv4 static routes away", clearClauses),
+       changing<clearInterface<Ip6>>("clear ipv6 route", "take IPv6 static routes away", clearClauses),
+   });
+   return table;
 }
 
 }  // namespace kiv

@@ -1,4 +1,4 @@
-#include "programs/kiv/CommandParser.h"
+#include "programs/command/Parser.h"
 #include "programs/kiv/Commands.h"
 #include "state/ConfigFile.h"
 #include "state/Snapshot.h"
@@ -242,7 +242,7 @@ TEST_F(Configuration, IsCheckedBeforeItIsTaken) {
 // A configuration that is cut off is not taken for a whole one.
 TEST_F(Configuration, IsNotSilentlyCutOffByAnInterrupt) {
    Finished const finished = run_(
-       R"(for i in {1..9}; do for j in {1..250}; do echo "ip route 10.$i.$j.0/24 192.0.2.1 name a-long-name-for-a-hop"
+       R"(set -m; for i in {1..9}; do for j in {1..250}; do echo "ip route 10.$i.$j.0/24 192.0.2.1 name a-long-name-for-a-hop"
 done; done >$DIR/commands; $KIV --state $DIR/s configure $DIR/commands && mkfifo $DIR/pipe
 $KIV --state $DIR/s show running-config ip route >$DIR/pipe & pid=$!
 exec 3<$DIR/pipe
@@ -360,87 +360,30 @@ TEST_F(Configuration, KeepsTheChangesOfTwoWriters) {
 // Words thrown together: what is taken is a configuration that can be written and read again, and everything else is
 // refused with a text of one line.
 TEST(ConfigurationGrammar, WithstandsWordsThrownTogether) {
-   constexpr auto vocabulary = std::to_array<char const*>({"10.0.0.0/8",
-                                                           "10.0.0.0/8",
-                                                           "10.0.0.1/8",
-                                                           "224.0.0.0/4",
-                                                           "0.0.0.0/0",
-                                                           "2001:db8::/32",
-                                                           "::/0",
-                                                           "Null0",
-                                                           "nexthop-group",
-                                                           "G",
-                                                           "cached",
-                                                           "egress-vrf",
-                                                           "red",
-                                                           "default",
-                                                           "Ethernet1",
-                                                           "192.0.2.1",
-                                                           "192.0.2.2",
-                                                           "0.0.0.0",
-                                                           "fe80::1",
-                                                           "::",
-                                                           "label",
-                                                           "5",
-                                                           "1048576",
-                                                           "track",
-                                                           "bfd",
-                                                           "vtep",
-                                                           "203.0.113.9",
-                                                           "vni",
-                                                           "7",
-                                                           "router-mac-address",
-                                                           "00:00:00:00:00:01",
-                                                           "00:00:00:00:00:00",
-                                                           "0:0",
-                                                           "local-interface",
-                                                           "lo",
-                                                           "rib-bypass",
-                                                           "source-vtep-validation",
-                                                           "200",
-                                                           "tag",
-                                                           "4294967295",
-                                                           "4294967296",
-                                                           "name",
-                                                           "n",
-                                                           "metric",
-                                                           "leak",
-                                                           "vrf",
-                                                           "red",
-                                                           "99999999999999999999",
-                                                           "FecId(0x1f)",
-                                                           "?",
-                                                           "--",
-                                                           "10.0.0.0/33",
-                                                           "a\xff",
-                                                           "",
-                                                           "e\x01",
-                                                           "-1",
-                                                           "null0",
-                                                           "/",
-                                                           ":",
-                                                           ".",
-                                                           "1.2.3.4/"});
-   constexpr auto starts =
-       std::to_array<std::array<char const*, 3>>({{"", "ip", "route"}, {"", "ipv6", "route"}, {"no", "ip", "route"}});
+   std::istringstream words(
+       "10.0.0.0/8 10.0.0.0/8 10.0.0.1/8 224.0.0.0/4 0.0.0.0/0 2001:db8::/32 ::/0 Null0 nexthop-group G cached "
+       "egress-vrf red "
+       "default Ethernet1 192.0.2.1 192.0.2.2 0.0.0.0 fe80::1 :: label 5 1048576 track bfd vtep 203.0.113.9 vni 7 "
+       "router-mac-address 00:00:00:00:00:01 00:00:00:00:00:00 0:0 local-interface lo rib-bypass "
+       "source-vtep-validation 200 "
+       "tag 4294967295 4294967296 name n metric leak vrf red 99999999999999999999 FecId(0x1f) ? -- 10.0.0.0/33 a\xff "
+       "e\x01 "
+       "-1 null0 / : . 1.2.3.4/");
+   std::vector<std::string> vocabulary{std::istream_iterator<std::string>(words), {}};
+   vocabulary.emplace_back();
+   std::array<std::vector<std::string>, 3> const starts{{{"ip", "route"}, {"ipv6", "route"}, {"no", "ip", "route"}}};
    auto state = state::parseSnapshot("box", emptyBox);
    Random random(23);
    U32 taken = 0;
    std::string saved = state::configText(state);
    for (U32 i = 0; i < 8'000; ++i) {
-      kiv::Options options;
-      for (char const* const word : starts[random.below(starts.size())]) {
-         if (*word != '\0') {
-            options.words.emplace_back(word);
-         }
-      }
-      options.words.emplace_back(vocabulary[random.below(7)]);
-      for (U32 words = 1 + random.below(i % 4 + 1); words > 0; --words) {
-         options.words.emplace_back(vocabulary[random.below(vocabulary.size())]);
+      std::vector<std::string> line = starts[random.below(starts.size())];
+      line.push_back(vocabulary[random.below(7)]);
+      for (U32 more = 1 + random.below(i % 4 + 1); more > 0; --more) {
+         line.push_back(vocabulary[random.below(static_cast<U32>(vocabulary.size()))]);
       }
       try {
-         auto const request = kiv::parseCommand(kiv::commands(), options);
-         request.command.configure(state, request);
+         kiv::parseCommand(kiv::commands(), line).configure(state);
          ++taken;
          saved = state::configText(state);
          auto again = state::parseSnapshot("box", emptyBox);

@@ -112,7 +112,7 @@ TEST_F(ShowNexthopGroup, StopsWhenInterrupted) {
    print "}}" }' >$DIR/big.json; $KIV load $DIR/big.json --state $DIR/s)")
                  .status,
              0);
-   Finished const finished = run_(R"(mkfifo $DIR/pipe
+   Finished const finished = run_(R"(set -m; mkfifo $DIR/pipe
 $KIV --state $DIR/s show nexthop-group >$DIR/pipe & pid=$!
 exec 3<$DIR/pipe
 read -r -u 3 line

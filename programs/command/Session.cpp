@@ -1,0 +1,102 @@
+#include "programs/command/Session.h"
+
+#include "Hive/EntityManager.h"
+#include "Vault/Error.h"
+#include "Zam/Error.h"
+#include "cliprint/CliPrintBuffer.h"
+#include "cliprint/Interrupt.h"
+#include "programs/command/Errors.h"
+#include "programs/command/Printable.h"
+
+#include <cerrno>
+#include <cstring>
+#include <new>
+
+namespace kiv {
+namespace {
+
+constexpr std::size_t maxLine = 1024;
+
+ExitStatus failed(Session const& session, ExitStatus status, std::string_view message) {
+   session.report(message);
+   return status;
+}
+
+ExitStatus guarded(Session const& session, std::function<ExitStatus()> const& command) {
+   try {
+      return command();
+   } catch (cliprint::SigIntException const&) {
+      return ExitStatus::interrupted;
+   } catch (UsageError const& error) {
+      return failed(session, ExitStatus::usage, error.what());
+   } catch (Vault::MountError const& error) {
+      return failed(session, ExitStatus::internal, error.what());
+   } catch (Vault::CorruptionError const& error) {
+      return failed(session, ExitStatus::internal, error.what());
+   } catch (Zam::RangeError const& error) {
+      return failed(session, ExitStatus::internal, std::string("shared tables: value out of range: ") + error.what());
+   } catch (std::runtime_error const& error) {
+      return failed(session, ExitStatus::refused, error.what());
+   } catch (std::bad_alloc const&) {
+      return failed(session, ExitStatus::internal, "memory: none left");
+   } catch (std::exception const& error) {
+      return failed(session, ExitStatus::internal, std::string("internal fault: ") + error.what());
+   }
+}
+
+}  // namespace
+
+void endWhenInterrupted() {
+   if (cliprint::interrupted()) {
+      throw cliprint::SigIntException();
+   }
+}
+
+ExitStatus Session::carryOut(std::function<ExitStatus()> const& command) {
+   ExitStatus const status = guarded(*this, command);
+   cliprint::resetInterrupted();
+   return status;
+}
+
+std::string const& Session::stateDir(std::string_view command, std::string_view toSay) const {
+   if (source_.kind != SourceKind::stateDir) {
+      throw UsageError(std::string(command) + ": command line: --state DIR should say " + std::string(toSay));
+   }
+   return source_.path;
+}
+
+std::vector<Name> Session::names(NamesQuery const& query) const {
+   if (query.named == Named::nothing || query.named == Named::file) {
+      return query.named == Named::file ? fileNames(query.partial) : std::vector<Name>();
+   }
+   try {
+      state::Inputs read = inputs();
+      return namesIn(read, query);
+   } catch (std::exception const&) {
+      return {};
+   }
+}
+
+ExitStatus Session::write(std::string_view text) const {
+   cliprint::CliPrintBuffer buffer(output_);
+   buffer.append(text);
+   buffer.ioflush();
+   return ended(cliprint::interrupted() ? EINTR : buffer.error());
+}
+
+ExitStatus Session::ended(int error) const {
+   if (error == 0 || error == EINTR) {
+      return error == 0 ? ExitStatus::ok : ExitStatus::interrupted;
+   }
+   if (error != EPIPE) {
+      report((output_ == STDOUT_FILENO ? "standard output: " : "output: ") + std::string(std::strerror(error)));
+   }
+   return ExitStatus::outputFailed;
+}
+
+void Session::report(std::string_view message) const {
+   std::string const line = "kiv: " + printable(message, maxLine - std::strlen("kiv: \n")) + '\n';
+   [[maybe_unused]] auto const ignored = ::write(errors_, line.data(), line.size());
+}
+
+}  // namespace kiv

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "cliprint/Renderer.h"
+#include "programs/command/ExitStatus.h"
+#include "programs/command/Names.h"
+#include "programs/command/Source.h"
+
+#include <unistd.h>
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace kiv {
+
+// For loops that print nothing: throws what ends the command when the user has interrupted it.
+void endWhenInterrupted();
+
+// What a command is handed: the box it is about, the form and the place of its output, and where its errors go. One
+// session carries out one command after the other; an interrupt ends the one that runs.
+class Session {
+ public:
+   Session(Source source, bool json, int output = STDOUT_FILENO, int errors = STDERR_FILENO)
+       : source_(std::move(source)),
+         isJson_(json),
+         output_(output),
+         errors_(errors) {}
+
+   // Carries a command out; whatever it throws becomes one line and the status that it means. An interrupt that came
+   // meanwhile is over then.
+   ExitStatus carryOut(std::function<ExitStatus()> const& command);
+
+   Source const& source() const { return source_; }
+   state::Inputs inputs() const { return inputsFrom(source_); }
+   // The directory that a command changes; a usage error with what `toSay` tells when the source is none.
+   std::string const& stateDir(std::string_view command, std::string_view toSay) const;
+   // What is called how now; nothing of a box that cannot be read.
+   std::vector<Name> names(NamesQuery const& query) const;
+
+   bool isJson() const { return isJson_; }
+   cliprint::OutputFormat format() const { return isJson_ ? cliprint::modelFormat : cliprint::textFormat; }
+   int output() const { return output_; }
+   // A whole text.
+   ExitStatus write(std::string_view text) const;
+   // What the errno that an output ended with means: 0 for a complete one, EINTR for the user's interrupt. Tells of a
+   // failure, but not of a reader that went away.
+   ExitStatus ended(int error) const;
+   // One line "kiv: message" to the errors, of 1 kB at most. Whatever is in the message, it stays one line and does
+   // nothing to a terminal: control characters, what turns the direction of text and what is no UTF-8 are told as \xNN.
+   void report(std::string_view message) const;
+
+   // Tells of damage that a display met in a table and went around.
+   template <class Table>
+   ExitStatus checked(Table const& table, ExitStatus status) const {
+      if (!table || table->corruptions() == 0) {
+         return status;
+      }
+      report(table->corruption());
+      return status == ExitStatus::ok ? ExitStatus::internal : status;
+   }
+
+ private:
+   Source source_;
+   bool isJson_;
+   int output_;
+   int errors_;
+};
+
+}  // namespace kiv

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "state/Inputs.h"
+
+#include <string>
+
+namespace kiv {
+
+// Where the state of the box is read from.
+enum class SourceKind { stateDir, snapshot, kernel };
+
+struct Source {
+   SourceKind kind = SourceKind::kernel;
+   std::string path{};    // of the directory or the file
+   bool isNamed = false;  // by the user, for this command
+};
+
+// The tables and entities of the box that a command is about.
+state::Inputs inputsFrom(Source const& source);
+
+}  // namespace kiv
