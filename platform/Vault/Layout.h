@@ -226,9 +226,10 @@ constexpr U32 linkedSlot(U32 link) noexcept {
 
 // A checksum of what no reader can measure otherwise. Any one bit that changes, changes it; a writer that means harm
 // can make it.
+inline constexpr U64 sumFactor = 0xd6e8feb86659fd93;
 constexpr U64 sumWords(U64 const* words, std::size_t count, U64 sum = 0) noexcept {
    for (std::size_t i = 0; i < count; ++i) {
-      sum = std::rotl(sum, 5) + words[i] * 0xd6e8feb86659fd93;
+      sum = std::rotl(sum, 5) + words[i] * sumFactor;
    }
    return sum;
 }

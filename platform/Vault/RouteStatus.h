@@ -26,6 +26,9 @@ class RouteTable : public TableEntity<Core<Record>> {
       if (!this->core_.find(Records::toKey(prefix), record)) {
          return std::nullopt;
       }
+      if (!record.isWhole()) {
+         this->core_.file().corrupted("damaged route, prefix length", record.key.length);
+      }
       return decoded(record);
    }
 

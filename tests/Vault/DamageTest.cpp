@@ -67,8 +67,9 @@ TYPED_TEST(DamageTest, aBrokenChainIsSaidAndRepaired) {
 
 TYPED_TEST(DamageTest, damagedRoutesAreReportedAndLeftOut) {
    U64 const words = this->slot(9) + offsetof(Slot<typename TypeParam::Record>, words);
-   patch(this->path_, words + offsetof(typename TypeParam::Record, metric), U8{200});
-   patch(this->path_, words + (this->slot(10) - this->slot(9)), U8{0xff});
+   patch(this->path_, words + offsetof(typename TypeParam::Record::Key, length), U8{200});
+   patch(this->path_, words + (this->slot(10) - this->slot(9)) + offsetof(typename TypeParam::Record::Key, length),
+         U8{201});
    typename TypeParam::Reader const reader(this->path_);
    std::vector<std::string> reports;
    reader.corruptionHookIs([&](std::string_view message) { reports.emplace_back(message); });
@@ -364,13 +365,13 @@ void flipEachBit(std::string const& path, U32 every, Read&& read) {
 TYPED_TEST(DamageTest, oneBitIsToldOrChangesNothing) {
    flipEachBit(this->path_, 11, [&] {
       typename TypeParam::Reader const reader(this->path_);
-      std::map<decltype(TypeParam::Route::prefix), U64> found;
-      reader.walk([&](auto const& route) { found[route.prefix] += route.metric + (route.fecId.value() & 0xffU); });
+      U32 found = 0;
+      reader.walk([&](auto const&) { ++found; });
       for (U32 i = 0; i < this->routes; ++i) {
-         auto const route = reader.route(TypeParam::distinctPrefix(i));
-         found[TypeParam::distinctPrefix(i)] += route ? U64{route->metric} * 1000 + route->srcVrfId : 0;
+         auto const prefix = TypeParam::distinctPrefix(i);
+         auto const route = reader.route(prefix);
+         EXPECT_TRUE(!route || *route == patternRoute<TypeParam>(prefix, i)) << i;
       }
-      found[{}] = reader.routes();
       return std::pair(found, reader.corruption());
    });
 }
