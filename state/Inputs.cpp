@@ -274,12 +274,15 @@ Inputs mountStateDir(std::string const& stateDir) {
 
 Inputs mountPrivately(State const& state) {
    PrivateStateDir const dir;
-   Hive::EntityManager::stateDirIs(dir.path());
-   auto const manager = Zam::makePtr<Hive::EntityManager>(dir.path());
-   writeTables(state, *manager);
-   Inputs inputs(manager, state);
-   inputs.allMounted();
-   return inputs;
+   std::optional<Inputs> inputs;
+   toldOf("private", dir.path(), [&] {
+      Hive::EntityManager::stateDirIs(dir.path());
+      auto const manager = Zam::makePtr<Hive::EntityManager>(dir.path());
+      writeTables(state, *manager);
+      inputs.emplace(manager, state);
+      inputs->allMounted();
+   });
+   return *std::move(inputs);
 }
 
 }  // namespace state

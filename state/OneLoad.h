@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Hive/EntityManager.h"
+#include "Vault/Error.h"
 #include "Zam/NewFile.h"
 #include "cliprint/Interrupt.h"
 #include "state/ConfigFile.h"
@@ -33,6 +34,27 @@ auto ofOneLoad(std::string const& stateDir, Act&& act) {
             throw;
          }
       }
+   }
+}
+
+// What goes wrong in a directory of our own is told of the place that it is for.
+template <class Error>
+[[noreturn]] void throwFor(std::string const& place, std::string const& own, Error const& error) {
+   std::string text = error.what();
+   bool const isOwn = text.starts_with(own);
+   throw Error(isOwn ? place + text.substr(own.size()) : text);
+}
+
+template <class Act>
+void toldOf(std::string const& place, std::string const& own, Act&& act) {
+   try {
+      act();
+   } catch (Hive::StateError const& error) {
+      throwFor(place, own, error);
+   } catch (Vault::MountError const& error) {
+      throwFor(place, own, error);
+   } catch (Vault::TableFull const& error) {
+      throwFor(place, own, error);
    }
 }
 

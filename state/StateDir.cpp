@@ -1,6 +1,5 @@
 #include "state/StateDir.h"
 
-#include "Vault/Error.h"
 #include "cliprint/Interrupt.h"
 #include "state/ConfigFile.h"
 #include "state/NewDir.h"
@@ -75,27 +74,6 @@ void writeText(int dir, char const* name, std::string const& text) {
       file.putInPlaceDurably();
    } catch (std::system_error const& error) {
       throw Hive::StateError(std::string(name) + ": " + error.what());
-   }
-}
-
-// What goes wrong in a directory of our own is told of the place that it is for.
-template <class Error>
-[[noreturn]] void throwFor(std::string const& place, std::string const& own, Error const& error) {
-   std::string text = error.what();
-   bool const isOwn = text.starts_with(own);
-   throw Error(isOwn ? place + text.substr(own.size()) : text);
-}
-
-template <class Act>
-void toldOf(std::string const& place, std::string const& own, Act&& act) {
-   try {
-      act();
-   } catch (Hive::StateError const& error) {
-      throwFor(place, own, error);
-   } catch (Vault::MountError const& error) {
-      throwFor(place, own, error);
-   } catch (Vault::TableFull const& error) {
-      throwFor(place, own, error);
    }
 }
 
