@@ -28,7 +28,7 @@ TYPED_TEST(OutputTest, missingInputs) {
 
 // A default route that is configured, with any preference, but not in the FIB.
 TYPED_TEST(OutputTest, aFloatingDefaultRouteIsNotReachable) {
-   for (U8 const preference : {1, 200}) {
+   for (U8 const preference : {U8{1}, U8{200}}) {
       auto const configured = Zam::makePtr<Routing::RouteList>();
       configured->routeIs({{}, this->box_.prefix(TypeParam::everything), preference}, Routing::RouteType::drop);
       this->box_.inputs.routeList = configured;

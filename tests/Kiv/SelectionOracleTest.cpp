@@ -222,9 +222,9 @@ class SelectionOracleTest : public ::testing::Test {
          EXPECT_EQ(prefix, route.prefix);
          EXPECT_TRUE(!route.fecId || sorter.fecHas(route.fecId)) << prefix;
          all.push_back({route, {}});
-         auto const fec = sorter.fec(route.fecId);
-         for (auto const& [via, present] : fec ? fec->via() : CachedFec::Vias()) {
-            ShownVia const shown{via.isBackup, via.intfId, via.hop};
+         auto const* const fec = sorter.fecs().record(route.fecId);
+         for (auto const& via : fec != nullptr ? fec->vias() : std::span<StoredVia const>()) {
+            ShownVia const shown{via.isBackup != 0, sorter.fecs().store().arena().leg(via).intfId, via.hop()};
             if (all.back().vias.empty() || all.back().vias.back() != shown) {
                all.back().vias.push_back(shown);
             }
@@ -244,9 +244,7 @@ class SelectionOracleTest : public ::testing::Test {
       auto const expected = oracle.selection();
       EXPECT_EQ(shownBy(*sorter), expected);
       std::set<FecId> cached;
-      for (auto const& [fecId, fec] : sorter->fecs()) {
-         cached.insert(isMadeUp(fecId) ? FecId() : fecId);
-      }
+      sorter->fecs().forEach([&](FecRecord const& fec) { cached.insert(isMadeUp(fec.fecId) ? FecId() : fec.fecId); });
       cached.erase(FecId());
       EXPECT_EQ(cached, oracle.cachedFecs());
       EXPECT_TRUE(in.hostRoutes || sorter->selectedRoutes() == expected.size());
