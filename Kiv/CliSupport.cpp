@@ -1,5 +1,6 @@
 #include "Kiv/CliSupport.h"
 
+#include "Kiv/PlatformTypes.h"
 #include "Kiv/config/Types.h"
 #include "Kiv/display/Types.h"
 #include "Kiv/fecs/Types.h"
@@ -11,6 +12,7 @@
 namespace Kiv {
 
 void registerTypes() {
+   registerPlatformTypes();
    registerFecTypes();
    registerDisplayTypes();
    registerSelectionTypes();

@@ -189,15 +189,8 @@ std::vector<Zam::Ptr<Route const>> persistentRoutes(Routing::RouteList const& ro
       order.push_back({sortKey(key).sortWord(), static_cast<U32>(routes.size())});
       routes.push_back(route.get());
    }
-   Zam::sortByWord(order);
-   auto const keyOf = [&routes](auto const& item) { return sortKey(routes[item.index]->key()); };
-   for (auto run = order.begin(); run != order.end();) {
-      auto const end = std::find_if(run, order.end(), [run](auto const& item) { return item.word != run->word; });
-      if (end - run > 1) {
-         std::sort(run, end, [&](auto const& a, auto const& b) { return keyOf(a) < keyOf(b); });
-      }
-      run = end;
-   }
+   auto const keyOf = [&routes](U32 index) { return sortKey(routes[index]->key()); };
+   Zam::sortByWord(order, [&](U32 a, U32 b) { return keyOf(a) < keyOf(b); });
    std::vector<Zam::Ptr<Route const>> held;
    held.reserve(order.size());
    for (std::size_t i = 0; i != order.size(); ++i) {

@@ -1,6 +1,7 @@
 #include "Kiv/display/Types.h"
 
-#include "Kiv/display/ViaColumn.h"
+#include "Kiv/display/FecDisplay.h"
+#include "Kiv/fecs/CachedFec.h"
 #include "Zam/TypeRegistry.h"
 
 #include <algorithm>
@@ -136,16 +137,22 @@ std::set<U16> hostToCpu(CachedFec const& fec) {
    return toCpu;
 }
 
-// The attribute, and the lookup of one value, which is empty where there is none.
+// One column over the vias: by position, with gaps where a via has no such value, as the FEC is at that moment.
 template <auto valueOf, class T>
 void column(Zam::TypeBuilder<CachedFec>& builder, char const* name,
             std::optional<T> (* /* valueOf */)(CachedFec const&, FecDisplay&, U32)) {
-   constexpr auto view = +[](CachedFec const& fec) { return ViaColumn<T>(Zam::Ptr<CachedFec const>(&fec), valueOf); };
-   builder.attribute(name, view);
-   builder.operation(
-       name, +[](CachedFec const& fec, U32 position) {
-          auto value = ViaColumn<T>(Zam::Ptr<CachedFec const>(&fec), valueOf).find(position);
-          return value ? std::any(std::move(*value)) : std::any();
+   builder.view(
+       name, +[](CachedFec const& fec) {
+          Zam::OrderedMap<U32, T> values;
+          FecDisplay display(fec.store());
+          // Positions in the FEC's own table go as far, those of vias that were added or removed left out.
+          U32 const end = std::max(fec.vias(), U32{fec.record().tableVias});
+          for (U32 position = 0; position < end; ++position) {
+             if (auto value = valueOf(fec, display, position)) {
+                values.insertOrReplace(position, std::move(*value));
+             }
+          }
+          return values;
        });
 }
 template <auto valueOf>
@@ -180,7 +187,7 @@ void registerDisplayTypes() {
    column<&Columns::ipEncapTunInfo>(fec, "ipEncapTunInfo");
    column<&Columns::viaForwardingAction>(fec, "viaForwardingAction");
    column<&Columns::viaWeight>(fec, "viaWeight");
-   fec.attribute("hostToCpu", &hostToCpu);
+   fec.view("hostToCpu", &hostToCpu);
 }
 
 }  // namespace Kiv

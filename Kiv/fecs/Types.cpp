@@ -17,17 +17,14 @@ void registerFecTypes() {
    registry.entity<CachedFec>("Kiv::CachedFec")
        .constructor(&cachedFecFactory)
        .attribute("fecId", &CachedFec::fecId)
-       .attribute("via", &CachedFec::via)
+       .collection("via", &CachedFec::via, &CachedFec::viaIs, &CachedFec::viaDel, &CachedFec::viaDelAll)
        .attribute("vias", &CachedFec::vias)
-       .operation("viaIs", &CachedFec::viaIs)
-       .operation("viaDel", &CachedFec::viaDel)
-       .operation("viaDelAll", &CachedFec::viaDelAll)
        .attribute("primaryVias", &CachedFec::primaryVias)
        .attribute("preparedVias", &CachedFec::preparedVias)
        .attribute("hasBackup", &CachedFec::hasBackup)
        .attribute("hierarchical", &CachedFec::hierarchical)
        .attribute("weightSum", &CachedFec::weightSum)
-       .attribute("viaEvpnEntry", &CachedFec::viaEvpnEntry)
+       .view("viaEvpnEntry", &CachedFec::viaEvpnEntry)
        .operation("viaEvpnEntryIs", &CachedFec::viaEvpnEntryIs);
 }
 

@@ -5,6 +5,8 @@
 #include "Kiv/nexthopgroup/CounterEntry.h"
 #include "NexthopGroup/NexthopGroupEntryToCounterKeyTable.h"
 
+#include <vector>
+
 namespace Kiv {
 
 // What the entries of nexthop groups have carried since the counters were last cleared. A table that is missing is an
@@ -18,11 +20,14 @@ class KIV_EXPORT NexthopGroupCounterHelper final : public Zam::PtrInterface {
    ~NexthopGroupCounterHelper() override;
    std::string_view fwkType() const noexcept override;
 
-   // Attaches the three tables of all units. Vault::MountError when a file that is there is no such table.
+   // Attaches the three tables of all units. One that is damaged beyond mounting is left out.
    void mountCounterVaults(Zam::Ptr<Hive::EntityManager const> const& entityManager);
 
+   // What is wrong with the tables that could not be mounted, a line each.
+   std::vector<Zam::String> const& mountErrors() const noexcept { return mountErrors_; }
+
    // Nothing, that is zeros, for an entry without a counter. Current minus snapshot as unsigned numbers: a snapshot
-   // that is ahead makes the difference wrap.
+   // that is ahead, or one of a counter that is gone, makes the difference wrap.
    CounterEntry getCounters(NexthopGroupId groupId, U32 entry) const;
    // The entry's counter; the default when it has none.
    CounterIndex counterIndex(NexthopGroupId groupId, U32 entry) const;
@@ -35,9 +40,16 @@ class KIV_EXPORT NexthopGroupCounterHelper final : public Zam::PtrInterface {
    void snapshotTableIs(CounterTable table) noexcept { snapshotTable_ = std::move(table); }
 
  private:
+   // False when what is at the path cannot be mounted.
+   template <class Table>
+   bool mount(Zam::Ptr<Table const>& table, Hive::EntityManager const& manager, std::string_view path,
+              std::string_view type);
+
    CounterKeyTable counterKeyTable_;
    CounterTable counterTable_;
    CounterTable snapshotTable_;
+   bool isCounterTableReadable_ = true;
+   std::vector<Zam::String> mountErrors_;
 };
 
 KIV_EXPORT Zam::Ptr<NexthopGroupCounterHelper> nexthopGroupCounterHelperFactory();

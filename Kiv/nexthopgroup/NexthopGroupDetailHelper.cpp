@@ -8,6 +8,7 @@
 #include "Kiv/nexthopgroup/NexthopGroupSize.h"
 #include "Kiv/nexthopgroup/NexthopGroupTypeStrings.h"
 #include "Kiv/nexthopgroup/PrintOperation.h"
+#include "Kiv/nexthopgroup/WalkYielding.h"
 #include "Tunnel/CliSupport/CachedTunVia.h"
 #include "cliprint/JsonScope.h"
 
@@ -87,12 +88,8 @@ class DetailRendering {
          }
          return;
       }
-      for (auto const& [name, group] : in_.nhgConfig->nexthopGroup()) {
-         allowWatchdog(walked_);
-         if (!printWanted(group)) {
-            return;
-         }
-      }
+      walkYielding(in_.nhgConfig->nexthopGroup(), walked_,
+                   [this](Zam::String const&, auto const& group) { return printWanted(group); });
    }
 
  private:
@@ -122,13 +119,10 @@ class DetailRendering {
       Attr32Info const size("size", renderer_, groupSize);
       renderer_.addAttributes(", Nexthop Group ID %u, %s, size %u\n", id.getArg(), type.getArg(), size.getArg());
       auto const entries = JsonScope::object(renderer_, "entries");
-      for (auto const& [index, entry] : group.config.entry()) {
-         allowWatchdog(walked_);
-         if (!streams(renderer_)) {
-            return false;
-         }
+      walkYielding(group.config.entry(), walked_, [&](U32 index, NexthopGroupEntry const& entry) {
          printEntry(group, index, entry);
-      }
+         return streams(renderer_);
+      });
       return streams(renderer_);
    }
 

@@ -4,6 +4,7 @@
 #include "Kiv/common/Trace.h"
 #include "Kiv/common/Watchdog.h"
 #include "Kiv/nexthopgroup/PrintOperation.h"
+#include "Kiv/nexthopgroup/WalkYielding.h"
 #include "cliprint/JsonScope.h"
 
 namespace Kiv {
@@ -15,12 +16,12 @@ void fillIdName(NexthopGroupMappingHelper& mapping) {
       return;
    }
    U32 walked = 0;
-   for (auto const& [name, group] : mapping.nhgConfig->nexthopGroup()) {
-      allowWatchdog(walked);
-      auto const id = safeLookup(mapping.nhgEntryStatus.get(),
-                                 [&key = name](auto const& ids) { return ids.nexthopGroupNameToId(key); });
+   walkYielding(mapping.nhgConfig->nexthopGroup(), walked, [&](Zam::String const& name, auto const&) {
+      auto const id =
+          safeLookup(mapping.nhgEntryStatus.get(), [&](auto const& ids) { return ids.nexthopGroupNameToId(name); });
       mapping.nhgIdName.insertOrReplace(id, name);
-   }
+      return true;
+   });
 }
 
 void printMapping(NexthopGroupMappingHelper const& mapping, cliprint::RendererV2& renderer) {

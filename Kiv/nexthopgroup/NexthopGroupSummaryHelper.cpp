@@ -6,6 +6,7 @@
 #include "Kiv/nexthopgroup/NexthopGroupSize.h"
 #include "Kiv/nexthopgroup/NexthopGroupTypeStrings.h"
 #include "Kiv/nexthopgroup/PrintOperation.h"
+#include "Kiv/nexthopgroup/WalkYielding.h"
 #include "cliprint/JsonScope.h"
 
 namespace Kiv {
@@ -88,16 +89,15 @@ void NexthopGroupSummaryHelper::processNexthopGroups() {
    auto const vrfStatus = nhgHwStatus ? nhgHwStatus->vrfStatus(vrfName) : nullptr;
    U32 const maxSize = routingHwStatus ? routingHwStatus->maxNexthopGroupSize() : 0;
    U32 walked = 0;
-   for (auto const& [name, group] : nhgConfig->nexthopGroup()) {
-      allowWatchdog(walked);
+   walkYielding(nhgConfig->nexthopGroup(), walked, [&](Zam::String const& name, auto const& group) {
       countInc(nhgPerType, group->type());
       countInc(nhgPerSize, getNhgSize(group, maxSize));
-      auto const id =
-          safeLookup(nhgEntryStatus.get(), [&key = name](auto const& ids) { return ids.nexthopGroupNameToId(key); });
+      auto const id = safeLookup(nhgEntryStatus.get(), [&](auto const& ids) { return ids.nexthopGroupNameToId(name); });
       if (!vrfStatus || !vrfStatus->programmed(id)) {
          nhgUnprogrammedCountInc(1);
       }
-   }
+      return true;
+   });
 }
 
 bool NexthopGroupSummaryHelper::render(U32 fd, U32 fmt) const {

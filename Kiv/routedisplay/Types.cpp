@@ -4,44 +4,22 @@
 #include "Kiv/routedisplay/RouteSorter.h"
 #include "Zam/TypeRegistry.h"
 
-#include <tuple>
-#include <type_traits>
 #include <utility>
 
 namespace Kiv {
 
 namespace {
 
-template <class Sorter>
-constexpr auto const& inputAttributes = Zam::descriptionOf<typename Sorter::Inputs>.attributes;
-
-template <class Sorter, std::size_t I>
-using InputType = typename std::tuple_element_t<I, std::remove_cvref_t<decltype(inputAttributes<Sorter>)>>::Type;
-
-template <class Sorter, class... Arguments>
-Zam::Ptr<Sorter> constructed(Arguments... arguments) {
-   return Zam::makePtr<Sorter>(Sorter::Inputs::fromArguments(std::move(arguments)...));
-}
-
 // The inputs are the constructor's arguments and, under their names, the sorter's attributes.
-template <class Sorter, std::size_t... I>
-void registerInputs(Zam::TypeBuilder<Sorter>& builder, std::index_sequence<I...>) {
-   builder.constructor(&constructed<Sorter, InputType<Sorter, I>...>);
-   (builder.attribute(
-        std::get<I>(inputAttributes<Sorter>).name,
-        +[](Sorter const& sorter) -> InputType<Sorter, I> {
-           return sorter.inputs().*std::get<I>(inputAttributes<Sorter>).member;
-        }),
-    ...);
-}
-
 template <class Sorter>
 void registerSorter(char const* name) {
    auto builder = Zam::TypeRegistry::instance().entity<Sorter>(name);
-   constexpr auto inputs = std::tuple_size_v<std::remove_cvref_t<decltype(inputAttributes<Sorter>)>>;
-   registerInputs<Sorter>(builder, std::make_index_sequence<inputs>());
+   builder.template constructorFrom<typename Sorter::Inputs>(
+       [](typename Sorter::Inputs inputs) { return Zam::makePtr<Sorter>(std::move(inputs)); });
+   builder.attributesOf(&Sorter::inputs);
    builder.attribute("initialized", &Sorter::initialized)
-       .attribute("sortedRoute", &Sorter::sortedRoute)
+       .collection("sortedRoute", &Sorter::sortedRoute, &Sorter::sortedRouteIs, &Sorter::sortedRouteDel,
+                   &Sorter::sortedRouteDelAll)
        .attribute("sortedRoutes", &Sorter::sortedRoutes)
        .attribute("selectedRoutes", &Sorter::selectedRoutes)
        .attribute("hasV6Nexthop", &Sorter::hasV6Nexthop)
@@ -57,9 +35,6 @@ void registerSorter(char const* name) {
        .operation("fecDelAll", &Sorter::fecDelAll)
        .operation(
            "getFilteredRoutesCount", +[](Sorter& sorter) { return getFilteredRoutesCount(&sorter); })
-       .operation("sortedRouteIs", &Sorter::sortedRouteIs)
-       .operation("sortedRouteDel", &Sorter::sortedRouteDel)
-       .operation("sortedRouteDelAll", &Sorter::sortedRouteDelAll)
        .operation("kernelUnprogrammedRouteCounterSmIs", &Sorter::kernelUnprogrammedRouteCounterSmIs)
        .operation("kernelUnprogrammedRouteCounterSmDel", &Sorter::kernelUnprogrammedRouteCounterSmDel);
 }

@@ -30,10 +30,8 @@ void registerSelectionTypes() {
        .constructor(RouteFilterCollIs)
        .attribute("discardNonMatchingVia", &RouteFilterColl::discardNonMatchingVia)
        .attribute("filterAll", &RouteFilterColl::filterAll, &RouteFilterColl::filterAllIs)
-       .attribute("filterColl", &RouteFilterColl::filterColl)
-       .operation("filterCollIs", &RouteFilterColl::filterCollIs)
-       .operation("filterCollDel", &RouteFilterColl::filterCollDel)
-       .operation("filterCollDelAll", &RouteFilterColl::filterCollDelAll);
+       .collection("filterColl", &RouteFilterColl::filterColl, &RouteFilterColl::filterCollIs,
+                   &RouteFilterColl::filterCollDel, &RouteFilterColl::filterCollDelAll);
 }
 
 }  // namespace Kiv

@@ -182,6 +182,16 @@ bool EntityManager::exists(std::string_view path) const {
    return false;
 }
 
+bool EntityManager::isBeingWritten(std::string_view path) const {
+   Vault::Place const place = placeOf(path);
+   int const fd = ::openat(place.dirFd(), place.name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW);
+   struct flock lock {};
+   lock.l_type = F_RDLCK;
+   bool const busy = fd >= 0 && ::fcntl(fd, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+   ::close(fd);
+   return busy;
+}
+
 Vault::Place EntityManager::placeOf(std::string_view path) const {
    if (!isPathBelow(path)) {
       throw StateError(stateDir_ + ": \"" + std::string(path) + "\" is not a path below it");

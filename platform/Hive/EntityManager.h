@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Vault/Error.h"
 #include "Vault/TableFile.h"
 #include "Zam/Export.h"
 #include "Zam/Ptr.h"
@@ -66,10 +67,10 @@ class KIV_EXPORT EntityManager final : public Zam::PtrInterface {
       return create<Writer>(path, Vault::TableFile::Sizes{.capacity = capacity});
    }
    // The same with what `fill(writer)` puts into it, all at once: whoever mounts the path finds the earlier table or
-   // the filled one. Vault::MountError when the earlier one has a writer, or is no such table.
+   // the filled one. What is no such table is replaced as well; Vault::MountError when the earlier one has a writer.
    template <class Writer, class Fill>
    void replace(std::string_view path, Vault::TableFile::Sizes sizes, Fill&& fill) const {
-      auto const earlier = exists(path) ? open<Writer>(path) : nullptr;  // keeps other writers out meanwhile
+      auto const earlier = earlierWriter<Writer>(path);  // keeps other writers out meanwhile
       Writer replacement(placeToCreate(path), sizes, Vault::When::later);
       fill(replacement);
       replacement.putInPlace();
@@ -81,6 +82,21 @@ class KIV_EXPORT EntityManager final : public Zam::PtrInterface {
    }
 
  private:
+   // Null when what is there is no such table, or nothing.
+   template <class Writer>
+   Zam::Ptr<Writer> earlierWriter(std::string_view path) const {
+      try {
+         return exists(path) ? open<Writer>(path) : nullptr;
+      } catch (Vault::MountError const&) {
+         if (isBeingWritten(path)) {
+            throw;
+         }
+         return nullptr;
+      }
+   }
+   // Somebody else holds the file for writing.
+   bool isBeingWritten(std::string_view path) const;
+
    Vault::Place placeOf(std::string_view path) const;
    Vault::Place placeToCreate(std::string_view path) const;
 

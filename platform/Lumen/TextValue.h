@@ -39,7 +39,14 @@ void strepAppend(std::string& out, T const& value) {
 
 template <TextValue T>
 void strepParse(Zam::StrepReader& in, T& value) {
-   value = T::parse(in.quoted());
+   Zam::StrepReader ahead = in;
+   auto const text = ahead.quoted();
+   try {
+      value = T::parse(text);
+   } catch (Zam::ParseError const& inner) {
+      in.fail(inner);
+   }
+   in = ahead;
 }
 
 template <TextValue T>

@@ -77,6 +77,7 @@ constexpr auto zamEnumerators(ForwardingAction) {
    return std::to_array<Zam::Enumerator<ForwardingAction>>(
        {{forward, "forward"}, {forwardVrf, "forwardVrf"}, {decap, "decap"}, {decapForwardVrf, "decapForwardVrf"}});
 }
+constexpr void zamReadFromTables(ForwardingAction) {}
 
 // A label as a table holds it. It reads as a Lumen::MplsLabel, which raises the range error for a number beyond its
 // range.

@@ -2,6 +2,7 @@
 
 #include "Zam/Export.h"
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -19,8 +20,9 @@ class KIV_EXPORT RangeError : public std::range_error {
 
 class KIV_EXPORT ParseError : public std::invalid_argument {
  public:
-   // `what` is the expected form, `text` the text that was met instead.
-   ParseError(std::string_view expected, std::string_view text);
+   // `expected` is the form, `text` what was met instead, `at` its place in the whole text.
+   ParseError(std::string_view expected, std::string_view text, std::size_t at = 0);
+   explicit ParseError(std::string const& message) : std::invalid_argument(message) {}
    ~ParseError() override;
 };
 

@@ -23,6 +23,7 @@ class FlatMap {
    using value_type = Entry;
    using const_iterator = typename std::vector<Entry>::const_iterator;
    using iterator = const_iterator;
+   using key_compare = Less;
 
    std::size_t size() const noexcept { return entries_.size(); }
    bool empty() const noexcept { return entries_.empty(); }
@@ -36,6 +37,8 @@ class FlatMap {
    }
    V* find(K const& key) { return const_cast<V*>(std::as_const(*this).find(key)); }
    bool contains(K const& key) const { return find(key) != nullptr; }
+   // The first element whose key is not less than this one.
+   const_iterator lowerBound(K const& key) const { return begin() + static_cast<std::ptrdiff_t>(placeOf(key)); }
 
    // The element of that key, made when there is none yet.
    V& valueOf(K const& key) {

@@ -14,7 +14,7 @@ namespace Zam {
 
 // A hash map by open addressing: one array of slots, linear probing, no allocation per element and no tombstones.
 // Iteration order is unspecified. Every insertion and erasure may move elements, so it invalidates iterators and
-// element pointers. Reading is safe from several threads while nobody writes.
+// element pointers, and changes generation(). Reading is safe from several threads while nobody writes.
 template <class K, class V, class Hash = std::hash<K>>
 class HashMap {
  public:
@@ -80,10 +80,13 @@ class HashMap {
    void swap(HashMap& other) noexcept {
       slots_.swap(other.slots_);
       std::swap(size_, other.size_);
+      // Different from all that walkers of either map have seen.
+      generation_ = other.generation_ = std::max(generation_, other.generation_) + 1;
    }
 
    std::size_t size() const noexcept { return size_; }
    bool empty() const noexcept { return size_ == 0; }
+   U64 generation() const noexcept { return generation_; }
    const_iterator begin() const noexcept { return {slots_.data(), slots_.data() + slots_.size()}; }
    const_iterator end() const noexcept { return {slots_.data() + slots_.size(), slots_.data() + slots_.size()}; }
 
@@ -107,6 +110,7 @@ class HashMap {
 
    // The element that is now in the map.
    V& insertOrReplace(K key, V value) {
+      ++generation_;
       reserve(size_ + 1);
       auto& slot = slots_[slotOf(key)];
       if (slot) {
@@ -129,12 +133,14 @@ class HashMap {
       }
       closeGap(at);
       --size_;
+      ++generation_;
       return true;
    }
 
    void clear() noexcept {
       slots_.clear();
       size_ = 0;
+      ++generation_;
    }
 
    // Room for `count` elements without a further allocation.
@@ -189,6 +195,7 @@ class HashMap {
 
    Slots slots_;
    std::size_t size_ = 0;
+   U64 generation_ = 0;
 };
 
 }  // namespace Zam

@@ -79,6 +79,7 @@ class OrderedMap {
    };
    using value_type = Entry;
    using iterator = const_iterator;
+   using key_compare = Less;
 
    OrderedMap() noexcept = default;
    OrderedMap(OrderedMap const&) = default;
@@ -236,17 +237,7 @@ class OrderedMap {
          for (auto const& entry : entries) {
             order_.push_back({entry.key.sortWord(), static_cast<U32>(order_.size())});
          }
-         sortByWord(order_);
-         for (auto run = order_.begin(); run != order_.end();) {
-            auto const end =
-                std::find_if(run + 1, order_.end(), [run](auto const& next) { return next.word != run->word; });
-            if (end - run > 1) {
-               std::stable_sort(run, end, [&entries](auto const& a, auto const& b) {
-                  return byKey(entries[a.index], entries[b.index]);
-               });
-            }
-            run = end;
-         }
+         sortByWord(order_, [&entries](U32 a, U32 b) { return byKey(entries[a], entries[b]); });
       }
 
       std::size_t size() const noexcept { return order_.size(); }

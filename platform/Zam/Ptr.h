@@ -123,9 +123,19 @@ class Ptr {
    T* object_ = nullptr;
 };
 
-// Makes an entity with notification active, as every factory of the library does.
+// How many entities of the type makePtr() has made in this process.
+template <class T>
+KIV_EXPORT inline std::atomic<U64> allocationsOf{0};
+
+// Makes an entity with notification active, as every factory of the library does, and counts it.
 template <class T, class... Args>
 Ptr<T> makePtr(Args&&... args) {
+   auto& made = allocationsOf<T>;
+   if (PtrInterface::threadSafeCount()) {
+      made.fetch_add(1, std::memory_order_relaxed);
+   } else {
+      made.store(made.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+   }
    Ptr<T> object(new T(std::forward<Args>(args)...));
    object->hasNotificationActiveIs(true);
    return object;

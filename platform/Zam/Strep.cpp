@@ -1,5 +1,7 @@
 #include "Zam/Strep.h"
 
+#include "Zam/TypeUse.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -85,7 +87,16 @@ void appendNumber(std::string& out, Number value) {
 }  // namespace
 
 void StrepReader::fail(std::string_view expected) const {
-   throw ParseError(expected, rest_);
+   throw ParseError(expected, rest_, size_ - rest_.size());
+}
+
+void StrepReader::fail(ParseError const& inner) const {
+   auto const at = size_ - rest_.size();
+   throw ParseError(inner.what() + (at != 0 ? " at " + std::to_string(at) : ""));
+}
+
+void StrepReader::failEnumerator(std::type_index enumeration) const {
+   fail("an enumerator of " + typeName(enumeration));
 }
 
 std::string_view StrepReader::take(std::size_t count) noexcept {
@@ -162,12 +173,8 @@ double StrepReader::real() {
    return value;
 }
 
-std::string_view StrepReader::word() {
-   auto const length = lengthOf(rest_, isWordChar);
-   if (length == 0) {
-      fail("a word");
-   }
-   return take(length);
+std::string_view StrepReader::acceptWord() noexcept {
+   return take(lengthOf(rest_, isWordChar));
 }
 
 void strepAppendQuoted(std::string& out, std::string_view text) {

@@ -7,9 +7,11 @@
 #include "Zam/String.h"
 
 #include <concepts>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <typeindex>
 #include <utility>
 
 // The textual form of a value, a Python literal: 42, True, None, 'text'. A type of another namespace joins in with two
@@ -20,7 +22,7 @@ namespace Zam {
 // What is left of a text that is being parsed. Every operation takes its part from the front or throws.
 class KIV_EXPORT StrepReader {
  public:
-   explicit StrepReader(std::string_view text) noexcept : rest_(text) {}
+   explicit StrepReader(std::string_view text) noexcept : rest_(text), size_(text.size()) {}
 
    std::string_view rest() const noexcept { return rest_; }
    void expect(std::string_view literal);
@@ -33,15 +35,19 @@ class KIV_EXPORT StrepReader {
    U64 number();
    S64 signedNumber();
    double real();
-   // The letters, digits and underscores that are next; not empty.
-   std::string_view word();
+   // The letters, digits and underscores that are next.
+   std::string_view acceptWord() noexcept;
 
+   // Names what was expected and the place in the text.
    [[noreturn]] void fail(std::string_view expected) const;
+   [[noreturn]] void fail(ParseError const& inner) const;
+   [[noreturn]] void failEnumerator(std::type_index enumeration) const;
 
  private:
    std::string_view take(std::size_t count) noexcept;
 
    std::string_view rest_;
+   std::size_t size_;
 };
 
 // Any bytes, in single quotes; what is not printable ASCII is escaped.
@@ -109,7 +115,9 @@ void strepParse(StrepReader& in, BoundedString<MaxLength>& value) {
 
 // An enumeration that is registered with its names prints as its value's name. Beside it stands
 //    constexpr auto zamEnumerators(E) { return std::to_array<Zam::Enumerator<E>>({{E::first, "first"}, ...}); }
-// A value without a name, such as one read from a damaged table, prints as its number.
+// A value without a name prints as its number, and is read from that if the enumeration is one that shared tables hold,
+// where damage can make any number of it; such a one has beside it
+//    constexpr void zamReadFromTables(E) {}
 template <class E>
 struct Enumerator {
    E value;
@@ -119,6 +127,11 @@ struct Enumerator {
 template <class E>
 concept NamedEnum = std::is_enum_v<E> && requires(E e) {
    zamEnumerators(e);
+};
+
+template <class E>
+concept TableEnum = NamedEnum<E> && requires(E e) {
+   zamReadFromTables(e);
 };
 
 // Empty for a value without a name.
@@ -144,7 +157,7 @@ void strepAppend(std::string& out, E value) {
 template <NamedEnum E>
 void strepParse(StrepReader& in, E& value) {
    StrepReader ahead = in;
-   auto const word = ahead.accept("-") ? std::string_view() : ahead.word();
+   auto const word = ahead.acceptWord();
    for (auto const& [known, name] : zamEnumerators(E{})) {
       if (name == word) {
          in = ahead;
@@ -152,13 +165,19 @@ void strepParse(StrepReader& in, E& value) {
          return;
       }
    }
-   auto number = std::underlying_type_t<E>();
-   auto const text = in.rest();
-   strepParse(in, number);
-   if (!enumName(static_cast<E>(number)).empty()) {
-      throw ParseError("the name of an enumerator", text);
+   if constexpr (TableEnum<E>) {
+      auto number = std::underlying_type_t<E>();
+      ahead = in;
+      if (word.empty() || (word[0] >= '0' && word[0] <= '9')) {
+         strepParse(ahead, number);
+         if (enumName(static_cast<E>(number)).empty()) {
+            in = ahead;
+            value = static_cast<E>(number);
+            return;
+         }
+      }
    }
-   value = static_cast<E>(number);
+   in.failEnumerator(typeid(E));
 }
 
 // Only the null handle can be read back: text does not bring an entity to life.

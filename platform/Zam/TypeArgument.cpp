@@ -1,5 +1,7 @@
 #include "Zam/TypeArgument.h"
 
+#include "Zam/CollectionView.h"
+
 namespace Zam {
 
 TypeError::~TypeError() = default;
@@ -19,14 +21,37 @@ auto firstHeld(std::any const& argument, Function const& function) {
    return result;
 }
 
+std::string placeOf(OperationName const& operation, ArgumentName const& name) {
+   std::string place(operation.type);
+   place.append(".").append(operation.operation).append(": argument ");
+   return place.append(name.name.empty() ? std::to_string(name.index) : std::string(name.name));
+}
+
+// A text is shown, so that a wrong word is found again.
+std::string argumentText(std::any const& argument) {
+   if (auto const text = textOf(argument)) {
+      return "text " + valueToStrep(*text);
+   }
+   if (std::any_cast<FromText>(&argument) != nullptr) {
+      return "a text form, which it does not have";
+   }
+   if (auto const* const view = std::any_cast<CollectionView>(&argument)) {
+      return "a view of a " + view->use().name();
+   }
+   return typeName(argument.type());
+}
+
 }  // namespace
 
-void throwArgumentMismatch(OperationName const& name, std::size_t index, std::type_index expected,
+void throwArgumentMismatch(OperationName const& operation, ArgumentName const& name, TypeUse const& expected,
                            std::any const& argument) {
-   std::string message(name.type);
-   message.append(".").append(name.operation).append(": argument ").append(std::to_string(index));
-   message.append(" must be ").append(typeName(expected)).append(", not ").append(typeName(argument.type()));
-   throw TypeError(message);
+   std::string const what = expected.kind == TypeUse::Kind::enumeration ? "an enumerator of " : "";
+   throw TypeError(placeOf(operation, name) + ": expected " + what + expected.name() + ", found " +
+                   argumentText(argument));
+}
+
+void throwArgumentText(OperationName const& operation, ArgumentName const& name, ParseError const& error) {
+   throw ParseError(placeOf(operation, name) + ": " + error.what());
 }
 
 std::optional<Integer> integerOf(std::any const& argument) noexcept {

@@ -3,6 +3,7 @@
 #include "Zam/Error.h"
 #include "Zam/Export.h"
 #include "Zam/Strep.h"
+#include "Zam/TypeUse.h"
 
 #include <any>
 #include <concepts>
@@ -10,12 +11,12 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
-#include <typeindex>
 #include <utility>
 
 // Arguments of the runtime's operations, which arrive as std::any and are converted to what the operation takes:
 // any integer to an integer type that can hold it, text to a string type, nullptr and handles of more derived or less
-// constant entities to a Ptr, and an explicit fromText(...) to every type that has a textual form.
+// constant entities to a Ptr, a view of a collection to that collection, and an explicit fromText(...) to every type
+// that has a textual form.
 namespace Zam {
 
 // The caller named a type, an operation or arguments that do not exist.
@@ -33,15 +34,18 @@ inline FromText fromText(std::string text) {
    return {std::move(text)};
 }
 
-// The name of a C++ type under which the runtime knows it, or else its name in the language.
-KIV_EXPORT std::string typeName(std::type_index type);
-
 // Which operation is being called, for messages.
 struct OperationName {
    std::string_view type;
    std::string_view operation;
 };
 inline constexpr std::string_view constructorName = "constructor";
+
+// Which of its arguments: by name where there is one.
+struct ArgumentName {
+   std::size_t index = 0;
+   std::string_view name{};
+};
 
 namespace detail {
 
@@ -56,8 +60,11 @@ struct EntityHandle {
    bool constant = false;
 };
 
-[[noreturn]] KIV_EXPORT void throwArgumentMismatch(OperationName const& name, std::size_t index,
-                                                   std::type_index expected, std::any const& argument);
+// Messages name the operation, the argument, what it must be and what it is.
+[[noreturn]] KIV_EXPORT void throwArgumentMismatch(OperationName const& operation, ArgumentName const& name,
+                                                   TypeUse const& expected, std::any const& argument);
+[[noreturn]] KIV_EXPORT void throwArgumentText(OperationName const& operation, ArgumentName const& name,
+                                               ParseError const& error);
 // Empty when the argument holds nothing of the kind.
 KIV_EXPORT std::optional<Integer> integerOf(std::any const& argument) noexcept;
 KIV_EXPORT std::optional<double> realOf(std::any const& argument) noexcept;
@@ -68,11 +75,6 @@ template <class T>
 concept HasTextualForm = std::default_initializable<T> && requires(StrepReader& in, T& value) {
    strepParse(in, value);
 };
-
-template <class T>
-struct IsPtr : std::false_type {};
-template <class T>
-struct IsPtr<Ptr<T>> : std::true_type {};
 
 template <class T>
 std::optional<Ptr<T>> pointerOf(std::any const& argument) {
@@ -96,6 +98,10 @@ T integerAs(Integer integer) {
    return static_cast<T>(integer.bits);
 }
 
+// What an argument that is a view of an M shows; null for any other.
+template <Collection M>
+M const* seenIn(std::any const& argument);
+
 // The argument as a T, if it can be one without being a T already.
 template <class T>
 std::optional<T> convertedArgument(std::any const& argument) {
@@ -112,6 +118,9 @@ std::optional<T> convertedArgument(std::any const& argument) {
    } else if constexpr (std::floating_point<T>) {
       auto const real = realOf(argument);
       return real ? std::optional(static_cast<T>(*real)) : std::nullopt;
+   } else if constexpr (Collection<T>) {
+      auto const* const seen = seenIn<T>(argument);
+      return seen != nullptr ? std::optional(*seen) : std::nullopt;
    } else if constexpr (std::constructible_from<T, std::string_view>) {
       auto const text = textOf(argument);
       return text ? std::optional(T(*text)) : std::nullopt;
@@ -121,14 +130,18 @@ std::optional<T> convertedArgument(std::any const& argument) {
 }
 
 template <class T>
-T argumentAs(std::any const& argument, OperationName const& name, std::size_t index) {
+T argumentAs(std::any const& argument, OperationName const& operation, ArgumentName const& name) {
    if (auto const* const exact = std::any_cast<T>(&argument)) {
       return *exact;
    }
-   if (auto converted = convertedArgument<T>(argument)) {
-      return *std::move(converted);
+   try {
+      if (auto converted = convertedArgument<T>(argument)) {
+         return *std::move(converted);
+      }
+   } catch (ParseError const& error) {
+      throwArgumentText(operation, name, error);
    }
-   throwArgumentMismatch(name, index, typeid(T), argument);
+   throwArgumentMismatch(operation, name, TypeUse::of<T>(), argument);
 }
 
 }  // namespace detail

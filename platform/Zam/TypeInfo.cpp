@@ -29,6 +29,26 @@ std::vector<std::string_view> TypeInfo::operations() const {
    return namesOf(operations_);
 }
 
+Signature const& TypeInfo::attributeSignature(std::string_view attribute) const {
+   return callable(getters_, attribute);
+}
+
+Signature const& TypeInfo::operationSignature(std::string_view operation) const {
+   return callable(operations_, operation);
+}
+
+std::vector<Signature const*> TypeInfo::constructors() const {
+   std::vector<Signature const*> signatures;
+   for (auto const& constructor : constructors_) {
+      signatures.push_back(&constructor);
+   }
+   return signatures;
+}
+
+bool TypeInfo::isSettable(std::string_view attribute) const {
+   return std::ranges::find(setters_, attribute, &Callable::name) != setters_.end();
+}
+
 std::any TypeInfo::construct(Arguments arguments) const {
    if (arguments.size() == 1 && basics_.fromText != nullptr) {
       if (auto const* const text = std::any_cast<FromText>(&arguments[0])) {
@@ -37,10 +57,11 @@ std::any TypeInfo::construct(Arguments arguments) const {
    }
    std::string arities;
    for (auto const& constructor : constructors_) {
-      if (constructor.arity == arguments.size()) {
-         return constructor.invoke(nullptr, arguments, {name_, constructor.name});
+      auto const arity = constructor.parameters.size();
+      if (arity == arguments.size()) {
+         return constructor.invoke(nullptr, arguments, {name_, constructor.name}, constructor);
       }
-      arities.append(arities.empty() ? "" : " or ").append(std::to_string(constructor.arity));
+      arities.append(arities.empty() ? "" : " or ").append(std::to_string(arity));
    }
    fail(name_, "constructor",
         "takes " + (arities.empty() ? "no arguments of any number" : arities) + " arguments, not " +
@@ -48,19 +69,24 @@ std::any TypeInfo::construct(Arguments arguments) const {
 }
 
 std::any TypeInfo::attribute(std::any const& object, std::string_view attribute) const {
-   return invoke(getters_, &object, {name_, attribute}, {});
+   return invoke(getters_, &object, attribute, {});
+}
+
+CollectionView TypeInfo::collection(std::any const& object, std::string_view attribute) const {
+   auto const view = invoke(views_, &object, attribute, {});
+   return std::any_cast<CollectionView const&>(view);
 }
 
 void TypeInfo::attributeIs(std::any& object, std::string_view attribute, std::any const& value) const {
-   invoke(setters_, &object, {name_, attribute}, {&value, 1});
+   invoke(setters_, &object, attribute, {&value, 1});
 }
 
 std::any TypeInfo::call(std::any& object, std::string_view operation, Arguments arguments) const {
-   return invoke(operations_, &object, {name_, operation}, arguments);
+   return invoke(operations_, &object, operation, arguments);
 }
 
 std::any TypeInfo::call(std::string_view operation, Arguments arguments) const {
-   return invoke(operations_, nullptr, {name_, operation}, arguments);
+   return invoke(operations_, nullptr, operation, arguments);
 }
 
 std::string TypeInfo::toText(std::any const& object) const {
@@ -80,8 +106,9 @@ bool TypeInfo::isSet(std::any const& object) const {
 }
 
 void TypeInfo::callableIs(Callables& among, Callable callable) {
-   auto const same = std::find_if(among.begin(), among.end(), [&callable](Callable const& other) {
-      return other.name == callable.name && (other.name != constructorName || other.arity == callable.arity);
+   auto const same = std::ranges::find_if(among, [&callable](Callable const& other) {
+      return other.name == callable.name &&
+             (other.name != constructorName || other.parameters.size() == callable.parameters.size());
    });
    if (same != among.end()) {
       *same = std::move(callable);
@@ -90,37 +117,31 @@ void TypeInfo::callableIs(Callables& among, Callable callable) {
    }
 }
 
-void TypeInfo::constructorIs(std::size_t arity, Invoke invoke) {
-   callableIs(constructors_, {std::string(constructorName), arity, Access::none, std::move(invoke)});
+void TypeInfo::lineIs(std::string_view attribute, std::string_view line) {
+   auto const found = std::ranges::find(getters_, attribute, &Callable::name);
+   assertThat(found != getters_.end(), "an attribute is told after it is registered", "Zam/TypeInfo");
+   found->line = line;
 }
 
-void TypeInfo::getterIs(std::string_view attribute, Invoke invoke) {
-   callableIs(getters_, {std::string(attribute), 0, Access::reads, std::move(invoke)});
-}
-
-void TypeInfo::setterIs(std::string_view attribute, Invoke invoke) {
-   callableIs(setters_, {std::string(attribute), 1, Access::modifies, std::move(invoke)});
-}
-
-void TypeInfo::operationIs(Callable operation) {
-   callableIs(operations_, std::move(operation));
-}
-
-std::any TypeInfo::invoke(Callables const& among, std::any const* object, OperationName const& name,
-                          Arguments arguments) const {
-   auto const callable = std::find_if(among.begin(), among.end(),
-                                      [&name](Callable const& candidate) { return candidate.name == name.operation; });
-   if (callable == among.end()) {
-      fail(name_, name.operation,
+TypeInfo::Callable const& TypeInfo::callable(Callables const& among, std::string_view name) const {
+   auto const found = std::ranges::find(among, name, &Callable::name);
+   if (found == among.end()) {
+      fail(name_, name,
            &among == &operations_ ? "no such operation"
            : &among == &setters_  ? "no such settable attribute"
+           : &among == &views_    ? "no such collection"
                                   : "no such attribute");
    }
-   if (callable->arity != arguments.size()) {
-      fail(name_, name.operation,
-           "takes " + std::to_string(callable->arity) + " arguments, not " + std::to_string(arguments.size()));
+   return *found;
+}
+
+std::any TypeInfo::invoke(Callables const& among, std::any const* object, std::string_view name,
+                          Arguments arguments) const {
+   auto const& called = callable(among, name);
+   if (auto const arity = called.parameters.size(); arity != arguments.size()) {
+      fail(name_, name, "takes " + std::to_string(arity) + " arguments, not " + std::to_string(arguments.size()));
    }
-   return callable->invoke(checkedObject(object, *callable), arguments, name);
+   return called.invoke(checkedObject(object, called), arguments, {name_, name}, called);
 }
 
 void* TypeInfo::checkedObject(std::any const* object, Callable const& callable) const {

@@ -10,6 +10,18 @@ TypeRegistry& TypeRegistry::instance() {
    return registry;
 }
 
+TypeRegistry::TypeRegistry() {
+   value<bool>("bool");
+   value<U8>("U8");
+   value<U16>("U16");
+   value<U32>("U32");
+   value<U64>("U64");
+   value<S32>("S32");
+   value<S64>("S64");
+   value<double>("double");
+   value<String>("Zam::String");
+}
+
 TypeInfo const* TypeRegistry::type(std::string_view name) const {
    auto const found = types_.find(name);
    return found != types_.end() ? &found->second : nullptr;
@@ -39,29 +51,9 @@ void TypeRegistry::alias(TypeInfo const& type, std::type_index held, AsEntity as
    assertThat(isNew || known->second.type == &type, "a type is registered under one name", "Zam/TypeRegistry");
 }
 
-namespace {
-
-// The basic types by the runtime's names.
-std::string_view basicName(std::type_index type) {
-   static std::map<std::type_index, std::string_view> const names{
-       {typeid(U8), "U8"},
-       {typeid(U16), "U16"},
-       {typeid(U32), "U32"},
-       {typeid(U64), "U64"},
-       {typeid(S32), "S32"},
-       {typeid(S64), "S64"},
-       {typeid(String), "Zam::String"},
-       {typeid(void), "nothing"},
-   };
-   auto const found = names.find(type);
-   return found != names.end() ? found->second : std::string_view();
-}
-
-}  // namespace
-
 std::string typeName(std::type_index type) {
-   if (auto const basic = basicName(type); !basic.empty()) {
-      return std::string(basic);
+   if (type == typeid(void)) {
+      return "nothing";
    }
    auto const& known = TypeRegistry::instance().byHeld_;
    if (auto const found = known.find(type); found != known.end()) {

@@ -24,6 +24,8 @@ class KIV_EXPORT TypeRegistry {
    // The type of the value or entity that an any holds; null when it is not registered.
    TypeInfo const* typeOf(std::any const& object) const;
    std::vector<std::string_view> typeNames() const;
+   // Whether it is the type of registered values or handles.
+   bool isKnown(std::type_index held) const { return byHeld_.contains(held); }
 
    // A described value type, under its own name. It is constructed from nothing, from all attributes or from text,
    // and has all its attributes; what else it offers is added through the builder.
@@ -31,9 +33,14 @@ class KIV_EXPORT TypeRegistry {
    TypeBuilder<T> value() {
       return TypeBuilder<T>(added(descriptionOf<T>.typeName, typeid(T), {}));
    }
+   // A value type that stands for itself, as numbers and addresses do: printed, compared, hashed, made from its text.
+   template <class T>
+   requires(!Described<T> && !std::is_enum_v<T>) TypeBuilder<T> value(std::string_view name) {
+      return TypeBuilder<T>(added(name, typeid(T), {}));
+   }
    // An enumeration with names: constructed from text, its name, and printed as that.
-   template <class E>
-   requires std::is_enum_v<E> TypeBuilder<E> enumeration(std::string_view name) {
+   template <NamedEnum E>
+   TypeBuilder<E> enumeration(std::string_view name) {
       return TypeBuilder<E>(added(name, typeid(E), {}));
    }
    // An entity; everything it offers is added through the builder.
@@ -58,7 +65,8 @@ class KIV_EXPORT TypeRegistry {
    friend std::optional<detail::EntityHandle> detail::entityOf(std::any const&);
    friend std::string typeName(std::type_index);
 
-   TypeRegistry() = default;
+   // Knows the basic types, under the runtime's names.
+   TypeRegistry();
    TypeInfo& added(std::string_view name, std::type_index held, AsEntity asEntity);
    void alias(TypeInfo const& type, std::type_index held, AsEntity asEntity);
 

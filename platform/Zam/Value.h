@@ -38,15 +38,16 @@ struct Attribute {
 
    std::string_view name;
    M X::*member;
+   std::string_view line;  // what it is, for people
 };
 
 template <class X, class M>
-constexpr Attribute<X, M, false> attribute(std::string_view name, M X::*member) noexcept {
-   return {name, member};
+constexpr Attribute<X, M, false> attribute(std::string_view name, M X::*member, std::string_view line = {}) noexcept {
+   return {name, member, line};
 }
 template <class X, class M>
-constexpr Attribute<X, M, true> collection(std::string_view name, M X::*member) noexcept {
-   return {name, member};
+constexpr Attribute<X, M, true> collection(std::string_view name, M X::*member, std::string_view line = {}) noexcept {
+   return {name, member, line};
 }
 
 template <class X, class... Attributes>

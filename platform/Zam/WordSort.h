@@ -2,6 +2,7 @@
 
 #include "Zam/Int.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -40,6 +41,19 @@ inline void sortByWord(std::vector<WordAndIndex>& items) {
          sorted[places[digit(item)]++] = item;
       }
       items.swap(sorted);
+   }
+}
+
+// The same, and elements of equal words by `isBefore(index, index)`, stably.
+template <class IsBefore>
+void sortByWord(std::vector<WordAndIndex>& items, IsBefore const& isBefore) {
+   sortByWord(items);
+   for (auto run = items.begin(); run != items.end();) {
+      auto const end = std::find_if(run + 1, items.end(), [run](auto const& next) { return next.word != run->word; });
+      if (end - run > 1) {
+         std::stable_sort(run, end, [&](auto const& a, auto const& b) { return isBefore(a.index, b.index); });
+      }
+      run = end;
    }
 }
 

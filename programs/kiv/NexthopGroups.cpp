@@ -110,6 +110,10 @@ ExitStatus showDetail(Session const& session, state::Inputs& inputs, GroupArgume
    auto const counters = inputs.nexthopGroupCounters();
    detail.counterHelper = counters;
    ExitStatus status = statusOf(session, detail.render(static_cast<U32>(session.output()), session.format()));
+   for (auto const& error : counters->mountErrors()) {
+      session.report(error.bytes());
+      status = status == ExitStatus::ok ? ExitStatus::internal : status;
+   }
    status = session.checked(counters->counterKeyTable(), status);
    status = session.checked(counters->counterTable(), status);
    return session.checked(counters->snapshotTable(), status);

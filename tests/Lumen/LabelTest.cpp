@@ -8,24 +8,6 @@
 namespace Lumen::Test {
 namespace {
 
-constexpr auto labelRange =
-    "Lumen::MplsLabel::value < Lumen::MplsLabel::min or > Lumen::MplsLabel::luWithdraw not allowed";
-
-template <class F>
-void expectRangeError(F&& act, char const* message) {
-   EXPECT_EQ(testsupport::complaintOf<Zam::RangeError>(act), message);
-}
-
-TEST(MplsLabelTest, ReachesUpToTheWithdrawMarker) {
-   EXPECT_EQ(MplsLabel().value(), 0x100000U);
-   EXPECT_TRUE(MplsLabel(0xfffff).isLabel() && !MplsLabel().isLabel());
-   EXPECT_EQ(MplsLabel(0x800000).stringValue(), "8388608");
-   expectRangeError([] { MplsLabel(0x800001); }, labelRange);
-   expectRangeError([] { Zam::strepToValue<MplsLabel>("4294967296"); }, labelRange);
-   expectRangeError([] { Vni(0x1000000); }, "Lumen::Vni::value > Lumen::Vni::max not allowed");
-   EXPECT_THROW(Zam::strepToValue<MplsLabel>("'1'"), Zam::ParseError);
-}
-
 TEST(MplsLabelOperationTest, TextNamesTheOperationAndTheStack) {
    using enum MplsLabelOperation::Operation;
    EXPECT_EQ(MplsLabelOperation(push, {MplsLabel(100), MplsLabel(3)}).stringValue(), "push 100 3");
@@ -37,10 +19,8 @@ TEST(MplsLabelOperationTest, HoldsSixteenLabels) {
    std::vector<MplsLabel> const labels(MplsLabelOperation::maxLabels, MplsLabel(MplsLabel::luWithdraw));
    MplsLabelOperation full(MplsLabelOperation::Operation::push, labels);
    EXPECT_EQ(full.stackSize(), 16U);
-   EXPECT_EQ(MplsLabelOperation::parse(full.stringValue()), full);
-   auto const message = "Lumen::MplsLabelOperation::stackSize > maxLabels not allowed";
-   expectRangeError([&] { full.labelAppend(MplsLabel(1)); }, message);
-   expectRangeError([&] { MplsLabelOperation::parse(full.stringValue() + " 1"); }, message);
+   EXPECT_THROW(full.labelAppend(MplsLabel(1)), Zam::RangeError);
+   EXPECT_THROW(MplsLabelOperation::parse(full.stringValue() + " 1"), Zam::RangeError);
 }
 
 TEST(EthAddrTest, HoldsItsBytesInOrder) {

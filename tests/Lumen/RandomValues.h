@@ -7,6 +7,7 @@
 #include "Lumen/IpGenAddr.h"
 #include "Lumen/IpGenPrefix.h"
 #include "Lumen/MplsLabelOperation.h"
+#include "Lumen/RouteDistinguisher.h"
 #include "Lumen/Vni.h"
 #include "support/Testing.h"
 
@@ -96,6 +97,11 @@ T Random::value() {
          operation.labelAppend(value<MplsLabel>());
       }
       return operation;
+   } else if constexpr (std::is_same_v<T, RouteDistinguisher>) {
+      auto const number = static_cast<U16>(sparse());
+      return chance(3)   ? T::ofAs2(static_cast<U16>(sparse()), static_cast<U32>(sparse()))
+             : chance(2) ? T::ofIpAddr(value<IpAddr>(), number)
+                         : T::ofAs4(static_cast<U32>(sparse()), number);
    } else {
       return Vni(static_cast<U32>(below(Vni::max + 1)));
    }

@@ -1,3 +1,4 @@
+#include "Zam/FlatMap.h"
 #include "Zam/HashMap.h"
 #include "Zam/OrderedMap.h"
 #include "support/Testing.h"
@@ -39,7 +40,8 @@ class AnyMap : public testing::Test {
    }
 };
 using Maps =
-    testing::Types<Ordered, Zam::OrderedMap<WordKey, Text>, Zam::HashMap<U32, Text>, Zam::HashMap<U32, Text, BadHash>>;
+    testing::Types<Ordered, Zam::OrderedMap<WordKey, Text>, Zam::FlatMap<U32, Text>, Zam::HashMap<U32, Text>,
+                   Zam::HashMap<U32, Text, BadHash>>;
 TYPED_TEST_SUITE(AnyMap, Maps);
 
 // Phases that mostly fill and phases that mostly empty, some without a look-up between, over key ranges that make few

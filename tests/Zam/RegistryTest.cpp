@@ -5,6 +5,11 @@
 
 namespace TestTypes {
 
+enum class Hue : U8 { red, green };
+constexpr auto zamEnumerators(Hue) {
+   return std::to_array<Zam::Enumerator<Hue>>({{Hue::red, "red"}, {Hue::green, "green"}});
+}
+
 struct Point : Zam::ValueType {
    S32 x = 0;
    Zam::BoundedString<4> name;
@@ -15,6 +20,7 @@ struct Point : Zam::ValueType {
                                   Zam::attribute("name", &Point::name), Zam::collection("notes", &Point::notes));
    }
    S32 moveBy(S32 distance) { return x += distance; }
+   void paint(Hue) {}
 };
 
 struct Flag : Zam::ValueType {
@@ -67,11 +73,12 @@ S64 twice(S64 number) {
 
 void registerTypes() {
    auto& registry = Zam::TypeRegistry::instance();
-   registry.value<Point>().operation("moveBy", &Point::moveBy);
+   registry.value<Point>().operation("moveBy", &Point::moveBy).operation("paint", &Point::paint);
+   registry.enumeration<Hue>("RegistryTest::Hue");
    registry.value<Flag>();
    registry.entity<Base>("RegistryTest::Base").constructor(&baseFactory).attribute("name", &Base::name, &Base::nameIs);
    registry.entity<Walker>("RegistryTest::Walker")
-       .constructor(&walkerFactory)
+       .constructor(&walkerFactory, {"", {"table", "limit"}})
        .attribute("name", &Walker::name, &Walker::nameIs)
        .attribute("initialized", &Walker::initialized)
        .attribute("table", &Walker::table)
@@ -124,19 +131,54 @@ TEST_F(Registry, CollectionsOfferTheirOperations) {
    point.call(object, "notesIs", Args{6, std::string("six")});
    EXPECT_EQ(std::any_cast<Zam::String>(point.call(object, "notes", Args{5})), Zam::String("five"));
    EXPECT_FALSE(point.call(object, "notes", Args{4}).has_value());
+   auto const view = point.collection(object, "notes");
+   auto other = point.construct();
+   point.attributeIs(other, "notes", view);
+   EXPECT_TRUE(point.equal(other, object));
+   EXPECT_THROW(point.attributeIs(other, "notes", Zam::CollectionView::owning(std::set<U32>())), Zam::TypeError);
    point.call(object, "notesDel", Args{5});
+   EXPECT_EQ(view.size(), 1U) << "it looks at the object";
    EXPECT_EQ((std::any_cast<Zam::HashMap<U32, Zam::String>>(point.attribute(object, "notes")).size()), 1U);
    point.call(object, "notesDelAll");
    EXPECT_FALSE(point.isSet(object));
 }
 
+TEST_F(Registry, TextsThatAreWrongAreShownWithTheirPlace) {
+   auto object = point.construct();
+   auto const& flag = type("RegistryTest::Flag");
+   std::pair<std::function<void()>, std::string> const cases[] = {
+       {[&] { point.call(object, "paint", Args{Zam::fromText("blue")}); },
+        "RegistryTest::Point.paint: argument 0: expected an enumerator of RegistryTest::Hue, found \"blue\""},
+       {[&] { point.call(object, "paint", Args{Zam::fromText("1")}); },
+        "RegistryTest::Point.paint: argument 0: expected an enumerator of RegistryTest::Hue, found \"1\""},
+       {[&] { flag.construct(Args{Zam::fromText("Value('RegistryTest::Flag', ** {'on': 1})")}); },
+        "expected True or False, found \"1})\" at 38"},
+   };
+   for (auto const& [use, message] : cases) {
+      EXPECT_EQ(testsupport::complaintOf<Zam::ParseError>(use), message);
+   }
+}
+
+TEST_F(Registry, SignaturesTellTypesNamesAndLines) {
+   auto const& notes = point.operationSignature("notesIs");
+   EXPECT_EQ(notes.parameters.at(1).type.name() + " " + std::string(notes.parameters[1].name), "Zam::String value");
+   EXPECT_EQ(point.attributeSignature("notes").result.name(), "map of U32 to Zam::String");
+   EXPECT_TRUE(point.isSettable("x") && !walker.isSettable("limit") && walker.isEntity() && !point.isEntity());
+   EXPECT_EQ(walker.constructors().at(0)->parameters[0].name, "table");
+   EXPECT_EQ(walker.operationSignature("text").result.name(), "Zam::String");
+   EXPECT_EQ(walker.operationSignature("twice").access, Zam::Signature::Access::none);
+   EXPECT_THROW(walker.operationSignature("fly"), Zam::TypeError);
+}
+
 TEST_F(Registry, EntitiesComeInitialisedAndAreComparedByIdentity) {
    auto table = base.construct();
    base.attributeIs(table, "name", "routes");
+   auto const before = walker.allocations();
    auto object = walker.construct(Args{table, 200});
+   EXPECT_EQ(walker.allocations(), before + 1);
    EXPECT_TRUE(std::any_cast<bool>(walker.attribute(object, "initialized")));
    EXPECT_EQ(std::any_cast<Zam::Ptr<Base const>>(walker.attribute(object, "table"))->name(), Zam::String("routes"));
-   EXPECT_EQ(std::any_cast<std::string>(walker.call(object, "text", Args{2, Point{{}, 3, "", {}}})), "6.0");
+   EXPECT_EQ(std::any_cast<Zam::String>(walker.call(object, "text", Args{2, Point{{}, 3, "", {}}})), "6.0");
    EXPECT_EQ(std::any_cast<S64>(walker.call("twice", Args{21})), 42);
    EXPECT_EQ(walker.toText(object), "Ptr('RegistryTest::Walker')");
    EXPECT_TRUE(walker.equal(object, std::any(object)));
@@ -201,13 +243,16 @@ TEST_F(Registry, ErrorsSayWhatIsWrong) {
        {[&] {
            walker.construct(Args{nullptr, "x"});
         },
-        "Walker.constructor: argument 1 must be U8, not char const*"},
+        "Walker.constructor: argument limit: expected U8, found text 'x'"},
        {[&] {
            walker.construct(Args{Point(), 1});
         },
-        "Walker.constructor: argument 0 must be RegistryTest::Base, not RegistryTest::Point"},
+        "Walker.constructor: argument table: expected RegistryTest::Base, found RegistryTest::Point"},
        {[&] { point.attributeIs(object, "name", {}); },
-        "Point.name: argument 0 must be Zam::BoundedString<4u>, not nothing"},
+        "Point.name: argument 0: expected Zam::BoundedString<4u>, found nothing"},
+       {[&] { point.call(object, "paint", Args{7}); },
+        "Point.paint: argument 0: expected an enumerator of RegistryTest::Hue, found S32"},
+       {[&] { point.collection(object, "x"); }, "Point.x: no such collection"},
        {[&] { walker.attribute(object, "limit"); }, "Walker.limit: the object is of type RegistryTest::Point"},
        {[&] { walker.attribute(Zam::Ptr<Walker>(), "limit"); }, "Walker.limit: the object is null"},
        {[&] { point.toText(1); }, "Point.toText: the object is of type S32"},

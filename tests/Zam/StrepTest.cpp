@@ -7,6 +7,11 @@ enum class Colour : S32 { red = -1, green = 2 };
 constexpr auto zamEnumerators(Colour) {
    return std::to_array<Zam::Enumerator<Colour>>({{Colour::red, "red"}, {Colour::green, "green"}});
 }
+constexpr void zamReadFromTables(Colour) {}
+enum class Mode : U8 { off };
+constexpr auto zamEnumerators(Mode) {
+   return std::to_array<Zam::Enumerator<Mode>>({{Mode::off, "off"}});
+}
 
 }  // namespace TestTypes
 
@@ -116,6 +121,8 @@ TEST(Strep, EnumeratorsPrintAsTheirNames) {
    EXPECT_EQ(strepToValue<Colour>("-7"), Colour{-7});
    expectMalformed<Colour>({"", "blue", "gree", "greens", "2", "-1", "'red'"});
    EXPECT_THROW(strepToValue<Colour>("4000000000"), Zam::RangeError);
+   EXPECT_EQ(strepToValue<TestTypes::Mode>("off"), TestTypes::Mode::off);
+   expectMalformed<TestTypes::Mode>({"", "7", "0", "on", "-1"});
 }
 
 }  // namespace

@@ -166,13 +166,8 @@ TEST_F(Interrupts, throwFromEveryOperationUntilReset) {
    renderer.addAttributes("", attr.getArg());
    raise(SIGINT);
    for (std::function<void()> const& call : std::initializer_list<std::function<void()>>{
-            [&] { renderer.addFrills("x"); }, [&] { renderer.addArgs("x"); },
-            [&] { renderer.addAttributes("%u", attr.getArg()); }, [&] { renderer.add("", "k", "v"); },
-            [&] { renderer.startDictEntry(attr); }, [&] { renderer.startSimpleDictEntry(attr); },
-            [&] { renderer.endSimpleDictEntry(); }, [&] { renderer._startJsonObject("k"); },
-            [&] { renderer._startJsonList("k"); }, [&] { renderer._startJsonListEntry(); },
-            [&] { renderer.endJsonDict(); }, [&] { renderer.endJsonList(); }, [&] { renderer.writeQuotedString("x"); },
-            [&] { renderer.startNestedDocument("k"); }, [&] { renderer.endDocument(); }, [&] { renderer.fullness(); },
+            [&] { renderer.addFrills("x"); }, [&] { renderer.addAttributes("%u", attr.getArg()); },
+            [&] { renderer.startDictEntry(attr); }, [&] { renderer.endJsonDict(); }, [&] { renderer.endDocument(); },
             [&] { renderer.ioflush(); }}) {
       EXPECT_THROW(call(), cliprint::SigIntException);
    }

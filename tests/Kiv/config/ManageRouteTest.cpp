@@ -105,200 +105,52 @@ TEST(ToggleTest, damagedFilesAreDefaults) {
    ::unsetenv("KIV_TOGGLE_DIR");
 }
 
-// The rules once more, on texts: what the configuration is after random commands, and what each of them answered.
-class Model {
- public:
-   explicit Model(std::size_t maxVias) : maxVias_(maxVias) {}
-
-   struct Via {
-      U32 metric;
-      std::string name;
-      bool bfd;
-      auto operator<=>(Via const&) const = default;
-   };
-   struct Route {
-      RouteType type{};
-      U32 tag = 0;
-      std::string leak = "default", dropName, group;
-      U32 groupMetric = 0;
-      bool bypass = false;
-      std::map<std::string, Via> vias;
-      auto operator<=>(Route const&) const = default;
-   };
-   using Routes = std::map<std::pair<std::string, U32>, Route>;
-
-   // The refusal.
-   std::string add(Command const& c) {
-      auto const found = routes.find({c.prefix, c.preference});
-      if (found != routes.end()) {
-         auto const other = found->second.type;
-         auto const differs = [&](RouteType type) { return (other == type) != (c.type == type); };
-         if (differs(RouteType::nexthopGroup)) {
-            return "Route " + c.prefix + " already exists, cannot ECMP with nexthop group and non-nexthop group routes";
-         }
-         if (differs(RouteType::drop)) {
-            return "Cannot ECMP to Null0 interface.";
-         }
-         if (differs(RouteType::routeCacheConnected)) {
-            return "Cannot ECMP to Route Cache.";
-         }
-      }
-      auto& route = found != routes.end() ? found->second : routes[{c.prefix, c.preference}];
-      route.type = found != routes.end() ? route.type : c.type;
-      route.tag = c.tag;
-      route.leak = c.leakToVrf.empty() ? route.leak : c.leakToVrf;
-      switch (c.type) {
-         case RouteType::forward:
-            return addVia(route, c);
-         case RouteType::drop:
-            route.dropName = c.name;
-            return "";
-         case RouteType::nexthopGroup:
-         case RouteType::l2NexthopGroup:
-            route.group = c.group;
-            route.groupMetric = c.metric;
-            return "";
-         case RouteType::routeCacheConnected:
-            return "";
-      }
-      return "";
+// "drop hop=1.1.1.1 label=16 bfd": the type is first, switches stand alone.
+Command commandOf(std::string const& words) {
+   Command c;
+   auto const parts = partsOf(words);
+   constexpr std::array<std::string_view, 5> types{"forward", "drop", "nexthopGroup", "l2NexthopGroup", "cached"};
+   c.type = static_cast<RouteType>(std::ranges::find(types, parts.at(0)) - types.begin());
+   std::map<std::string_view, std::function<void(std::string const&)>> const clauses{
+       {"hop", [&](auto const& text) { c.hop = text; }},
+       {"intf", [&](auto const& text) { c.intf = text; }},
+       {"pref", [&](auto const& text) { c.preference = static_cast<U16>(std::stoul(text)); }},
+       {"tag", [&](auto const& text) { c.tag = static_cast<U32>(std::stoul(text)); }},
+       {"metric", [&](auto const& text) { c.metric = static_cast<U32>(std::stoul(text)); }},
+       {"vrf", [&](auto const& text) { c.vrf = text; }},
+       {"leak", [&](auto const& text) { c.leakToVrf = text; }},
+       {"egress", [&](auto const& text) { c.egressVrf = text; }},
+       {"label", [&](auto const& text) { c.label = static_cast<U32>(std::stoul(text)); }},
+       {"vtep", [&](auto const& text) { c.vtep = text; }},
+       {"vni", [&](auto const& text) { c.vni = static_cast<U32>(std::stoul(text)); }},
+       {"mac", [&](auto const& text) { c.mac = text; }},
+       {"name", [&](auto const& text) { c.name = text; }},
+       {"group", [&](auto const& text) { c.group = text; }},
+       {"bypass", [&](auto const&) { c.ribBypass = true; }},
+       {"validation", [&](auto const&) { c.validation = true; }},
+       {"bfd", [&](auto const&) { c.bfd = true; }}};
+   for (auto part = std::next(parts.begin()); part != parts.end(); ++part) {
+      auto const equals = std::min(part->find('='), part->size());
+      clauses.at(part->substr(0, equals))(part->substr(std::min(equals + 1, part->size())));
    }
-
-   void clear(std::string const& intf) {
-      for (auto at = routes.begin(); at != routes.end();) {
-         auto& vias = at->second.vias;
-         auto const removed =
-             std::erase_if(vias, [&](auto const& via) { return via.first.find("|" + intf + "|") < via.first.size(); });
-         at = removed != 0 && vias.empty() ? routes.erase(at) : std::next(at);
-      }
-   }
-
-   Routes routes;
-
- private:
-   std::string addVia(Route& route, Command const& c) {
-      auto const text = [&](bool validation) {
-         bool const evpn = !c.vtep.empty();
-         return c.hop + "|" + c.intf + "|" + std::to_string(c.label.value_or(1048576)) + "|" +
-                (c.intf.empty() && !c.egressVrf.empty() && c.egressVrf != c.vrf ? c.egressVrf : "default") + "|" +
-                c.vtep + "|" + std::to_string(evpn ? c.vni : 0) + "|" + (evpn ? *c.mac : "00:00:00:00:00:00") + "|" +
-                (evpn ? c.localIntf : "") + "|" + (evpn && validation ? "v" : "");
-      };
-      if (!c.vtep.empty()) {
-         if (c.mac == "00:00:00:00:00:00") {
-            return "Only non zero router-mac-address can be configured ";
-         }
-         if (!c.mac || c.mac->empty() || c.vni == 0) {
-            return "Static EVPN routes must specify VNI and router-mac-address ";
-         }
-         route.bypass = c.ribBypass;
-      }
-      if (maxVias_ != 0 && route.vias.size() == maxVias_ && !route.vias.contains(text(c.validation))) {
-         return "A maximum of " + std::to_string(maxVias_) + " routes are allowed with the same prefix and preference";
-      }
-      if (!c.vtep.empty()) {
-         route.vias.erase(text(!c.validation));
-      }
-      route.vias[text(c.validation)] = {c.metric, c.name, c.bfd};
-      return "";
-   }
-
-   std::size_t maxVias_;
-};
-
-Model::Routes routesOf(Routing::RouteList const& list) {
-   Model::Routes routes;
-   for (auto const& [at, route] : list.route()) {
-      auto& model = routes[{at.prefix.stringValue(), at.preference}];
-      model = {route->routeType(),
-               route->tag(),
-               route->leakToVrf().bytes(),
-               route->dropNextHopName().bytes(),
-               route->nexthopGroupName().bytes(),
-               route->nexthopGroupMetric(),
-               route->ribBypass(),
-               {}};
-      for (auto const& [via, metric] : route->via()) {
-         auto const* const name = route->viaNextHopName().find(via);
-         model.vias[textOf(via)] = {metric, name != nullptr ? name->bytes() : "", route->bfdTracked().contains(via)};
-      }
-   }
-   return routes;
+   return c;
 }
 
-class Random {
- public:
-   template <class T>
-   T among(std::initializer_list<T> values) {
-      return values.begin()[engine_() % values.size()];
-   }
-   bool oneIn(unsigned n) { return engine_() % n == 0; }
-
-   // Of few prefixes and vias, so that they meet.
-   Command command() {
-      Command c{.prefix = among<std::string>({"10.0.0.0/8", "10.0.0.0/16", "2001:db8::/32"}),
-                .type = oneIn(3) ? static_cast<RouteType>(engine_() % 5) : RouteType::forward,
-                .intf = among<std::string>({"", "Ethernet1", "Vlan10"}),
-                .preference = among<U16>({1, 1, 255}),
-                .tag = among<U32>({0, 1, 2}),
-                .metric = among<U32>({0, 1, 2}),
-                .vrf = among<std::string>({"default", "red"}),
-                .leakToVrf = among<std::string>({"", "", "blue"}),
-                .egressVrf = among<std::string>({"", "red", "default"}),
-                .ribBypass = oneIn(2),
-                .validation = oneIn(2),
-                .name = among<std::string>({"", "n", "x"}),
-                .bfd = oneIn(2),
-                .group = among<std::string>({"", "g"})};
-      if (oneIn(2)) {
-         c.hop = among<std::string>({"", "1.1.1.1", "fe80::1"});
-         c.label = oneIn(3) ? std::optional<U32>(16) : std::nullopt;
-      } else {
-         c.vtep = "9.9.9.9";
-         c.vni = among<U32>({0, 5, 5, 5});
-         c.mac =
-             among<std::optional<std::string>>({{}, "", "00:00:00:00:00:00", "00:1c:73:00:00:01", "00:1c:73:00:00:01"});
-         c.localIntf = among<std::string>({"", "Loopback0"});
-      }
-      return c;
-   }
-
- private:
-   std::minstd_rand engine_{20};
-};
-
-TEST(ManageRouteTest, agreesWithTheRulesOverRandomCommands) {
-   Random random;
-   std::set<std::string> seen;
-   for (U32 const limit : {0, 1, 3}) {
-      Model model(limit);
+// Commands one after the other, of which the last may be refused, and the lines that would make what they left.
+TEST(ManageRouteTest, commandsAndWhatTheyLeave) {
+   for (auto const& [commands, outcome] : casesOf("managed, with room for two vias")) {
       auto const list = routeList();
-      for (int i = 0; i < 4000; ++i) {
-         auto const command = random.command();
-         auto const there = model.routes.find({command.prefix, command.preference});
-         if (there != model.routes.end() && there->second.type == RouteType::l2NexthopGroup &&
-             command.type == RouteType::forward) {
-            continue;  // a programming error
-         }
-         auto const refusal = model.add(command);
-         auto const helper = helperWithLimit(limit);
-         EXPECT_EQ(command.addTo(list, *helper), refusal.empty());
-         ASSERT_EQ(helper->errorMsg().bytes(), refusal) << i;
-         seen.insert(refusal);
-         if (random.oneIn(40)) {
-            auto const intf = random.among<std::string>({"Ethernet1", "Vlan10"});
-            model.clear(intf);
-            ClearIntfRoutesAndViasHelper().clearIntfRoutesAndViasHelper(list, intf);
-         }
-         if (random.oneIn(100)) {
-            auto const at = key(command.prefix, static_cast<U8>(command.preference));
-            model.routes.erase({command.prefix, command.preference});
-            list->routeDel(at);
-         }
-         ASSERT_EQ(routesOf(*list) == model.routes, true) << i;
+      auto const helper = helperWithLimit(2);
+      std::istringstream in(commands);
+      bool added = true;
+      for (std::string command; std::getline(in, command, ';');) {
+         EXPECT_TRUE(added) << commands;
+         added = commandOf(command).addTo(list, *helper);
       }
+      EXPECT_EQ(helper->errorMsg().empty(), added) << commands;
+      auto const left = StaticRoutesCliSaver().save(list, false, "", {}).bytes();
+      EXPECT_EQ((added ? "" : helper->errorMsg().bytes() + "| ") + onOneLine(left), outcome) << commands;
    }
-   EXPECT_EQ(seen.size(), 5 + 5);  // every refusal came up
 }
 
 TEST(ClearIntfRoutesTest, leavesWhatHasNothingOfTheInterface) {

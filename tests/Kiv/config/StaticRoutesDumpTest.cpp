@@ -2,8 +2,6 @@
 #include "tests/cliprint/Capture.h"
 #include "tests/support/StrictJson.h"
 
-#include <csignal>
-
 namespace Kiv::Testing {
 
 namespace {
@@ -126,40 +124,6 @@ TEST_F(StaticRoutesDumpTest, inputsMergeAndFiltersSelect) {
    EXPECT_EQ(shown(1, false), "9.0.0.0/8 [9] 10.0.0.0/16 [1] ");
    EXPECT_EQ(shown(3, false), "10.0.0.0/8 [9] 2001:db8::/32 [1] ");
    EXPECT_EQ(shown(99, false), "");
-}
-
-TEST_F(StaticRoutesDumpTest, aLargeOutputIsStreamedWhole) {
-   std::string expected;
-   for (U32 i = 0; i < 3000; ++i) {
-      auto const prefix = Lumen::Prefix(Lumen::IpAddr(0x0a000000 + i * 256), 24);
-      list_->routeIs({{}, prefix, 1}, RouteType::forward)->viaIs(through("1.1.1.1", "Ethernet1"), 0);
-      expected += "F    " + prefix.stringValue() + " [1]\n      via 1.1.1.1, Ethernet1\n";
-   }
-   EXPECT_EQ(routes() == expected, true);
-   auto const document = testsupport::StrictJson::parse(json());
-   EXPECT_EQ(document->find("routes")->members.size(), 3000);
-}
-
-TEST_F(StaticRoutesDumpTest, endsEarly) {
-   routeIs("10.0.0.0/8", 1, RouteType::drop);
-   dump_.fmt = 2;
-   int pipe[2];
-   ASSERT_EQ(::pipe(pipe), 0);
-   ::close(pipe[0]);
-   dump_.fd = static_cast<U32>(pipe[1]);
-   EXPECT_EQ(dump_.dump({}), EPIPE);
-   ::close(pipe[1]);
-
-   testing_cliprint::CapturedFile file;
-   dump_.fd = static_cast<U32>(file.fd());
-   cliprint::interruptedIs(true);
-   ::testing::internal::CaptureStdout();
-   EXPECT_EQ(dump_.dump({}), EINTR);
-   auto const said = ::testing::internal::GetCapturedStdout();
-   EXPECT_TRUE(said.starts_with("exiting ") && said.ends_with("\n")) << said;
-   EXPECT_EQ(file.text(), "");
-   EXPECT_EQ(dump_.dump({}), 0);  // the interrupt is over
-   EXPECT_NE(file.text(), "");
 }
 
 }  // namespace
