@@ -54,6 +54,10 @@ struct FecRecord {
    // FECs of this adjacency type send their traffic into SR-TE policies.
    static constexpr U8 adjTypeSrTePolicy = 20;
    bool isSrTePolicy() const noexcept { return fecId.value() >> Vault::Fib::FecId::idBits == adjTypeSrTePolicy; }
+   void use() noexcept {
+      isShared = isUsed;
+      isUsed = true;
+   }
    std::span<StoredVia const> vias() const noexcept { return {firstVia, viaCount}; }
 };
 
@@ -108,7 +112,7 @@ class FecStore final : public Zam::PtrInterface {
 
    FecSources sources_;
    ViaArena arena_;
-   static constexpr std::size_t chunkSize = 1024;
+   static constexpr std::size_t chunkSize = 64;
    std::vector<std::unique_ptr<FecRecord[]>> chunks_;
    Number size_ = 0;
    Zam::HashMap<Vault::Fib::FecId, Number> numbers_;

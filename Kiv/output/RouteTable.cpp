@@ -23,21 +23,21 @@ constexpr char const* word(DefaultRouteState state) {
 
 template <class Family>
 void RouteTable<Family>::printAbove(TableHeader<Family> const& header, std::string_view legend) {
-   if constexpr (Family::hasTableHeader) {
-      printHeader(header);
-   }
+   printHeader(header);
    printWarnings();
    renderer_.addFrills("%s\n", legend);
 }
 
 template <class Family>
-void RouteTable<Family>::printHeader(TableHeader<Family> const& header) {
-   if (header.requested.isNullPrefix()) {
-      renderer_.addFrills("Displaying %u of %u IPv6 routing table entries\n", header.selected, header.total);
-   } else if (header.hasMask) {
-      renderer_.addFrills("Routing entry for %s\n", header.requested);
-   } else {
-      renderer_.addFrills("Routing entry for %s\n", header.requested.address());
+void RouteTable<Family>::printHeader([[maybe_unused]] TableHeader<Family> const& header) {
+   if constexpr (Family::hasTableHeader) {
+      if (header.requested.isNullPrefix()) {
+         renderer_.addFrills("Displaying %u of %u IPv6 routing table entries\n", header.selected, header.total);
+      } else if (header.hasMask) {
+         renderer_.addFrills("Routing entry for %s\n", header.requested);
+      } else {
+         renderer_.addFrills("Routing entry for %s\n", header.requested.address());
+      }
    }
 }
 

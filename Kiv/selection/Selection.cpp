@@ -75,8 +75,7 @@ bool Selection<Family>::selected(Route const& route, FecRecord* fec) {
       return false;
    }
    if (fec != nullptr) {
-      fec->isShared = fec->isUsed;
-      fec->isUsed = true;
+      fec->use();
    }
    routes_.insertOrReplace(route.prefix, route);
    return true;
@@ -164,8 +163,8 @@ void Selection<Family>::filterLongerPrefixes() {
    selectFromRouteCache(within);
    auto const select = [&](auto const& route) {
       auto* const known = fecs_.record(route.fecId);
-      if (selected(route, known) && known == nullptr) {
-         fecs_.copyAdjacency(route.fecId);
+      if (selected(route, known) && known == nullptr && route.fecId) {
+         fecs_.copyAdjacency(route.fecId)->use();
       }
    };
    if (worthLookingUpAll()) {
