@@ -171,8 +171,8 @@ void Inputs::vrfsAre(State const& state) {
 void Inputs::interfacesAre(State const& state) {
    auto const config = Zam::makePtr<::Interface::AllIntfConfigDir>();
    auto const layer3 = Zam::makePtr<L3::Config>();
-   auto const ip = Zam::makePtr<Ip::Status>();
-   auto const ip6 = Zam::makePtr<Ip6::Status>();
+   auto const ip = Zam::makePtr<::Ip::Status>();
+   auto const ip6 = Zam::makePtr<::Ip6::Status>();
    for (Interface const& interface : state.interfaces) {
       auto const* const known = vrfIdMap->vrfName(interface.vrfId);
       L3::VrfName const vrfName = known != nullptr ? *known : L3::VrfName();

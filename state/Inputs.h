@@ -93,8 +93,8 @@ class KIV_STATE_EXPORT Inputs {
    Table<::Vrf::VrfIdMap::Status> vrfIdMap{};
    Table<::Interface::AllIntfConfigDir> allIntfConfig{};
    Table<L3::Config> l3Config{};
-   Table<Ip::Status> ipStatus{};
-   Table<Ip6::Status> ip6Status{};
+   Table<::Ip::Status> ipStatus{};
+   Table<::Ip6::Status> ip6Status{};
    Table<Routing::Hardware::Status> routingHardwareStatus{};
    Table<Routing6::Hardware::Status> routing6HardwareStatus{};
    Table<Routing::AttachedRouteStatus> attachedRouteStatus{};

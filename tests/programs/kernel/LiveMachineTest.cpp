@@ -14,7 +14,7 @@ std::atomic<int> overruns = 0;  // how many times from here on the socket says t
 }  // namespace
 
 // In the place of the C library's, for the library that reads netlink sockets.
-extern "C" ssize_t recvmsg(int socket, msghdr* message, int flags) {
+extern "C" [[gnu::visibility("default")]] ssize_t recvmsg(int socket, msghdr* message, int flags) {
    if (overruns.fetch_sub(1) > 0) {
       errno = ENOBUFS;
       return -1;

@@ -1,5 +1,6 @@
 #include "Kiv/CliSupport.h"
 #include "programs/kiv/ShowSummary.h"
+#include "tests/Vault/VaultTesting.h"
 #include "tests/programs/kiv/ProgramRun.h"
 
 #include <gtest/gtest.h>
@@ -30,11 +31,15 @@ TEST(ShowSummary, HasOneRowForEveryCategory) {
 TEST(ShowSummary, TellsOfDamage) {
    ProgramRun const run;
    ASSERT_EQ(run("$KIV load $DEMO --state $DIR/s").status, 0);
-   ASSERT_EQ(
-       run("printf '\\377\\377\\377\\177' | dd of=$DIR/s/fib/route/0 bs=1 seek=64 conv=notrunc status=none").status, 0);
+   auto const table = run.dir() / "s/fib/route/0";
+   using Vault::Records::RouteRecord4;
+   Vault::Testing::patch(table,
+                         Vault::Testing::slotOffset<RouteRecord4>(table, 0) +
+                             offsetof(Vault::Slot<RouteRecord4>, words) + offsetof(RouteRecord4, key.length),
+                         U8{77});
    Finished const finished = run("$KIV --state $DIR/s show ip route summary");
    EXPECT_EQ(finished.status, 3);
-   EXPECT_NE(finished.err.find("high-water mark"), std::string::npos) << finished.err;
+   EXPECT_NE(finished.err.find("fib/route/0: damaged "), std::string::npos) << finished.err;
    EXPECT_NE(finished.out.find("Total routes: "), std::string::npos) << finished.out;
 }
 
