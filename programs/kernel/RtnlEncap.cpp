@@ -8,6 +8,7 @@
 #include <linux/if_tunnel.h>
 #include <linux/lwtunnel.h>
 #include <linux/mpls_iptunnel.h>
+#include <limits>
 #include <tuple>
 
 namespace kernel {
@@ -74,11 +75,11 @@ IpTunnelEncap ipEncap(Bytes encap) {
             break;
       }
    });
-   if (header.destination.isEmpty() || id > Lumen::Vni::max) {
+   if (header.destination.isEmpty() || id > std::numeric_limits<U32>::max()) {
       return {};
    }
    header.key = static_cast<U32>(id);
-   header.type = id != 0 ? IpEncapType::vxlan : IpEncapType::ipInIp;
+   header.type = IpEncapType::ipInIp;  // unless the device is of another kind
    return header;
 }
 

@@ -306,8 +306,8 @@ TEST_F(BuiltMachine, putsEncapsulationsIntoTunnels) {
             {LWTUNNEL_ENCAP_MPLS, mpls({}), ""},
             {LWTUNNEL_ENCAP_IP, ipHeader(0), " ipInIp  > 10.0.0.9 key 0 ttl 0 tos 0"},
             {LWTUNNEL_ENCAP_IP, ipHeader(0xffffff).add(LWTUNNEL_IP_TTL, U8{255}).add(LWTUNNEL_IP_TOS, U8{1}),
-             " vxlan  > 10.0.0.9 key 16777215 ttl 255 tos 1"},
-            {LWTUNNEL_ENCAP_IP, ipHeader(0x1000000), ""},
+             " ipInIp  > 10.0.0.9 key 16777215 ttl 255 tos 1"},
+            {LWTUNNEL_ENCAP_IP, ipHeader(0x100000000), ""},
             {LWTUNNEL_ENCAP_IP, Attributes().add(LWTUNNEL_IP_DST, U32{0}), ""},
             {LWTUNNEL_ENCAP_SEG6, mpls({1, 2}), ""},
         }) {

@@ -21,7 +21,7 @@ def dotted: split(".") | map(tonumber) | reduce .[] as $byte (0; . * 256 + $byte
 def encapsulation:
    if .encap == "mpls" then .to | split("/") | if length == 1 then " label \(.[0])" else " push \(join(" "))" end
    elif .encap | IN("ip", "ip6") then
-      " \(if .id == 0 then "ipInIp" else "vxlan" end) \(.src | address) > \(.to) key \(.id)"
+      " ipInIp \(.src | address) > \(.to) key \(.id)"
       + " ttl \(.ttl // .hoplimit) tos \(.tos // .tc)"
    else "" end;
 
