@@ -20,8 +20,9 @@ constexpr U8 adjTypeMadeUp = 4;
 constexpr U8 adjTypeMarksViaIndex = 15;
 constexpr U8 adjTypeEvpn = 24;
 
+// Far above those that writers of tables count up to.
 FecId nextMadeUpFecId() noexcept {
-   static std::atomic<U64> last{0};
+   static std::atomic<U64> last{U64{1} << (FecId::idBits - 1U)};
    return FecId::of(adjTypeMadeUp, ++last);
 }
 
@@ -73,9 +74,28 @@ void FecCache::copyAll(Pending& pending) {
    }
 }
 
+// The table may hold FECs of any id, and routes may name one that it does not hold.
+FecId FecCache::unusedFecId() const {
+   auto const& sources = store_->sources();
+   Vault::Fib::Fec fec;
+   Vault::FibGen::Fec generic;
+   auto const isUsed = [&](FecId fecId) {
+      auto const isIn = [fecId](auto const& table, auto& scratch) {
+         return safeLookup(table.get(), [&](auto const& fecs) { return fecs.fec(fecId, scratch); });
+      };
+      return fecHas(fecId) ||
+             (isGeneric() ? isIn(sources.forwardingGenStatus, generic) : isIn(sources.forwardingStatus, fec));
+   };
+   auto fecId = nextMadeUpFecId();
+   while (isUsed(fecId)) {
+      fecId = nextMadeUpFecId();
+   }
+   return fecId;
+}
+
 FecRecord& FecCache::makeUp(std::span<Via const> vias) {
    Pending pending;
-   auto& record = cachedFecIs(nextMadeUpFecId(), 0, vias, pending);
+   auto& record = cachedFecIs(unusedFecId(), 0, vias, pending);
    copyAll(pending);
    return record;
 }
@@ -245,6 +265,18 @@ void FecCache::fecIs(Zam::Ptr<CachedFec> const& fec) {
    }
    store_->numberIs(fec->fecId(), number);
    handles_.insertOrReplace(fec->fecId(), fec);
+}
+
+Zam::Ptr<CachedFec> FecCache::fecCopy(FecId fecId) {
+   auto const* const original = record(fecId);
+   if (original == nullptr) {
+      return nullptr;
+   }
+   auto const copyId = unusedFecId();
+   auto const number = store_->add(copyId);
+   store_->copy(*store_, *original, number);
+   store_->numberIs(copyId, number);
+   return fec(copyId);
 }
 
 bool FecCache::fecDel(FecId fecId) {

@@ -24,8 +24,9 @@ class FecCache {
    // hierarchy is walked with an explicit stack: its depth costs no call stack, and a cycle ends because what is here
    // is skipped.
    FecRecord* copyAdjacency(FecId fecId);
-   // A FEC of these vias, under an id that no table uses and no later FEC of this process gets, and what it resolves
-   // through.
+   // An id that no table uses and no later FEC of this process gets.
+   FecId unusedFecId() const;
+   // A FEC of these vias under such an id, and what it resolves through.
    FecRecord& makeUp(std::span<Vault::Fib::Via const> vias);
 
    // Null for a FEC that is not here.
@@ -49,6 +50,8 @@ class FecCache {
    Zam::Ptr<CachedFec> handle(FecRecord const& record) const;
    bool fecHas(FecId fecId) const { return store_->find(fecId) != nullptr; }
    void fecIs(Zam::Ptr<CachedFec> const& fec);
+   // A new FEC, like that one but for its id; null for one that is not here.
+   Zam::Ptr<CachedFec> fecCopy(FecId fecId);
    bool fecDel(FecId fecId);
    void fecDelAll();
 

@@ -90,7 +90,9 @@ void FecStore::copy(FecStore const& from, FecRecord const& other, Number to) {
       vias.push_back(arena_.stored(from.arena_.cached(via), via.value != 0));
       vias.back().position = via.position;
    }
+   auto const fecId = record.fecId;
    record = other;
+   record.fecId = fecId;
    record.number = to;
    record.extras = nullptr;
    if (other.extras != nullptr) {

@@ -100,7 +100,7 @@ class FecStore final : public Zam::PtrInterface {
    bool viaDel(FecRecord& record, StoredVia const& via);
    void viaDelAll(FecRecord& record);
 
-   // A FEC of another store becomes the one of that number.
+   // What there is of a FEC, of this store or another one, becomes that of the FEC of that number.
    void copy(FecStore const& from, FecRecord const& other, Number to);
 
  private:

@@ -51,12 +51,29 @@ TYPED_TEST(MadeUpRoutesTest, neighboursHaveFecsOfTheirOwn) {
    box.inputs.attachedRouteStatus = neighbours;
    box.inputs.hostRoutes = true;
    std::set<FecId> fecIds;
-   for (U32 command = 0; command < 2; ++command) {
+   auto const other = TypeParam::withLowBits(box.prefix(TypeParam::inNested).address(), 7);
+   for (U32 command = 0; command < 3; ++command) {
       auto const sorter = box.sorter();
-      ASSERT_EQ(sorter->sortedRoutes(), 1U);
-      auto const fecId = sorter->sortedRoute().begin()->value.fecId;
+      auto const fecId = sorter->sortedRoute().find(box.prefix(TypeParam::inNested))->fecId;
       EXPECT_TRUE(fecIds.insert(fecId).second) << "ids are for one route of the process";
+      EXPECT_EQ(sorter->fec(fecId)->vias(), 1U);
+      auto const next = FecId(fecId.value() + 1);
+      box.routeIs((other.stringValue() + (TypeParam::viasShareRouteLine ? "/32" : "/128")).c_str(), TypeParam::ospf,
+                  next);
+      fecIds.insert(next);
    }
+}
+
+// In a table that is walked when the route is made up already.
+TEST(MadeUpRoutes4Test, theirFecsAreInNoTable) {
+   Box<V4> box;
+   auto const cache = Zam::makePtr<Routing::Rib::RouteConfig>();
+   cache->routeIs({{}, box.prefix(V4::nested[0]), box.vrfId}, {Routing::RouteType::forward, 3, 44, 0, {vtepVia(1)}});
+   box.inputs.routeCacheConfig = cache;
+   auto const madeUp = [&] { return box.sorter()->sortedRoute().find(box.prefix(V4::nested[0]))->fecId; };
+   FecId const next(madeUp().value() + 1);
+   box.routeIs(V4::nested[1], V4::ospf, box.fecIs(next, {box.via(V4::hop, "Ethernet1")}));
+   EXPECT_EQ(madeUp().value(), next.value() + 1);
 }
 
 // Neighbours that another activity removes while the walk over them lets it in are not shown.

@@ -111,8 +111,11 @@ class Box {
    }
    static FecId fecIdOf(U64 id) { return FecId::of(Family::fecType, id); }
    FecId fecIs(U64 id, std::vector<Vault::Fib::Via> vias, U16 primaryVias = 0) {
+      return fecIs(fecIdOf(id), std::move(vias), primaryVias);
+   }
+   FecId fecIs(FecId fecId, std::vector<Vault::Fib::Via> vias, U16 primaryVias = 0) {
       typename Family::Fec fec;
-      fec.fecId = fecIdOf(id);
+      fec.fecId = fecId;
       fec.primaryVias = primaryVias;
       fec.vias = std::move(vias);
       fecs_->fecIs(fec);
