@@ -21,7 +21,7 @@ Tunnel::CliSupport::TunnelSources tunnelSources(FecStore const& store) {
 // A via whose destination is on its own link. One that leads into a tunnel, a group or another FEC leads there,
 // whatever it says of an address.
 bool isOnLink(Lumen::IpGenAddr const& hop, Lumen::IntfId const& intfId) {
-   return hop.isZero() && (intfId.isNamed() || (!intfId.isValid() && !hop.isEmpty()));
+   return hop.isZero() && (intfId.isNamed() || !intfId.isValid());
 }
 
 }  // namespace

@@ -17,6 +17,7 @@ using cliprint::StringAttrInfo;
 
 constexpr std::size_t prefixColumn = 10;
 constexpr std::size_t indent6 = 11;
+constexpr std::string_view severalSrcVrfs = "multiple source VRFs";
 
 constexpr auto blankText = [] {
    std::array<char, prefixColumn> blanks{};
@@ -35,7 +36,7 @@ constexpr std::size_t digits(U32 number) {
 }  // namespace
 
 int printSrcVrfHeader(cliprint::RendererV2& renderer, std::string_view srcVrf) {
-   bool const several = srcVrf == "multiple source VRFs";
+   bool const several = srcVrf == severalSrcVrfs;
    std::string_view const words = several ? "" : "source VRF ";
    renderer.addFrills("(");
    renderer.addFrills("%s", words);
@@ -133,7 +134,7 @@ void RouteRendering<Family>::printAnew(Line& line) {
    if (line.fec && (route.routeType == Family::RouteType::nexthopGroup || line.fec->isNexthopGroup())) {
       line.group = line.fec->nexthopGroup();
    }
-   if (line.group && line.group->id == 0) {
+   if (line.lacksGroup()) {
       trace(8, "printRoute", "Skipping route for ", route.prefix, " because nhgId is 0");
       return;
    }
@@ -142,8 +143,8 @@ void RouteRendering<Family>::printAnew(Line& line) {
    printLine(line, kind, [&](std::size_t headWidth) {
       auto const print = [&] { printBody(line, kind, headWidth); };
       bool const isOwn = line.group || (line.leaked() && kind == RouteBody::connected);
-      if (line.fec && !isOwn && (kind == RouteBody::vias || kind == RouteBody::connected)) {
-         recordings_.print(*line.fec, kind, kind == RouteBody::vias ? viaColumn(route, headWidth) : 0, print);
+      if (line.fec && !isOwn && kind != RouteBody::nothing && kind != RouteBody::policies) {
+         recordings_.print(*line.fec, kind, kind == RouteBody::connected ? 0 : viaColumn(route, headWidth), print);
       } else {
          print();
       }
@@ -157,8 +158,8 @@ void RouteRendering<Family>::printLine(Line const& line, RouteBody kind, Body co
    auto const entry = JsonScope::dictEntry(renderer_, line.route.prefix);
    printColumns(line, kind != RouteBody::nothing || line.isToCpu());
    renderer_.addFrills("%s", line.route.prefix);
-   bool const hasHead = !Family::viasShareRouteLine || kind == RouteBody::vias || kind == RouteBody::policies;
-   printBody(hasHead ? printHead(line, kind) : 0);
+   bool const isConnected = kind == RouteBody::connected || kind == RouteBody::nothing;
+   printBody(!Family::viasShareRouteLine || !isConnected ? printHead(line, kind) : 0);
 }
 
 template <class Family>
@@ -213,6 +214,9 @@ void RouteRendering<Family>::printColumns(typename Family::RouteType routeType, 
 // Preference, metric and source VRF. The columns that the source VRF takes in front of the vias.
 template <class Family>
 std::size_t RouteRendering<Family>::printHead(Line const& line, RouteBody kind) {
+   if (kind == RouteBody::wayOnly) {
+      printFlag("directlyConnected", false);
+   }
    printPreference(line.route);
    if constexpr (!Family::viasShareRouteLine) {
       printSrcVrf(line);
@@ -231,6 +235,7 @@ void RouteRendering<Family>::printBody(Line const& line, RouteBody kind, std::si
       case RouteBody::nothing:
          return printNothing(line);
       case RouteBody::vias:
+      case RouteBody::wayOnly:
       case RouteBody::policies:
          return printVias(line, kind, viaColumn(line.route, headWidth));
    }
@@ -258,21 +263,36 @@ template <class Family>
 void RouteRendering<Family>::printSrcVrf(Line const& line) {
    if (line.leaked()) {
       StringAttrInfo const srcVrf("srcVrf", renderer_, line.srcVrf);
-      renderer_.addAttributes(" (source VRF %s)", srcVrf.getArg());
+      bool const several = line.srcVrf == severalSrcVrfs;
+      several ? renderer_.addAttributes(" (%s)", srcVrf.getArg())
+              : renderer_.addAttributes(" (source VRF %s)", srcVrf.getArg());
    }
 }
 
 template <class Family>
-void RouteRendering<Family>::printDirectlyConnectedFlag(bool directlyConnected) {
-   cliprint::BoolAttrInfo const flag("directlyConnected", renderer_, directlyConnected);
+void RouteRendering<Family>::printFlag(cliprint::AttrName name, bool value) {
+   cliprint::BoolAttrInfo const flag(name, renderer_, value);
    renderer_.addAttributes("", flag.getArg());
 }
 
 template <class Family>
+void RouteRendering<Family>::printLeftOut(std::size_t indent) {
+   renderer_.startLine(indent);
+   renderer_.addFrills("more than %u vias, further ones are not shown", ViaBudget::maxOfRoute);
+   printFlag("viasLeftOut", true);
+   leftOutVias_ = true;
+}
+
+template <class Family>
 void RouteRendering<Family>::printConnected(Line const& line) {
-   renderer_.addFrills(" is directly connected");
-   printSrcVrf(line);
-   renderer_.addFrills(", ");
+   if constexpr (Family::viasShareRouteLine) {
+      renderer_.addFrills(" is directly connected");
+      printSrcVrf(line);
+      renderer_.addFrills(", ");
+   } else {
+      renderer_.startLine(indent6);
+      renderer_.addFrills("via ");
+   }
    {
       auto const vias = JsonScope::list(renderer_, "vias");
       auto const via = line.fec->via(0);
@@ -283,8 +303,8 @@ void RouteRendering<Family>::printConnected(Line const& line) {
          vias_.printLink(via);
       }
    }
-   renderer_.addFrills("\n");
-   printDirectlyConnectedFlag(true);
+   renderer_.addFrills("%s\n", Family::viasShareRouteLine ? "" : ", directly connected");
+   printFlag("directlyConnected", true);
 }
 
 // A drop, or a route to the box itself.
@@ -293,13 +313,13 @@ void RouteRendering<Family>::printNothing(Line const& line) {
    char const* const target = line.isToCpu() ? "Cpu" : "Null0";
    if constexpr (Family::viasShareRouteLine) {
       renderer_.addFrills(" is directly connected");
-      printDirectlyConnectedFlag(true);
+      printFlag("directlyConnected", true);
       printSrcVrf(line);
       renderer_.addFrills(", %s\n", target);
    } else {
       renderer_.startLine(indent6);
       renderer_.addFrills("%s\n", target);
-      printDirectlyConnectedFlag(true);
+      printFlag("directlyConnected", true);
    }
    auto const vias = JsonScope::list(renderer_, "vias");
 }
@@ -313,11 +333,16 @@ void RouteRendering<Family>::printVias(Line const& line, RouteBody kind, std::si
    } else {
       directlyConnected = printFecVias(line, indent);
    }
+   if (kind != RouteBody::wayOnly) {
+      printFlag("directlyConnected", directlyConnected);
+   }
    if (line.fec) {
       vias_.tunnels().checkAndPrintCbfInfo(line.fec->classes(), indent);
    }
+   if (vias_.leftOut()) {
+      printLeftOut(indent);
+   }
    renderer_.addFrills("\n");
-   printDirectlyConnectedFlag(directlyConnected);
 }
 
 // Whether any of them is directly connected.

@@ -5,6 +5,7 @@
 #include "Kiv/output/RouteLine.h"
 #include "Kiv/output/ViaRendering.h"
 #include "Zam/OrderedMap.h"
+#include "cliprint/AttrInfo.h"
 
 #include <array>
 #include <optional>
@@ -41,8 +42,10 @@ class RouteRendering {
 
    // All of them, in order. Stops when nobody takes the output any more.
    void printRoutes(Zam::OrderedMap<Prefix, Route> const& routes);
-   // Nothing for a route to nexthop group 0.
+   // Nothing for a nexthop group route to group 0, or without a group or any other way.
    void printRoute(Route const& route) { printRoute(route, output_.display.find(route.fecId)); }
+   // Some route has more vias than were printed; what there is of it says so.
+   bool leftOutVias() const noexcept { return leftOutVias_; }
 
  private:
    using FecNumber = FecStore::Number;
@@ -69,13 +72,15 @@ class RouteRendering {
    void printUnresolved(Vault::Fib::FecId fecId, std::size_t indent);
    void printPreference(Route const& route);
    void printSrcVrf(Line const& line);
-   void printDirectlyConnectedFlag(bool directlyConnected);
+   void printFlag(cliprint::AttrName name, bool value);
+   void printLeftOut(std::size_t indent);
    static std::size_t viaColumn(Route const& route, std::size_t headWidth);
 
    RouteOutput output_;
    cliprint::RendererV2& renderer_;
    FecRecordings recordings_;
    ViaRendering vias_;
+   bool leftOutVias_ = false;
    std::array<std::optional<cliprint::Recording>, 64> columns_{};  // by route type
 };
 

@@ -43,6 +43,8 @@ class RouteTable {
    // Without a text where it is not shown.
    void printDefaultRoute(DefaultRouteState state, bool isShown, Route const* route);
    void printRoutes(Zam::OrderedMap<typename Family::Prefix, Route> const& routes);
+   // Some route has more vias than were printed.
+   bool leftOutVias() const noexcept { return routes_.leftOutVias(); }
 
  private:
    void printHeader(TableHeader<Family> const& header);

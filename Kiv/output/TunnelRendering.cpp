@@ -22,13 +22,13 @@ constexpr char const* viasName(bool backup) {
 
 }  // namespace
 
-bool ViaBudget::take(cliprint::RendererV2& renderer, bool isResolved) {
-   if (left_ == 0 || resolvedLeft_ == 0 || !streams(renderer)) {
+bool ViaBudget::take(cliprint::RendererV2& renderer) {
+   if (left_ == 0) {
+      isExceeded_ = true;
       return false;
    }
    --left_;
-   resolvedLeft_ -= isResolved ? 1 : 0;
-   return true;
+   return streams(renderer);
 }
 
 void TunnelRendering::printFormatTunVia(CachedTunVia const& tunVia, PolicyInfoSet const* policies, std::size_t indent,
@@ -41,7 +41,7 @@ void TunnelRendering::printFormatTunVia(CachedTunVia const& tunVia, PolicyInfoSe
    // A nexthop group says itself where it leads.
    bool const tellsConnected = Tunnel::tunnelType(tunVia.tunnelId) != Tunnel::TunnelType::nexthopGroup;
    for (auto const& via : tunVia.via) {
-      if (!budget_.take(renderer_, true)) {
+      if (!budget_.take(renderer_)) {
          return;
       }
       auto const entry = JsonScope::listEntry(renderer_);
@@ -91,7 +91,7 @@ void TunnelRendering::printNestedList(std::vector<SortedTunVia> const& vias, Nes
       if (isTooDeep) {
          continue;
       }
-      if (!budget_.take(renderer_, true)) {
+      if (!budget_.take(renderer_)) {
          return;
       }
       auto const& via = vias[i];
@@ -121,7 +121,7 @@ void TunnelRendering::printPlainVia(SortedTunVia const& via, Lumen::MplsLabelOpe
 void TunnelRendering::printSrTePolicySetModel(PolicyInfoSet const& set, std::size_t margin, std::size_t viaMargin) {
    auto const list = JsonScope::list(renderer_, "srTePolicies");
    for (auto const& [index, policy] : set.policyInfo) {
-      if (!budget_.take(renderer_, true)) {
+      if (!budget_.take(renderer_)) {
          return;
       }
       auto const entry = JsonScope::listEntry(renderer_);
@@ -162,7 +162,7 @@ void TunnelRendering::printSrTePolicySetViaModel(PolicyInfoSet const& set, std::
 void TunnelRendering::printSegmentLists(SortedTunVias const& vias, std::size_t margin, std::size_t nestedMargin) {
    auto const weights = TunnelResolver::weightTexts(vias);
    for (std::size_t i = 0; i < vias.size(); ++i) {
-      if (!budget_.take(renderer_, true)) {
+      if (!budget_.take(renderer_)) {
          return;
       }
       auto const entry = JsonScope::listEntry(renderer_);
@@ -187,7 +187,7 @@ void TunnelRendering::checkAndPrintCbfInfo(CbfInfoSet const& set, std::size_t wi
 void TunnelRendering::printCbfInfoSetModel(CbfInfoSet const& set, std::size_t margin, std::size_t viaMargin) {
    auto const list = JsonScope::list(renderer_, "cbf");
    for (auto const& [index, info] : set.cbfInfo) {
-      if (!budget_.take(renderer_, true)) {
+      if (!budget_.take(renderer_)) {
          return;
       }
       auto const entry = JsonScope::listEntry(renderer_);

@@ -13,20 +13,21 @@ namespace Kiv {
 inline constexpr U32 maxViaDepth = 16;
 
 // Depth alone does not end what FECs and tunnels with several ways to each other expand to. No real route has this many
-// vias, of every kind and at every depth together.
+// vias, of every kind and at every depth together. Each route has a budget of its own.
 class ViaBudget {
  public:
    static constexpr U32 maxOfRoute = 65'536;
-   static constexpr U32 maxResolved = 1U << 22U;  // in one output: beneath others
 
-   void reset() noexcept { left_ = maxOfRoute; }
+   void reset() noexcept { *this = {}; }
    // Whether one more via may be printed, which is counted then. Flushes a full buffer; false also when nobody takes
    // the output any more.
-   bool take(cliprint::RendererV2& renderer, bool isResolved);
+   bool take(cliprint::RendererV2& renderer);
+   // A via was left out since the reset.
+   bool isExceeded() const noexcept { return isExceeded_; }
 
  private:
    U32 left_ = maxOfRoute;
-   U32 resolvedLeft_ = maxResolved;
+   bool isExceeded_ = false;
 };
 
 class TunnelRendering {

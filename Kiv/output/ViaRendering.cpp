@@ -13,7 +13,7 @@ bool ViaRendering::printList(DisplayFec const& fec, Place const& place) {
    auto const list = JsonScope::list(renderer_, place.depth == 0 ? "vias" : "resolvedVias");
    bool directlyConnected = false;
    for (U32 index = 0; index < fec.vias(); ++index) {
-      if (place.depth == maxViaDepth || !budget_.take(renderer_, place.depth != 0)) {
+      if (place.depth == maxViaDepth || !budget_.take(renderer_)) {
          return directlyConnected;
       }
       auto const entry = JsonScope::listEntry(renderer_);

@@ -27,6 +27,8 @@ class ViaRendering {
 
    // Before each route.
    void reset() noexcept { budget_.reset(); }
+   // The route has more vias than were printed of it.
+   bool leftOut() const noexcept { return budget_.isExceeded(); }
    TunnelRendering& tunnels() noexcept { return tunnels_; }
 
    // The vias of a FEC, the first one on the line where it stands when the layout wants that, the others `indent`

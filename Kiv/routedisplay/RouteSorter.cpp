@@ -130,8 +130,9 @@ U32 RouteSorterOf<Family>::tableSize() const {
    return static_cast<U32>(size);
 }
 
+// False when some route has more vias than are shown.
 template <class Family>
-void RouteSorterOf<Family>::formatOutput(cliprint::RendererV2& renderer) {
+bool RouteSorterOf<Family>::formatOutput(cliprint::RendererV2& renderer) {
    auto const facts = tableFacts();
    FecDisplay display(fecs_.storePtr());
    ProgrammedState const programmed(inputs_.unprogrammedRouteStatus.get(), inputs_.kernelUnprogrammedRoute.get(),
@@ -143,7 +144,7 @@ void RouteSorterOf<Family>::formatOutput(cliprint::RendererV2& renderer) {
                             .showLocalInterface = inputs_.showLocalInterface};
    if (inputs_.hostRoutes) {
       printHostRoutes<Family>(facts, output, renderer, sortedRoute());
-      return;
+      return true;
    }
    RouteTable<Family> table(facts, output, renderer);
    bool const isCounted = Family::hasTableHeader && inputs_.prefix.isNullPrefix();
@@ -156,17 +157,20 @@ void RouteSorterOf<Family>::formatOutput(cliprint::RendererV2& renderer) {
    table.printDefaultRoute(found.state, found.isShown, found.route ? &*found.route : nullptr);
    sortedRouteDel(DefaultRoute<Family>::prefix());
    table.printRoutes(sortedRoute());
+   return !table.leftOutVias();
 }
 
 template <class Family>
 bool RouteSorterOf<Family>::printRoutes(U32 fd, U32 fmt, bool printVrf) {
    trace(8, "printRoutes", Family::printRoutesName);
-   int const error = printDocument(fd, fmt, [&](cliprint::RendererV2& renderer) {
+   bool showsAll = true;
+   int error = printDocument(fd, fmt, [&](cliprint::RendererV2& renderer) {
       if (printVrf) {
          renderer.addFrills("\nVRF: %s\n", inputs_.vrfName);
       }
-      formatOutput(renderer);
+      showsAll = formatOutput(renderer);
    });
+   error = error == 0 && !showsAll ? EOVERFLOW : error;
    outputError_ = error == EINTR ? 0 : error;  // an interrupt is no error
    return error == 0;
 }

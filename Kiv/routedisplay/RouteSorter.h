@@ -42,9 +42,10 @@ class RouteSorterOf : public Zam::PtrInterface {
 
    // Once per sorter: the default route is taken out of the selection when it is printed. Writes the whole output to
    // the file descriptor in format 1 (text) or 2 (one JSON document). True when it is complete; false when the user
-   // interrupted it, or when the output could not be written, which outputError() tells.
+   // interrupted it, or when the output could not be written or some route has more vias than are shown, which
+   // outputError() tells.
    bool printRoutes(U32 fd, U32 fmt, bool printVrf);
-   // The errno of the write that ended the last output, 0 when none failed.
+   // The errno of the write that ended the last output, EOVERFLOW when vias were left out of it, 0 when neither was.
    S32 outputError() const noexcept { return outputError_; }
 
    Zam::String legend() const;
@@ -70,6 +71,9 @@ class RouteSorterOf : public Zam::PtrInterface {
    Zam::Ptr<CachedFec> fec(Vault::Fib::FecId fecId) const { return fecs_.fec(fecId); }
    bool fecHas(Vault::Fib::FecId fecId) const { return fecs_.fecHas(fecId); }
    void fecIs(Zam::Ptr<CachedFec> const& fec) { fecs_.fecIs(fec); }
+   // A new FEC in the cache, like that one but for its id: what is changed in it is changed for no route that has, or
+   // resolves through, the other. Null for a FEC that is not in the cache.
+   Zam::Ptr<CachedFec> fecCopy(Vault::Fib::FecId fecId) { return fecs_.fecCopy(fecId); }
    bool fecDel(Vault::Fib::FecId fecId) { return fecs_.fecDel(fecId); }
    void fecDelAll() { fecs_.fecDelAll(); }
 
@@ -90,7 +94,7 @@ class RouteSorterOf : public Zam::PtrInterface {
    TableFacts tableFacts() const;
    bool kernelUnprogrammed() const;
    U32 tableSize() const;
-   void formatOutput(cliprint::RendererV2& renderer);
+   bool formatOutput(cliprint::RendererV2& renderer);
 
    Inputs inputs_;
    bool initialized_ = false;

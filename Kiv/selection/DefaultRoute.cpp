@@ -54,15 +54,15 @@ bool isSectionShown(Selection<Family> const& selection, DefaultRoute<Family> con
 template <class Family>
 DefaultRoute<Family> defaultRoute(Selection<Family>& selection, Routing::RouteList const* routeList) {
    auto const prefix = DefaultRoute<Family>::prefix();
-   auto route = selection.tables().fibRoute(prefix);
+   DefaultRoute<Family> found;
+   // As it was selected, from whichever table and whatever became of it since: its FEC is the one in the cache.
+   if (auto const* const selected = selection.routes().find(prefix); selected != nullptr) {
+      found.route = *selected;
+   }
+   auto route = found.route ? found.route : selection.tables().fibRoute(prefix);
    bool const inFib = route.has_value();
    if (!inFib) {
       route = routeCacheRoute(selection.tables(), selection.fecs(), selection.routes(), prefix);
-   }
-   DefaultRoute<Family> found;
-   // As it was selected, whatever became of it since: its FEC is the one in the cache.
-   if (auto const* const selected = selection.routes().find(prefix); selected != nullptr) {
-      found.route = *selected;
    }
    if (!route) {
       bool const configured = isConfigured<Family>(routeList);

@@ -18,8 +18,8 @@ struct DefaultRoute {
    static typename Family::Prefix prefix() { return {typename Family::Addr(), 0}; }
 };
 
-// Looks for it in the FIB, then in the route cache, then in the configuration; the route list may be null. A route of
-// the route cache that was not selected brings its FEC in.
+// Looks for it among the selected routes, in the FIB, in the route cache, then in the configuration; the route list may
+// be null. A route of the route cache that was not selected brings its FEC in.
 template <class Family>
 DefaultRoute<Family> defaultRoute(Selection<Family>& selection, Routing::RouteList const* routeList);
 

@@ -76,7 +76,8 @@ TYPED_TEST(OutputTest, namesOfNexthopGroups) {
    expect("NexthopGroupUnknown");
 }
 
-// Vias that resolve through each other, four ways each: without a bound, 4 to the power of 16 of them.
+// Vias that resolve through each other, four ways each: without a bound, 4 to the power of 16 of them. Where they end
+// is said, and what comes behind them is all there.
 TYPED_TEST(OutputTest, hierarchicalLoopsEnd) {
    auto& box = this->box_;
    auto const fourWays = [&](U64 id) {
@@ -89,7 +90,40 @@ TYPED_TEST(OutputTest, hierarchicalLoopsEnd) {
    };
    box.routeIs(TypeParam::nested[0], TypeParam::ospf, box.fecIs(1, fourWays(2)));
    box.fecIs(2, fourWays(1));
-   EXPECT_LT(std::ranges::count(box.text(), '\n'), 66'000);
+   box.routeIs(TypeParam::nested[1], TypeParam::ospf, box.fecIs(3, {box.via(TypeParam::hop, "Ethernet1")}));
+   auto const sorter = box.sorter();
+   std::string outputs[2];
+   for (U32 const format : {1U, 2U}) {
+      testing_cliprint::CapturedFile file;
+      EXPECT_FALSE(sorter->printRoutes(static_cast<U32>(file.fd()), format, false));
+      EXPECT_EQ(sorter->outputError(), EOVERFLOW);
+      outputs[format - 1] = file.text();
+   }
+   auto const& [text, model] = outputs;
+   EXPECT_LT(std::ranges::count(text, '\n'), 66'000);
+   EXPECT_NE(text.find("more than 65536 vias, further ones are not shown\n O"), std::string::npos);
+   EXPECT_TRUE(text.ends_with(std::string(" via ") + TypeParam::hop + ", Ethernet1\n\n"));
+   auto const document = testsupport::StrictJson::parse(model);
+   ASSERT_TRUE(document && document->find("routes")->members.size() == 2);
+   for (auto const& [prefix, route] : document->find("routes")->members) {
+      auto const* const flag = route.find("viasLeftOut");
+      EXPECT_EQ(flag != nullptr ? flag->text : "none", prefix == TypeParam::nested[1] ? "none" : "true");
+   }
+}
+
+// The route cache has a default route that is shown in the place of one that is not.
+TYPED_TEST(OutputTest, aSelectedDefaultRouteIsShown) {
+   auto& box = this->box_;
+   auto const cache = Zam::makePtr<Routing::Rib::RouteConfig>();
+   Routing::Via via;
+   via.hop = Lumen::IpGenAddr::parse(TypeParam::hop);
+   via.intfId = Lumen::IntfId::named("Ethernet1");
+   cache->routeIs({{}, box.prefix(TypeParam::everything), box.vrfId}, {Routing::RouteType::forward, 3, 44, 0, {via}});
+   box.inputs.routeCacheConfig = cache;
+   box.routeIs(TypeParam::everything, TypeParam::ospf, {});  // not printable
+   box.inputs.prefix = box.prefix(TypeParam::everything);
+   EXPECT_TRUE(box.textAfterLegend().starts_with("Gateway of last resort:\n"));
+   EXPECT_EQ(box.model().find("routes")->members.size(), 1U);
 }
 
 // A table whose index is junk costs what it holds, and nothing else.

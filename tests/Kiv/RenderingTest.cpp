@@ -37,7 +37,7 @@ class RenderingTest : public ::testing::Test {
    }
    Vault::Fib::Via someVia() {
       auto via = box_.via(random_.below(4) == 0 ? "" : Family::hop, random_.below(2) == 0 ? "Ethernet1" : "Vlan20");
-      switch (random_.below(8)) {
+      switch (random_.below(10)) {
          case 0:
             via.label = Lumen::MplsLabel(16 + random_.below(9));
             break;
@@ -48,7 +48,10 @@ class RenderingTest : public ::testing::Test {
             via.tunnelId = Tunnel::tunnelIdOf(TunnelType::ldp, 1);
             break;
          case 3:
-            via = viaThrough(IntfId::fromNexthopGroup(5));
+            via = viaThrough(IntfId::fromNexthopGroup(4 + random_.below(2)));
+            break;
+         case 4:
+            via.intfId = IntfId();
             break;
          default:
             break;
@@ -57,13 +60,13 @@ class RenderingTest : public ::testing::Test {
       return via;
    }
    // Few FECs for many routes, which repeat them in any order.
-   void manyRoutesAre() {
+   void manyRoutesAre(bool ofAllTypes = false) {
       tunnels_->entryIs(Tunnel::tunnelIdOf(TunnelType::ldp, 1),
                         {.vias = {{{}, IntfId::named("Ethernet7"), Lumen::IpGenAddr::parse(Family::hop), 0, 1}}});
       box_.fecIs(1, {box_.via(Family::hop, "Ethernet9"), box_.via("", "Ethernet9")});
       for (U32 id = 2; id < 12; ++id) {
          std::vector<Vault::Fib::Via> vias;
-         std::generate_n(std::back_inserter(vias), random_.below(4), [this] { return someVia(); });
+         std::generate_n(std::back_inserter(vias), random_.below(5), [this] { return someVia(); });
          box_.fecIs(id, vias, static_cast<U16>(random_.below(3)));
       }
       for (U32 i = 0; i < 200; ++i) {
@@ -71,9 +74,11 @@ class RenderingTest : public ::testing::Test {
          auto const text = Family::viasShareRouteLine
                                ? "10." + std::to_string(i) + ".0.0/" + std::to_string(16 + random_.below(17))
                                : address.stringValue() + "/" + std::to_string(48 + random_.below(81));
-         box_.routeIs(text.c_str(),
-                      std::array{Family::ospf, RouteType::eBgp, RouteType::nexthopGroup}[random_.below(3)],
-                      box_.fecIdOf(2 + random_.below(10)), static_cast<U8>(random_.below(256)),
+         auto type = std::array{Family::ospf, RouteType::eBgp, RouteType::nexthopGroup}[random_.below(3)];
+         if (ofAllTypes && random_.below(2) == 0) {
+            type = static_cast<RouteType>(random_.below(Family::viasShareRouteLine ? 43 : 30));
+         }
+         box_.routeIs(text.c_str(), type, box_.fecIdOf(2 + random_.below(10)), static_cast<U8>(random_.below(256)),
                       random_.below(2) == 0 ? random_.below(10) : random_.number(),
                       random_.below(4) == 0 ? U32{8} : Vrf::VrfIdMap::noVrf);
          if (random_.below(8) == 0) {
@@ -97,15 +102,6 @@ class RenderingTest : public ::testing::Test {
       }
       return file.text();
    }
-   // The sorter's routes, printed on one rendering or each on one of its own.
-   std::string printed(U32 format, typename Family::Sorter const& sorter, bool together) const {
-      return printed(format, [&](auto& renderer) {
-         Rendering rendering(sorter, renderer);
-         for (auto const& [prefix, route] : sorter.sortedRoute()) {
-            together ? rendering.routes.printRoute(route) : Rendering(sorter, renderer).routes.printRoute(route);
-         }
-      });
-   }
    std::string printed(U32 format, typename Family::Sorter const& sorter, typename Family::Route const& route) const {
       return printed(format, [&](auto& renderer) { Rendering(sorter, renderer).routes.printRoute(route); });
    }
@@ -126,12 +122,73 @@ class RenderingTest : public ::testing::Test {
 };
 TYPED_TEST_SUITE(RenderingTest, Families);
 
-TYPED_TEST(RenderingTest, sharedFecsPrintWhatEachRouteWouldAlone) {
-   this->manyRoutesAre();
-   auto const sorter = this->box_.sorter();
-   ASSERT_GT(sorter->sortedRoutes(), 100U);
-   for (U32 const format : {1U, 2U}) {
-      EXPECT_EQ(this->printed(format, *sorter, true), this->printed(format, *this->box_.sorter(), false));
+// In the whole table, where FECs repeat, as when it is asked for alone.
+TYPED_TEST(RenderingTest, everyRoutePrintsAsItDoesAlone) {
+   auto& box = this->box_;
+   box.inputs.showHidden = true;
+   for (int world = 0; world < 4; ++world) {
+      this->manyRoutesAre(true);
+      box.inputs.prefix = {};
+      auto const model = box.model();
+      auto const text = box.textAfterLegend();
+      auto const& routes = model.find("routes")->members;
+      ASSERT_GT(routes.size(), 100U);
+      std::string lines;
+      for (auto const& [prefix, route] : routes) {
+         box.inputs.prefix = box.prefix(prefix.c_str());
+         auto const alone = box.textAfterLegend();
+         lines.append(alone, 0, alone.size() - 1);  // the blank line that ends a table
+         ASSERT_EQ(box.model().find("routes")->members.at(0).value.text, route.text) << prefix;
+      }
+      ASSERT_EQ("Gateway of last resort is not set\n\n" + lines + '\n', text);
+   }
+}
+
+// What stands behind the prefix, and at the end of the model; nothing when the route is not shown.
+TYPED_TEST(RenderingTest, routesWithoutAWay) {
+   constexpr bool is4 = TypeParam::viasShareRouteLine;
+   auto& box = this->box_;
+   box.inputs.showHidden = true;
+   box.vrfs->vrfNameIs(9, "multiple source VRFs");
+   auto const hop = std::string(" via ") + TypeParam::hop + ", Ethernet1";
+   std::string const behind = is4 ? "" : " [110/20]\n          ";
+   std::string const internal =
+       is4 ? " is directly connected, <Internal>" : behind + " via <Internal>, directly connected";
+   std::string const several =
+       is4 ? " [110/20] (multiple source VRFs)" : " [110/20] (multiple source VRFs)\n          ";
+   auto const zero = typename TypeParam::Addr().stringValue();
+   constexpr U32 own = Vrf::VrfIdMap::noVrf;
+   struct Case {
+      typename TypeParam::RouteType type;
+      std::vector<Vault::Fib::Via> vias;
+      U32 srcVrfId;
+      std::string text;
+      std::string model;
+   };
+   for (auto const& [type, vias, srcVrfId, expected, model] : std::initializer_list<Case>{
+            {TypeParam::ospf, {box.via("", "")}, own, internal, R"("vias":[],"directlyConnected":true})"},
+            {TypeParam::ospf, {box.via(zero.c_str(), "")}, own, internal, R"("vias":[],"directlyConnected":true})"},
+            {TypeParam::ospf,
+             {box.via(TypeParam::hop, "Ethernet1")},
+             9,
+             several + hop,
+             R"("directlyConnected":false})"},
+            {TypeParam::ospf,
+             {box.via("", "Ethernet1")},
+             9,
+             is4 ? " is directly connected (multiple source VRFs), Ethernet1"
+                 : several + " via Ethernet1, directly connected",
+             R"("directlyConnected":true})"},
+            {TypeParam::RouteType::nexthopGroup, {this->viaThrough(IntfId::fromNexthopGroup(0))}, own, "", ""},
+            {TypeParam::RouteType::nexthopGroup, {}, own, "", ""},
+        }) {
+      box.routeIs(TypeParam::nested[0], type, box.fecIs(1, vias), 110, 20, srcVrfId);
+      auto const text = box.textAfterLegend();
+      auto const at = text.find(TypeParam::nested[0]);
+      EXPECT_EQ(at == std::string::npos ? "" : text.substr(at),
+                expected.empty() ? "" : TypeParam::nested[0] + expected + "\n\n");
+      auto const routes = box.model().find("routes")->members;
+      EXPECT_TRUE(routes.empty() ? model.empty() : routes[0].value.text.ends_with(model)) << box.output(2);
    }
 }
 
@@ -211,20 +268,12 @@ TYPED_TEST(RenderingTest, nestingEndsAtSixteenLevels) {
 TYPED_TEST(RenderingTest, aFecThatHasVanishedIsNamed) {
    auto const sorter = this->box_.sorter();
    auto const missing = this->box_.routeIs(TypeParam::nested[0], TypeParam::ospf, this->box_.fecIdOf(99));
-   for (U32 const format : {1U, 2U}) {
-      EXPECT_NE(this->printed(format, *sorter, missing)
-                    .find("<FecId " + std::to_string(missing.fecId.value()) + " not found>"),
-                std::string::npos);
-   }
-}
-
-TYPED_TEST(RenderingTest, nexthopGroupZeroIsSkipped) {
-   auto& box = this->box_;
-   for (U32 const id : {0U, 5U}) {
-      box.routeIs(TypeParam::nested[0], TypeParam::RouteType::nexthopGroup,
-                  box.fecIs(1, {this->viaThrough(IntfId::fromNexthopGroup(id))}));
-      EXPECT_EQ(box.text().find(TypeParam::nested[0]) != std::string::npos, id != 0);
-   }
+   auto const told = "<FecId " + std::to_string(missing.fecId.value()) + " not found>";
+   EXPECT_NE(this->printed(1, *sorter, missing).find(" via " + told + '\n'), std::string::npos);
+   EXPECT_NE(
+       this->printed(2, *sorter, missing)
+           .find(R"("forward","directlyConnected":false,"preference":110,"metric":20,"vias":[{"nexthopAddr":")" + told),
+       std::string::npos);
 }
 
 // A shared gateway is a neighbour on every interface, on more of them than a FEC of the tables has vias.
