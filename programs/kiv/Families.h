@@ -13,6 +13,7 @@ namespace kiv {
 struct Ip4 {
    static constexpr auto family = Lumen::AddressFamily::ipv4;
    using Prefix = Lumen::Prefix;
+   static constexpr char const* everything = "0.0.0.0/0";
    using AddrWithMask = Lumen::IpAddrWithMask;
    using Sorter = Kiv::RouteSorter;
    using Summary = Kiv::RouteSummary;
@@ -28,6 +29,7 @@ struct Ip4 {
 struct Ip6 {
    static constexpr auto family = Lumen::AddressFamily::ipv6;
    using Prefix = Lumen::Ip6Prefix;
+   static constexpr char const* everything = "::/0";
    using AddrWithMask = Lumen::Ip6AddrWithMask;
    using Sorter = Kiv::Route6Sorter;
    using Summary = Kiv::Route6Summary;

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <optional>
 #include <tuple>
+#include <unordered_map>
 
 namespace kiv {
 namespace {
@@ -15,13 +17,55 @@ U32 requestedGroup(state::Inputs const& inputs, std::string const& name) {
    return id != 0 ? id : throw Refusal(name, "no such nexthop group");
 }
 
+// Routes with a via that is all that was asked for. Filters that take the other vias out of a FEC take them from every
+// route that resolves through it, too.
+class ViaFilter final : public Kiv::RouteFilterBase {
+ public:
+   ViaFilter(std::optional<Lumen::IpGenAddr> const& nexthop, std::optional<Lumen::IntfId> const& interface)
+       : nexthop_(nexthop),
+         interface_(interface) {}
+   std::string_view fwkType() const noexcept override { return "kiv::ViaFilter"; }
+   bool filter(Zam::Ptr<Kiv::CachedFec> const& fec, bool /* discardNonMatchingVia */) const override {
+      return !fec || std::ranges::none_of(fec->via(), [this](auto const& via) { return matches(via.key); });
+   }
+   void prune(Kiv::CachedFec& fec) const {
+      for (auto const& [via, value] : fec.via()) {
+         matches(via) || fec.viaDel(via);
+      }
+   }
+
+ private:
+   bool matches(Kiv::CachedVia const& via) const {
+      return (!nexthop_ || via.hop == *nexthop_) && (!interface_ || via.intfId == *interface_);
+   }
+
+   std::optional<Lumen::IpGenAddr> nexthop_;
+   std::optional<Lumen::IntfId> interface_;
+};
+
+// Null when all vias of a route are shown.
+template <class Prefix>
+Zam::Ptr<ViaFilter const> requestedVias(state::Inputs const& inputs, RouteArguments<Prefix> const& asked) {
+   if (!asked.matchingViasOnly) {
+      return {};
+   }
+   auto const interface = asked.interface ? requestedInterface(inputs, *asked.interface) : nullptr;
+   return Zam::makePtr<ViaFilter>(asked.nexthop, interface ? std::optional(interface->intfId()) : std::nullopt);
+}
+
 // Null when the command has none.
 template <class Prefix>
-Zam::Ptr<Kiv::RouteFilterColl> requestedFilters(state::Inputs const& inputs, RouteArguments<Prefix> const& asked) {
+Zam::Ptr<Kiv::RouteFilterColl> requestedFilters(state::Inputs const& inputs, RouteArguments<Prefix> const& asked,
+                                                Zam::Ptr<ViaFilter const> const& vias) {
    if (!asked.nexthop && !asked.nexthopGroup && !asked.interface) {
       return {};
    }
-   auto filters = Kiv::routeFilterCollFactory(asked.matchingViasOnly);
+   constexpr bool discardNonMatchingVia = false;
+   auto filters = Kiv::routeFilterCollFactory(discardNonMatchingVia);
+   if (vias) {
+      filters->filterCollIs(vias);
+      return filters;
+   }
    if (asked.nexthop) {
       filters->filterCollIs(Kiv::routeFilterIpFactory(*asked.nexthop));
    }
@@ -45,6 +89,24 @@ void hideFiltered(Sorter& sorter, Kiv::RouteFilterColl const& filters) {
       if (filters.filter(sorter.fec(route.fecId))) {
          sorter.sortedRouteDel(prefix);
       }
+   }
+}
+
+// Leaves the routes those of their vias that match, in FECs of their own.
+template <class Sorter>
+void showOnly(Sorter& sorter, ViaFilter const& vias) {
+   std::unordered_map<Vault::Fib::FecId, Vault::Fib::FecId> pruned;
+   auto const routes = sorter.sortedRoute();
+   for (auto [prefix, route] : routes) {
+      endWhenInterrupted();
+      auto const [at, isNew] = pruned.try_emplace(route.fecId);
+      if (isNew) {
+         auto const copy = sorter.fecCopy(route.fecId);
+         vias.prune(*copy);
+         at->second = copy->fecId();
+      }
+      route.fecId = at->second;
+      sorter.sortedRouteIs(prefix, route);
    }
 }
 
@@ -78,10 +140,20 @@ void tablesAre(SorterInputs& to, state::Inputs const& inputs) {
    tunnelTablesAre(to, inputs);
 }
 
+// A sorter looks for the default route in them. It is configured, too, when it was added while the box runs.
+template <class Family>
+Zam::Ptr<Routing::RouteList const> configuredRoutes(state::Inputs::Vrf const& vrf) {
+   auto const& lists = Family::of(vrf);
+   Lumen::IpGenPrefix const prefix(Family::Prefix::parse(Family::everything));
+   auto const isDefault = [&](auto const& entry) { return entry.key.prefix == prefix; };
+   bool const isAdded = lists.routeListDynamic && std::ranges::any_of(lists.routeListDynamic->route(), isDefault);
+   return isAdded ? lists.routeListDynamic : lists.routeList;
+}
+
 template <class Family>
 void vrfIs(typename Family::Sorter::Inputs& to, state::Inputs& inputs, state::Inputs::Vrf const& vrf) {
    to.routingConfig = Family::of(vrf).routingConfig;
-   to.routeList = Family::of(vrf).routeList;
+   to.routeList = configuredRoutes<Family>(vrf);
    to.routingStatus = Family::routes(inputs, vrf.id);
    to.vrfName = vrf.name;
    to.vrfId = vrf.id;
@@ -112,7 +184,8 @@ typename Family::Sorter::Inputs requestedRoutes(state::Inputs const& inputs,
 // Selects the routes of one VRF. A sorter that is asked for longer prefixes looks at its filters before it has a
 // route's FEC, so it would hide nearly every route; once it is done, it has all FECs.
 template <class Family>
-auto selected(typename Family::Sorter::Inputs const& inputs, Zam::Ptr<Kiv::RouteFilterColl> const& filters) {
+auto selected(typename Family::Sorter::Inputs const& inputs, Zam::Ptr<Kiv::RouteFilterColl> const& filters,
+              Zam::Ptr<ViaFilter const> const& vias) {
    auto const all = filters ? filters->filterColl() : Kiv::RouteFilterColl::Filters();
    if (filters && inputs.longerPrefixes) {
       filters->filterCollDelAll();
@@ -123,16 +196,20 @@ auto selected(typename Family::Sorter::Inputs const& inputs, Zam::Ptr<Kiv::Route
       std::ranges::for_each(all, [&](auto const& filter) { filters->filterCollIs(filter); });
       hideFiltered(*sorter, *filters);
    }
+   if (vias) {
+      showOnly(*sorter, *vias);
+   }
    return sorter;
 }
 
-// The output of a command is complete when this is ok.
+// The output goes on when this is ok. `leftOut` becomes true when it does not show all vias.
 template <class Sorter>
-ExitStatus print(Session const& session, Sorter& sorter) {
+ExitStatus print(Session const& session, Sorter& sorter, bool& leftOut) {
    constexpr bool vrfHeader = true;
    bool const complete = sorter.printRoutes(static_cast<U32>(session.output()), session.format(), vrfHeader);
    S32 const error = sorter.outputError();
-   return session.ended(complete ? 0 : error != 0 ? error : EINTR);
+   leftOut = leftOut || error == EOVERFLOW;
+   return session.ended(complete || error == EOVERFLOW ? 0 : error != 0 ? error : EINTR);
 }
 
 // A table that the display did not look into cannot have told of damage.
@@ -155,13 +232,19 @@ ExitStatus showRoute(Session& session, RouteArguments<typename Family::Prefix> c
    state::Inputs inputs = session.inputs();
    auto const vrfs = requestedVrfs(inputs, asked.vrf);
    auto of = requestedRoutes<Family>(inputs, asked);
-   auto const filters = requestedFilters(inputs, asked);
+   auto const vias = requestedVias(inputs, asked);
+   auto const filters = requestedFilters(inputs, asked, vias);
    of.routeFilterColl = filters;
    std::ranges::for_each(vrfs, [&](auto const& vrf) { Family::routes(inputs, vrf.id); });  // what fails, fails before
-   ExitStatus const status = printPerVrf(session, vrfs, [&](state::Inputs::Vrf const& vrf) {
+   bool leftOut = false;
+   ExitStatus status = printPerVrf(session, vrfs, [&](state::Inputs::Vrf const& vrf) {
       vrfIs<Family>(of, inputs, vrf);
-      return [&session, sorter = selected<Family>(of, filters)] { return print(session, *sorter); };
+      return [&, sorter = selected<Family>(of, filters, vias)] { return print(session, *sorter, leftOut); };
    });
+   if (leftOut && status == ExitStatus::ok) {
+      session.report("not all vias are shown; the routes that have more say so");
+      status = ExitStatus::internal;
+   }
    return checkedTables<Family>(session, inputs, vrfs, status);
 }
 

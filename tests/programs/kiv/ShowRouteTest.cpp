@@ -11,6 +11,20 @@ using testsupport::JsonValue;
 using testsupport::ProgramRun;
 using testsupport::StrictJson;
 
+// The next hops and interfaces of vias, those that a via resolves through behind it.
+std::string viasOf(JsonValue const& vias) {
+   std::string result;
+   for (auto const& [key, via] : vias.members) {
+      if (auto const* const hop = via.find("nexthopAddr")) {
+         auto const* const interface = via.find("interface");
+         result.append("@" + hop->text + '%' + (interface != nullptr ? interface->text : "none"));
+      }
+      auto const* const resolved = via.find("resolvedVias");
+      result.append(resolved != nullptr ? viasOf(*resolved) : "");
+   }
+   return result;
+}
+
 // The routes of a document, with the next hops and interfaces of their vias when asked: "10.0.0.0/8 10.1.0.0/16", or
 // for several VRFs "default: 10.0.0.0/8 | red:".
 std::string routesOf(std::string const& text, bool withVias) {
@@ -24,12 +38,7 @@ std::string routesOf(std::string const& text, bool withVias) {
       std::string line = vrfs->members.size() > 1 ? name + ':' : "";
       for (auto const& [prefix, route] : vrf.find("routes")->members) {
          line.append(line.empty() ? "" : " ").append(prefix);
-         for (auto const& [key, via] : route.find("vias")->members) {
-            if (auto const* const hop = withVias ? via.find("nexthopAddr") : nullptr) {
-               auto const* const interface = via.find("interface");
-               line.append("@" + hop->text + '%' + (interface != nullptr ? interface->text : "none"));
-            }
-         }
+         line.append(withVias ? viasOf(*route.find("vias")) : "");
       }
       result.append(result.empty() ? "" : " | ").append(line);
    }
