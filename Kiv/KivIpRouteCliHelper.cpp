@@ -97,9 +97,24 @@ bool IpRouteCliPluginHelper::manageRoute(Zam::Ptr<RouteList> const& rConfig, Zam
                                          Zam::String const& nexthopGroupName, Lumen::IntfId const& vxlanIntf,
                                          Routing::RouteMetric metric) {
    Zam::assertThat(rConfig != nullptr, "rConfig", traceSource, function);
-   NewRoute const added{vrfName,        prefix,   routeType,   intfName,   label,     labelValue,
-                        routerMacGiven, vniValue, routerMac,   ribBypass,  vtepAddr,  vtepSipValidation,
-                        egressVrf,      hopStr,   nextHopName, bfdTracked, vxlanIntf, metric};
+   NewRoute const added{.vrfName = vrfName,
+                        .prefix = prefix,
+                        .routeType = routeType,
+                        .intfName = intfName,
+                        .hasLabel = label,
+                        .label = labelValue,
+                        .hasRouterMac = routerMacGiven,
+                        .vni = vniValue,
+                        .routerMac = routerMac,
+                        .ribBypass = ribBypass,
+                        .vtepAddr = vtepAddr,
+                        .vtepSipValidation = vtepSipValidation,
+                        .egressVrf = egressVrf,
+                        .hop = hopStr,
+                        .nextHopName = nextHopName,
+                        .bfdTracked = bfdTracked,
+                        .vxlanIntf = vxlanIntf,
+                        .metric = metric};
    auto const key = keyOf(prefix, preference);
    Route* route = rConfig->route(key);
    if (route == nullptr) {

@@ -7,7 +7,6 @@
 #include "Zam/Int.h"
 #include "Zam/NewFile.h"
 
-#include <concepts>
 #include <functional>
 #include <memory>
 #include <string>
@@ -20,9 +19,8 @@ namespace Vault {
 // Where a table is: below an open directory or at a path of the process, and which table belongs there. One of another
 // number or load is refused; zeros are any.
 struct Place {
-   template <std::convertible_to<std::string> Path>
-   Place(Path&& file) : name(std::forward<Path>(file)),
-                        path(name) {}  // NOLINT
+   Place(std::string file) : name(std::move(file)), path(name) {}  // NOLINT(google-explicit-constructor): a path is one
+   Place(char const* file) : Place(std::string(file)) {}           // NOLINT(google-explicit-constructor): as above
    Place(std::shared_ptr<Zam::Directory const> directory, std::string below, std::string shown, TableId which)
        : dir(std::move(directory)),
          name(std::move(below)),

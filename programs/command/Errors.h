@@ -16,7 +16,7 @@ class UsageError : public std::runtime_error {
 // which command it was.
 class Refusal : public std::runtime_error {
  public:
-   Refusal(std::string_view word, std::string why) : std::runtime_error(std::move(why)), word_(word) {}
+   Refusal(std::string_view word, std::string const& why) : std::runtime_error(why), word_(word) {}
 
    std::string line(std::string_view command) const {
       return '"' + word_ + "\": " + std::string(command) + ": " + what();

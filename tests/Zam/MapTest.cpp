@@ -39,9 +39,8 @@ class AnyMap : public testing::Test {
       ASSERT_EQ(entries, reference);
    }
 };
-using Maps =
-    testing::Types<Ordered, Zam::OrderedMap<WordKey, Text>, Zam::FlatMap<U32, Text>, Zam::HashMap<U32, Text>,
-                   Zam::HashMap<U32, Text, BadHash>>;
+using Maps = testing::Types<Ordered, Zam::OrderedMap<WordKey, Text>, Zam::FlatMap<U32, Text>, Zam::HashMap<U32, Text>,
+                            Zam::HashMap<U32, Text, BadHash>>;
 TYPED_TEST_SUITE(AnyMap, Maps);
 
 // Phases that mostly fill and phases that mostly empty, some without a look-up between, over key ranges that make few
