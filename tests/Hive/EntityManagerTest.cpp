@@ -164,15 +164,4 @@ TEST_F(EntityManagerTest, readsOneDirectoryWhateverTakesItsPlace) {
    EXPECT_EQ(before.mount<Vault::Fib::RouteStatus>("t/0")->routes(), 0U);
 }
 
-TEST_F(EntityManagerTest, nobodyElseMayWriteWhateverTheUmask) {
-   mode_t const before = ::umask(0);
-   EntityManager::stateDirIs(dir_.string());
-   EntityManager(dir_.string()).create<Vault::Fib::RouteStatusWriter>("t/0", 1);
-   ::umask(before);
-   for (fs::directory_entry const& entry : fs::recursive_directory_iterator(root_ / "state")) {
-      EXPECT_EQ(entry.status().permissions() & (fs::perms::group_write | fs::perms::others_write), fs::perms::none)
-          << entry.path();
-   }
-}
-
 }  // namespace Hive

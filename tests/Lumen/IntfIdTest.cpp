@@ -5,33 +5,6 @@
 namespace Lumen::Test {
 namespace {
 
-TEST(IntfIdTest, NamesAreBounded) {
-   std::string const longest = "Port-Channel12345/1.409";
-   ASSERT_EQ(longest.size(), IntfId::maxNameLength);
-   EXPECT_EQ(IntfId::named(longest).name(), longest);
-   EXPECT_EQ(testsupport::complaintOf<Zam::RangeError>([&] { IntfId::named(longest + "4"); }),
-             "Lumen::IntfId::name > maxLength() not allowed");
-   for (std::string const bad : {"", " ", "eth 0", "eth0\n", "e\x7f"}) {
-      EXPECT_THROW(IntfId::named(bad), Zam::ParseError) << bad;
-   }
-}
-
-// That every text reads back is for TextValueTest, with names that look like these.
-TEST(IntfIdTest, TextsSayTheKind) {
-   EXPECT_EQ(IntfId().stringValue(), "");
-   EXPECT_EQ(IntfId::fromFecId(0x1f).stringValue(), "FecId(0x1f)");
-   EXPECT_EQ(IntfId::fromTunnelId(~U64{0}).stringValue(), "DynamicTunnel(0xffffffffffffffff)");
-   EXPECT_EQ(IntfId::fromNexthopGroup(4294967295).stringValue(), "NexthopGroup(4294967295)");
-   EXPECT_EQ(IntfId::named("FecId(0x1f)").stringValue(), "Name(FecId(0x1f))");
-   EXPECT_EQ(IntfId::named("Name(FecId(0x1f))").stringValue(), "Name(Name(FecId(0x1f)))");
-   for (auto const* const name : {"FecId(0x1F)", "FecId(0x01)", "FecId(0x)", "FecId(0x-1)", "FecId(0x1", "FecId(0x1)a",
-                                  "NexthopGroup(4294967296", "Name(eth0)", "Name()"}) {
-      EXPECT_EQ(IntfId::named(name).stringValue(), name);
-      EXPECT_EQ(IntfId::parse(name).name(), name);
-   }
-   EXPECT_EQ(Zam::valueToStrep(IntfId::named("it's")), R"('it\'s')");
-}
-
 TEST(IntfIdTest, OrdersByKindThenNaturally) {
    std::vector<IntfId> sorted{IntfId()};
    std::istringstream names(

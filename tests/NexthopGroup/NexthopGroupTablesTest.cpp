@@ -104,27 +104,6 @@ TEST_F(EntryStatusTest, damageCostsItsGroupAlone) {
 
 using CounterKeyTableTest = Vault::Testing::TableTest;
 
-TEST_F(CounterKeyTableTest, tellsTheCounterOfAnEntry) {
-   using namespace Routing::NexthopGroup;
-   constexpr U32 last = ~U32{0};
-   NexthopGroupEntryToCounterKeyTableWriter writer(path_, {.capacity = 4});
-   NexthopGroupEntryToCounterKeyTable const reader(path_);
-   CounterKeyInfo const first{0, {{}, 1}};
-   CounterKeyInfo const second{~U64{0}, {{}, ~U64{0}}};
-   EXPECT_THROW(writer.counterKeyInfoIs(0, 1, first), Zam::RangeError);
-   writer.counterKeyInfoIs(1, 2, first);
-   writer.counterKeyInfoIs(2, 1, second);  // the same numbers the other way round
-   writer.counterKeyInfoIs(last, last, second);
-   EXPECT_EQ(reader.counterKeyInfo(1, 2), first);
-   EXPECT_EQ(reader.counterKeyInfo(2, 1), second);
-   EXPECT_EQ(reader.counterKeyInfo(last, last), second);
-   EXPECT_EQ(reader.counterKeyInfo(1, 1), CounterKeyInfo());
-   EXPECT_TRUE(writer.counterKeyInfoDel(2, 1));
-   EXPECT_FALSE(writer.counterKeyInfoDel(2, 1));
-   EXPECT_EQ(reader.counterKeyInfo(2, 1), CounterKeyInfo());
-   EXPECT_EQ(reader.entries(), 2U);
-}
-
 }  // namespace
 
 }  // namespace NexthopGroup
