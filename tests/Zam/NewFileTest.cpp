@@ -53,17 +53,6 @@ TEST_F(NewFileTest, appearsWholeOrNotAtAllAndLeavesNothingBeside) {
    EXPECT_EQ(names("below"), std::set<std::string>{"new"});
 }
 
-TEST_F(NewFileTest, theDirectoryIsTheOneThatWasOpened) {
-   fs::create_directory(root_ / "state");
-   Directory const opened(root_ / "state");
-   fs::rename(root_ / "state", root_ / "moved");
-   fs::create_directory(root_ / "state");
-   NewFile(opened.fd(), "file").putInPlace();
-   EXPECT_EQ(names("moved"), std::set<std::string>{"file"});
-   EXPECT_TRUE(names("state").empty());
-   EXPECT_THROW(Directory(root_ / "moved/file"), std::system_error);
-}
-
 TEST_F(NewFileTest, nobodyElseMayWriteWhateverTheUmask) {
    for (auto const& [umask, mode, expected] :
         {std::tuple{0U, 0644U, 0644U}, {0077U, 0644U, 0600U}, {0U, 0600U, 0600U}}) {

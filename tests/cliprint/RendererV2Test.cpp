@@ -32,6 +32,19 @@ Operation const operations[] = {
         r.addAttributes(" [%d/%u] ", S32AttrInfo("preference", r, -1).getArg(), Attr32Info("metric", r, 20U).getArg());
      },
      " [-1/20] ", R"("preference":-1,"metric":20)"},
+    {"every kind, which follows the type and not the conversion",
+     [](RendererV2& r) {
+        using Limits = std::numeric_limits<S64>;
+        r.addAttributes("%s %d %u|", BoolAttrInfo("yes", r, true).getArg(),
+                        S32AttrInfo("low", r, std::numeric_limits<S32>::min()).getArg(),
+                        Attr32Info("high", r, std::numeric_limits<U32>::max()).getArg());
+        r.addAttributes("%ld %lu|%.2f", cliprint::S64AttrInfo("s64", r, Limits::min()).getArg(),
+                        Attr64Info("u64", r, std::numeric_limits<U64>::max()).getArg(),
+                        cliprint::DoubleAttrInfo("seconds", r, 0.125).getArg());
+     },
+     "True -2147483648 4294967295|-9223372036854775808 18446744073709551615|0.12",
+     R"("yes":true,"low":-2147483648,"high":4294967295,"s64":-9223372036854775808,)"
+     R"("u64":18446744073709551615,"seconds":0.125)"},
     {"model only", [](RendererV2& r) { r.addAttributes("", BoolAttrInfo("a", r, true).getArg()); }, "", R"("a":true)"},
     {"add", [](RendererV2& r) { r.add(" (", "description", "\"up\""); }, " (\"up\"", R"("description":"\"up\"")"},
     {"simple entries",
@@ -165,38 +178,42 @@ TEST(RendererV2, aScopeLeavesAnUnwoundOutputCutOff) {
 }
 
 TEST(RendererV2, fullnessIsPerCent) {
-   auto const walk = [](RendererV2& r) {
-      r.addFrills("%660s%660s", "", "");
-      EXPECT_EQ(r.fullness(), 66U);
-      r.addFrills("%20s", "");
-      EXPECT_EQ(r.fullness(), 67U);
-      r.addFrills("%660s", "");
-      EXPECT_EQ(r.fullness(), 100U);
-      r.ioflush();
-      EXPECT_EQ(r.fullness(), 0U);
-   };
-   rendered(textFormat, walk, 2000);
+   OnRenderer on(textFormat, true, 2000);
+   for (auto const& [columns, fullness] : {std::pair(1320, 66U), {20, 67U}, {660, 100U}}) {
+      on.renderer.addFrills("%*s", columns, "");
+      EXPECT_EQ(on.renderer.fullness(), fullness);
+   }
+   on.renderer.ioflush();
+   EXPECT_EQ(on.renderer.fullness(), 0U);
 }
 
-TEST(RendererV2DeathTest, programmingErrors) {
-   using Walk = void (*)(RendererV2&);
-   constexpr cliprint::OutputFormat third = 3;
-   std::string const modelOnly = "outputFormat\\(\\) == 2, source cliprint/RendererV2";
-   for (auto const& [format, message, walk] : std::initializer_list<std::tuple<int, std::string, Walk>>{
-            {textFormat, modelOnly, [](RendererV2& r) { r._startJsonObject("a"); }},
-            {third, modelOnly, [](RendererV2& r) { r.addAttributes("", Attr64Info("a", r, 1U).getArg()); }},
-            {modelFormat, "what is open", [](RendererV2& r) { r._startJsonObject("a"), r.endJsonList(); }},
-            {modelFormat, "a bare value is in a list", [](RendererV2& r) { r.writeQuotedString("a"); }},
-            {modelFormat, "depth < maxDepth", [](RendererV2& r) {
-                for (;;) {
-                   r._startJsonObject("a");
-                }
-             }}}) {
-      EXPECT_DEATH(rendered(static_cast<cliprint::OutputFormat>(format), walk), message);
+TEST(AttrInfo, textsOfEveryLengthAroundTheInlineBuffer) {
+   OnRenderer on(textFormat);
+   for (std::size_t const length : {0U, 1U, 98U, 99U, 100U, 101U, 5000U}) {
+      std::string text(length, 'x');
+      StringAttrInfo attr("name", on.renderer, text);
+      EXPECT_EQ(attr.isOnHeap(), length >= 100) << length;
+      text.assign(length, 'y');
+      EXPECT_EQ(attr.getArg().value, std::string(length, 'x')) << "a copy of its own";
+      attr.setValue(text);
+      EXPECT_EQ(attr.getArg().value, text) << "set again, over the old one";
+      attr.reset();
+      EXPECT_FALSE(attr.hasValue() || attr.isOnHeap());
+      attr.setValue("short");
+      EXPECT_EQ(attr.getArg().value, "short");
    }
-   OnRenderer on(third);
-   on.renderer.addFrills("nothing");
-   EXPECT_EQ(on.buffer.pending(), 0U);
 }
+
+// A signed value must not slip into an unsigned attribute, nor a wide one into a narrow.
+template <class Attr, class Value>
+concept Takes = requires(Attr& attr, Value value) {
+   attr.setValue(value);
+};
+static_assert(Takes<cliprint::Attr32Info, U8> && Takes<cliprint::Attr32Info, U32>);
+static_assert(!Takes<cliprint::Attr32Info, S32> && !Takes<cliprint::Attr32Info, U64>);
+static_assert(Takes<cliprint::Attr64Info, U64> && !Takes<cliprint::Attr64Info, S64>);
+static_assert(
+    !std::is_constructible_v<cliprint::BoolAttrInfo, cliprint::AttrName, cliprint::Renderer const&, char const*>);
+static_assert(!std::is_copy_constructible_v<StringAttrInfo> && !std::is_copy_assignable_v<cliprint::Attr32Info>);
 
 }  // namespace
