@@ -101,32 +101,6 @@ TEST_F(NexthopGroupCounterTest, filesThatAreNoTables) {
    EXPECT_EQ(helper()->mountErrors().size(), 1U);
 }
 
-TEST(NexthopGroupCliCounterInterfaceDeathTest, isToBeDerivedFrom) {
-   EXPECT_DEATH(Zam::makePtr<NexthopGroupCliCounterInterface>()->getCounters({}),
-                "0 && \"Need to implement getCounters in a derived class\".*Kiv/CliSupport");
-}
-
-// The table replaced under a reader's feet: it keeps the one it has; the next mount finds the new one, whole.
-TEST_F(NexthopGroupCounterTest, replacedTablesAppearWhole) {
-   countersAre(snapshotPath, {{1, {1, 1}}, {2, {2, 2}}});
-   auto const before = helper();
-   auto const replace = [this](auto&& fill) {
-      box_.manager->replace<CounterTableWriter>(snapshotPath, {.capacity = 4}, fill);
-   };
-   replace([&](CounterTableWriter& writer) {
-      writer.counterIs(2, {9, 9});
-      EXPECT_EQ(helper()->snapshotTable()->counters(), 2U) << "not there before it is filled";
-      EXPECT_THROW(replace([](auto&) {}), Vault::MountError) << "one at a time";
-   });
-   EXPECT_EQ(before->snapshotTable()->counters(), 2U);
-   EXPECT_EQ(helper()->snapshotTable()->counter(2), (Counter{9, 9}));
-   EXPECT_EQ(helper()->snapshotTable()->counters(), 1U);
-   EXPECT_THROW(replace([](auto&) { throw std::runtime_error("no"); }), std::runtime_error);
-   EXPECT_EQ(helper()->snapshotTable()->counters(), 1U);
-   auto const folder = std::filesystem::path(box_.fileOf(snapshotPath)).parent_path();
-   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1) << "nothing is left beside it";
-}
-
 }  // namespace
 
 }  // namespace Kiv::Testing

@@ -1,5 +1,4 @@
 #include "SorterTesting.h"
-#include "Zam/TypeRegistry.h"
 #include "tests/support/Cases.h"
 
 namespace Kiv::Testing {
@@ -115,82 +114,6 @@ TEST(RouteFilterTest, collectionAsksUntilOneHides) {
       coll->filterCollDelAll();
       EXPECT_FALSE(coll->filter(nullptr));
    }
-}
-
-TEST(RouteFilterTest, misuseOfTheCollectionIsAnAssertion) {
-   auto const coll = routeFilterCollFactory(false);
-   coll->filterCollIs(group(7));
-   auto iterator = coll->filterCollIteratorConst();
-   EXPECT_EQ((*iterator)->fwkType(), "Kiv::RouteFilterNextHopGroup");
-   EXPECT_FALSE(++iterator);
-   EXPECT_DEATH(++iterator, "iter_, source Kiv/CliSupport");
-   EXPECT_DEATH(*iterator, "iter_");
-   EXPECT_DEATH(coll->filterCollIs(nullptr), "filter, source Kiv/CliSupport, filterCollIs");
-}
-
-// The traces are switched on when a process starts, so each trial is one.
-TEST(RouteFilterTest, traces) {
-   GTEST_FLAG_SET(death_test_style, "threadsafe");
-   auto const cases = testsupport::casesOf("Kiv/cases.txt", "what filters trace");
-   std::string all;
-   for (auto const& [text, traces] : cases) {
-      std::istringstream in(traces);
-      for (std::string line; std::getline(in >> std::ws, line, ';');) {
-         all += "Kiv/CliSupport filter: " + line + "\n";
-      }
-   }
-   auto const filterAll = [&cases] {
-      for (auto const& [text, traces] : cases) {
-         FilterCase const in(text);
-         in.filter->filter(fecOf(in.vias), true);
-      }
-      intf("Ethernet4")->filter(fecOf("1.1.1.1@Ethernet1"), false);
-      routeFilterIntfFactory(nullptr)->filter(nullptr, true);
-      std::_Exit(0);
-   };
-   for (auto const& [setting, traces] : std::map<char const*, std::string>{
-            {"Kiv/CliSupport=9",
-             all + "Kiv/CliSupport filter: show ip route interface: given interface status is NULL\n"},
-            {"Kiv/CliSupport=012345678", ""}}) {
-      ::setenv("ZAM_TRACE", setting, 1);
-      EXPECT_EXIT(filterAll(), ::testing::ExitedWithCode(0), ::testing::Eq(traces));
-      ::unsetenv("ZAM_TRACE");
-   }
-}
-
-// As the scripting layer does it: each filter is made by name and goes into the collection as it came.
-TEST(RouteFilterTest, isUsedByName) {
-   registerTypes();
-   auto const& registry = Zam::TypeRegistry::instance();
-   auto const made = [&](char const* name, std::vector<std::any> const& arguments) {
-      return registry.type(name)->construct(arguments);
-   };
-   auto coll = made("Kiv::RouteFilterColl", {true});
-   auto const& collType = *registry.typeOf(coll);
-   std::pair<std::any, bool> cases[] = {
-       {made("Kiv::RouteFilterIp", {Zam::fromText("'1.1.1.2'")}), false},
-       {made("Kiv::RouteFilterIntf", {status("Ethernet1")}), true},
-       {made("Kiv::RouteFilterNextHopGroup", {8, false}), true},
-       {made("Kiv::RouteFilterNextHopGroup", {8, true}), false},
-   };
-   for (auto& [filter, hidden] : cases) {
-      auto const& type = *registry.typeOf(filter);
-      EXPECT_TRUE(std::any_cast<bool>(type.call(filter, "filter", {{nullptr, true}})));
-      std::vector<std::any> attributes;  // in the constructor's order, so they make another filter like it
-      for (auto const name : type.attributes()) {
-         attributes.push_back(type.attribute(filter, name));
-      }
-      collType.call(coll, "filterCollIs", {{filter}});
-      collType.call(coll, "filterCollIs", {{type.construct(attributes)}});
-      EXPECT_EQ(std::any_cast<RouteFilterColl::Filters>(collType.attribute(coll, "filterColl")).size(), 2U);
-      EXPECT_TRUE(std::any_cast<bool>(collType.call(coll, "filterCollDel", {{filter}})));
-      EXPECT_EQ(std::any_cast<bool>(collType.call(coll, "filter", {{fecOf("1.1.1.2@NexthopGroup(7)")}})), hidden);
-      collType.call(coll, "filterCollDelAll");
-   }
-   collType.attributeIs(coll, "filterAll", true);
-   EXPECT_TRUE(std::any_cast<bool>(collType.attribute(coll, "filterAll")));
-   EXPECT_THROW(collType.call(coll, "filterCollIs", {{coll}}), Zam::TypeError);
-   EXPECT_THROW(made("Kiv::RouteFilterNextHopGroup", {-1, false}), Zam::RangeError);
 }
 
 // What the sorter asks for, and what the route's FEC offers.

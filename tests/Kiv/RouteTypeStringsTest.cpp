@@ -30,20 +30,6 @@ TEST(RouteTypeStringsTest, hasAnEntryForEveryTypeButTheOnesLeftOut) {
    EXPECT_EQ(typesWithEntry<V6>(), " 0-24 26-31");
 }
 
-// Codes and words are in the program's outputs; the rest where neighbours are easily swapped.
-TEST(RouteTypeStringsTest, protocolsAndCategories) {
-   auto const joined = [](RouteTypeStrings const& s) { return std::string(s.protocolCode) + " " + s.summaryCategory; };
-   EXPECT_EQ(joined(routeTypeStringsLookup(V4::ospfNssaExternalType2)), "O nssaExternal2");
-   EXPECT_EQ(joined(routeTypeStringsLookup(V4::eBgpLeaked)), "B bgpExternal");
-   EXPECT_EQ(joined(routeTypeStringsLookup(V6::isisLevel2)), "I isisLevel2");
-   EXPECT_EQ(joined(routeTypeStringsLookup(V4::nexthopGroup)), "S staticNexthopGroup");
-   EXPECT_EQ(joined(routeTypeStringsLookup(V4::drop)), "S internal");
-   EXPECT_EQ(joined(routeTypeStringsLookup(V4::dhcp)), "DH DhcpDefaultRoute");
-   EXPECT_EQ(joined(routeTypeStringsLookup(V6::dhcp)), "DH dhcp");
-   EXPECT_EQ(joined(routeTypeStringsLookup(V6::ospf)), "O3 ospfTotal");
-   EXPECT_EQ(joined(routeTypeStringsLookup(V4::attached)), " attached");
-}
-
 TEST(RouteTypeStringsTest, protocolFilterComparesWholeCodes) {
    struct Route {
       V4 routeType;
@@ -51,20 +37,6 @@ TEST(RouteTypeStringsTest, protocolFilterComparesWholeCodes) {
    EXPECT_FALSE(protocolMatch(Route{V4::ospf3Nssa}, "O"));
    EXPECT_TRUE(protocolMatch(Route{V4::ospf3Nssa}, "O3"));
    EXPECT_FALSE(protocolMatch(Route{V4::ospfExternalType1}, "o"));
-}
-
-TEST(RouteTypeStringsDeathTest, unknownTypesAreProgrammingErrors) {
-   EXPECT_DEATH(pcode(static_cast<V4>(6)), "unexpected RouteType.*routeTypeStringsLookup\\(Routing::Fib::RouteType\\)");
-   EXPECT_DEATH(pcodeAsWord(static_cast<V6>(25)), "unexpected RouteType.*Routing6");
-   EXPECT_DEATH(ribRouteType(static_cast<Routing::RouteType>(5)), "!\"Invalid Routing::RouteType argument\"");
-}
-
-TEST(RouteTypeStringsTest, hostCodesKeepTheLetterOfConnectedRoutes) {
-   EXPECT_STREQ(hcodeWord(V4::connected), "FIB");
-   EXPECT_STREQ(hcodeWord(V6::connected), "FIB");
-   EXPECT_EQ(std::string({hcode(V4::connected), hcode(V4::receive), hcode(V4::directedBroadcast), hcode(V6::connected),
-                          hcode(V6::attached), hcode(V6::staticConfig)}),
-             "RRDRAF");
 }
 
 // What the library's attributes print, in text and in the model.
@@ -84,16 +56,6 @@ TEST(KivCliPrintTest, typesInBothFormats) {
    EXPECT_EQ(testing_cliprint::rendered(2, walk),
              R"({"type":"ospfInterArea","host":"attached","rib":"l2nexthopgroup","decap":"ipIp"})"
              "\n");
-}
-
-TEST(KivCliPrintDeathTest, thereIsNoThirdFormat) {
-   testing_cliprint::CapturedFile file;
-   cliprint::CliPrintBuffer buffer(file.fd());
-   cliprint::RendererV2 renderer(3, buffer, false);
-   cliprint::HardwareProgrammedAttrInfo hardware("hardware", renderer);
-   EXPECT_DEATH(hardware.setValue(true), "assertion failed: 0, source Kiv/KivCliPrint.*HardwareProgrammed");
-   cliprint::RouteTypeAttrInfo type("type", renderer);
-   EXPECT_DEATH(type.setValue(V4::kernel), "assertion failed: 0, source Kiv/KivCliPrint.*RouteTypeAttrInfo");
 }
 
 }  // namespace

@@ -35,24 +35,9 @@ TEST(RdAssignmentCheckerTest, table) {
    EXPECT_TRUE(RdAssignmentChecker(nullptr, nullptr, "red", rd("1:1")).acceptable);
 }
 
-TEST(RdAssignmentCheckerDeathTest, aForeignEntity) {
-   auto const dir = dirOf("");
-   dir->entityIs("foreign", Zam::makePtr<Ip::Config>());
-   EXPECT_DEATH(RdAssignmentChecker(dir, nullptr, "red", rd("1:1")),
-                "__null != routeDistinguisherInput, source Kiv/CliSupport");
-}
-
 TEST(ProtocolCodeWordTest, theFirstTypeWhoseWordBeginsIt) {
    for (auto const& [word, code] : casesOf("protocol code words")) {
       EXPECT_EQ(ProtocolCodeWordHelper::protocolCodeWordToCode(word).bytes(), code) << word;
-   }
-}
-
-TEST(ProtocolCodeWordDeathTest, unknownWords) {
-   for (char const* const word : {"", "ospf", "connecte", "Static"}) {
-      EXPECT_DEATH(ProtocolCodeWordHelper::protocolCodeWordToCode(word),
-                   "0 && \"Invalid string\", source Kiv/CliSupport")
-          << word;
    }
 }
 

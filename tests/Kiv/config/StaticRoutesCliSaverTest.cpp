@@ -24,45 +24,6 @@ TEST(StaticRoutesCliSaverTest, routesOfOneLine) {
    }
 }
 
-// A via of each kind with all that its line may have, and with nothing of it but what makes it one.
-TEST(StaticRoutesCliSaverTest, thePiecesOfAViasLine) {
-   auto const list = routeList();
-   auto const helper = helperWithLimit(0);
-   for (Command const& command : {
-            Command{.prefix = "10.1.0.0/16",
-           .hop = "1.1.1.1",
-           .intf = "Ethernet1",
-           .preference = 2,
-           .tag = 7,
-           .metric = 3,
-           .leakToVrf = "blue",
-           .label = 16,
-           .ribBypass = true,
-           .validation = true,
-           .name = "n",
-           .bfd = true},
-            Command{.prefix = "10.2.0.0/16", .hop = "1.1.1.1", .egressVrf = "red", .label = 16},
-            Command{.prefix = "10.3.0.0/16", .intf = "Ethernet1", .label = 16, .bfd = true},
-            Command{.prefix = "10.4.0.0/16",
-            .intf = "Vxlan1",
-            .tag = 7,
-            .vtep = "9.9.9.9",
-            .vni = 5,
-            .mac = "00:1c:73:00:00:01",
-            .localIntf = "Loopback0",
-            .ribBypass = true,
-            .validation = true},
-            Command{.prefix = "10.5.0.0/16", .vtep = "9.9.9.9", .vni = 5, .mac = "00:1c:73:00:00:01"},
-        }) {
-      ASSERT_TRUE(command.addTo(list, *helper)) << helper->errorMsg().bytes();
-   }
-   std::string lines;
-   for (auto const& [prefix, tail] : casesOf("saved vias")) {
-      lines.append("ip route ").append(prefix).append(" ").append(tail).append("\n");
-   }
-   EXPECT_EQ(saved(list), lines);
-}
-
 TEST(StaticRoutesCliSaverTest, linesStandInTheOrderOfKeysAndVias) {
    auto const list = routeList();
    for (char const* const prefix :
@@ -104,14 +65,6 @@ TEST(StaticRoutesCliSaverTest, aSecondListIsAddedToTheFirst) {
    list->routeIs(key("10.0.0.0/8"), RouteType::routeCacheConnected);
    list->routeIs(key("9.0.0.0/8"), RouteType::drop);
    EXPECT_EQ(saver.save(list, false, "", {}).bytes(), "9.0.0.0/8 Null0\n10.0.0.0/8 cached\n11.0.0.0/8 Null0\n");
-}
-
-TEST(StaticRoutesCliSaverDeathTest, aViaHasANextHopOrAVtep) {
-   auto const list = routeList();
-   Via via = through("1.1.1.1");
-   via.vtepAddr = IpGenAddr::parse("9.9.9.9");
-   list->routeIs(key("10.0.0.0/8"), RouteType::forward)->viaIs(via, 0);
-   EXPECT_DEATH(saved(list), "!via.vtepAddr\\(\\), source Kiv/CliSupport");
 }
 
 }  // namespace

@@ -59,18 +59,6 @@ class Summaries : public ::testing::Test {
 using SummaryFamilies = ::testing::Types<S4, S6>;
 TYPED_TEST_SUITE(Summaries, SummaryFamilies);
 
-TYPED_TEST(Summaries, OfNothingHoldNothing) {
-   for (auto const& nothing : {typename TestFixture::Summary(), this->summary()}) {
-      auto summary = nothing;
-      summary.loadInternalStructures();
-      summary.loadAttachedRoutes();
-      if constexpr (requires { summary.loadRouteCacheRoutes(); }) {
-         summary.loadRouteCacheRoutes();
-      }
-      EXPECT_EQ(summary, nothing);
-   }
-}
-
 // A static route lasts unless its configuration says otherwise, or only the list of those added at run time has it.
 TYPED_TEST(Summaries, TellStaticRoutesApart) {
    constexpr U32 bits = 16;

@@ -5,19 +5,19 @@ namespace Kiv::Testing {
 
 namespace {
 
-// Counts what it is asked, and can interrupt on the way.
+using Routing::NexthopGroup::NexthopGroupConfigEntry;
+
+// Counts what it is asked.
 class Counting final : public NexthopGroupCliCounterInterface {
  public:
    CounterEntry getCounters(CounterIndex const& index) override {
       ++asked;
-      cliprint::interruptedIs(asked == interruptAt);
       return {{}, index.counterIndex, index.chipMask.chips};
    }
    U32 asked = 0;
-   U32 interruptAt = 0;
 };
 
-class NexthopGroupDetailTest : public ::testing::Test {
+class NexthopGroupDisplayTest : public ::testing::Test {
  protected:
    // Many groups of one entry, each with a counter.
    void manyGroupsAre() {
@@ -53,7 +53,7 @@ class NexthopGroupDetailTest : public ::testing::Test {
 };
 
 // A name and an id at once, groups of one id, and what a program never asks without.
-TEST_F(NexthopGroupDetailTest, whichGroups) {
+TEST_F(NexthopGroupDisplayTest, whichGroups) {
    box_.groupIs("a", 5, 1);
    box_.groupIs("b", 5, 1);
    auto detail = box_.detail();
@@ -70,18 +70,55 @@ TEST_F(NexthopGroupDetailTest, whichGroups) {
 }
 
 // A long output streams, and another source may tell what the counters have counted.
-TEST_F(NexthopGroupDetailTest, longOutputs) {
+TEST_F(NexthopGroupDisplayTest, longOutputs) {
    manyGroupsAre();
    std::string const whole = box_.printed(counted(), 2);
    EXPECT_GT(whole.size(), 3 * cliprint::globalBufsize);
    EXPECT_EQ(counting_->asked, groups);
    EXPECT_NE(whole.find(R"("packets":2999,"bytes":3,)"), std::string::npos);
-   counting_->asked = 0;
-   counting_->interruptAt = groups / 2;
-   testing_cliprint::CapturedFile file;
-   EXPECT_FALSE(counted().render(static_cast<U32>(file.fd()), 2));
-   EXPECT_EQ(counting_->asked, groups / 2);
-   EXPECT_TRUE(whole.starts_with(file.text()) && !file.text().empty());
+}
+
+// A VRF that the hardware does not know, and a box that has no ids.
+TEST_F(NexthopGroupDisplayTest, unprogrammedGroups) {
+   box_.groupIs("with", 1);
+   box_.vrfStatus->programmedIs(1, {});
+   auto summary = NexthopGroupSummaryHelper{{}, box_.config, box_.entryStatus, box_.hardware, nullptr, "blue"};
+   summary.processNexthopGroups();
+   summary.vrfName = "default";
+   summary.processNexthopGroups();
+   EXPECT_EQ(summary.nhgUnprogrammedCount, 1U) << "counting adds to what is there";
+   summary.nhgEntryStatus = nullptr;
+   summary.processNexthopGroups();
+   EXPECT_EQ(summary.nhgUnprogrammedCount, 2U);
+   EXPECT_EQ(summary.nhgCount, 1U);
+}
+
+TEST(NexthopGroupSizeTest, isBoundedByTheHardware) {
+   auto const group = Zam::makePtr<NexthopGroupConfigEntry>("g", NexthopGroupType::ip);
+   EXPECT_EQ(getNhgSize(group, 0), 0U);
+   for (U32 const index : {0U, 7U, ~U32{0}}) {
+      group->entryIs(index, {});
+   }
+   NexthopGroupEntry heavy;
+   heavy.weight = 65535;
+   group->entryIs(7, heavy);
+   heavy.weight = 0;
+   EXPECT_THROW(group->entryIs(7, heavy), Zam::RangeError);
+   for (auto const& [maxSize, size] : std::map<U32, U32>{{0, 3}, {1, 1}, {2, 2}, {3, 3}, {4, 3}, {~U32{0}, 3}}) {
+      EXPECT_EQ(getNhgSize(group, maxSize), size) << maxSize;
+   }
+   EXPECT_EQ(getNhgSize(nullptr, 5), 0U);
+}
+
+TEST_F(NexthopGroupDisplayTest, groupsOfOneIdShareARow) {
+   EXPECT_EQ(box_.printed(NexthopGroupMappingHelper(), 2), "{\"nexthopGroups\":{}}\n");
+   for (auto const& [name, id] : std::map<std::string, U32>{
+            {"b\"c", 100}, {"a", 100}, {"none1", 0}, {"none2", 0}, {"top", 4294967295}, {"low", 9}}) {
+      box_.groupIs(name, id);
+   }
+   EXPECT_EQ(box_.printed(box_.mapping(), 2),
+             R"({"nexthopGroups":{"0":"none2","9":"low","100":"b\"c","4294967295":"top"}})"
+             "\n");
 }
 
 }  // namespace
