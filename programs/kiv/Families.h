@@ -22,6 +22,7 @@ struct Ip4 {
    static auto const& of(state::Inputs::Vrf const& vrf) { return vrf.ip; }
    static auto routes(state::Inputs& inputs, state::VrfId vrfId) { return inputs.routes(vrfId); }
    static auto const& attached(state::Inputs const& inputs) { return inputs.attachedRouteStatus; }
+   static Prefix hostOf(Lumen::IpGenAddr const& address) { return {address.ip(), Prefix::maxLength}; }
    static auto const& status(state::Inputs const& inputs) { return inputs.ipStatus; }
    static auto const& hardware(state::Inputs const& inputs) { return inputs.routingHardwareStatus; }
 };
@@ -38,6 +39,7 @@ struct Ip6 {
    static auto const& of(state::Inputs::Vrf const& vrf) { return vrf.ip6; }
    static auto routes(state::Inputs& inputs, state::VrfId vrfId) { return inputs.routes6(vrfId); }
    static auto const& attached(state::Inputs const& inputs) { return inputs.attachedRoute6Status; }
+   static Prefix hostOf(Lumen::IpGenAddr const& address) { return {address.ip6(), Prefix::maxLength}; }
    static auto const& status(state::Inputs const& inputs) { return inputs.ip6Status; }
    static auto const& hardware(state::Inputs const& inputs) { return inputs.routing6HardwareStatus; }
 };

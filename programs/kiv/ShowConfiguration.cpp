@@ -51,7 +51,7 @@ ExitStatus printStatic(Session const& session, state::Inputs const& inputs, stat
    }
    Kiv::StaticRoutesRibCommon table;
    table.allIntfConfig = inputs.allIntfConfig;
-   table.fd = session.output();
+   table.fd = static_cast<U32>(session.output());
    table.fmt = session.format();
    table.tag = tag;
    table.routeInputConf.insert(Zam::makePtr<Routing::RouteInput>(Family::of(vrf).routeList));

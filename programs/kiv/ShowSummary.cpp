@@ -1,5 +1,7 @@
 #include "programs/kiv/ShowSummary.h"
 
+#include "Interface/Management.h"
+#include "Kiv/common/SafeLookup.h"
 #include "cliprint/JsonScope.h"
 #include "cliprint/RendererV2.h"
 #include "programs/kiv/Families.h"
@@ -7,6 +9,7 @@
 
 #include <array>
 #include <map>
+#include <set>
 
 namespace kiv {
 namespace {
@@ -78,6 +81,23 @@ constexpr std::span<SummaryRow const> rowsOf{ipRows};
 template <>
 constexpr std::span<SummaryRow const> rowsOf<Ip6>{ipv6Rows};
 
+// The VRF's neighbours as host routes show them: one on two interfaces once, and none that the FIB has a route for,
+// which is counted there.
+template <class Family>
+Zam::Ptr<Routing::AttachedRouteStatus const> hostsBesideTheFib(state::Inputs& inputs, state::VrfId vrfId) {
+   auto hosts = Zam::makePtr<Routing::AttachedRouteStatus>();
+   auto const fib = Family::routes(inputs, vrfId);
+   std::set<Lumen::IpGenAddr> met;
+   for (auto const& [key, neighbor] : Family::attached(inputs)->route()) {
+      bool const counts = neighbor.active && neighbor.vrfId == vrfId && !Interface::isManagement(key.intfId);
+      auto const lookup = [host = Family::hostOf(key.address)](auto const& table) { return table.route(host); };
+      if (counts && !Kiv::safeLookup(fib.get(), lookup) && met.insert(key.address).second) {
+         hosts->routeIs(key, neighbor);
+      }
+   }
+   return hosts;
+}
+
 template <class Family>
 typename Family::Summary countsOf(state::Inputs& inputs, state::Inputs::Vrf const& vrf) {
    typename Family::Summary summary;
@@ -85,7 +105,7 @@ typename Family::Summary countsOf(state::Inputs& inputs, state::Inputs::Vrf cons
    summary.routeList = Family::of(vrf).routeList;
    summary.routeListDynamic = Family::of(vrf).routeListDynamic;
    summary.routingStatus = Family::routes(inputs, vrf.id);
-   summary.attachedRtStatus = Family::attached(inputs);
+   summary.attachedRtStatus = hostsBesideTheFib<Family>(inputs, vrf.id);
    summary.vrfIdMap = inputs.vrfIdMap;
    summary.vrfName = vrf.name;
    summary.loadInternalStructures();

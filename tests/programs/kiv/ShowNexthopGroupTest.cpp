@@ -91,36 +91,4 @@ TEST_F(ShowNexthopGroup, TellsOfDamage) {
    EXPECT_EQ(run_("$KIV --state $DIR/s show ip route").err, "kiv: " + ids + ": damaged nexthop group, id 0\n");
 }
 
-TEST_F(ShowNexthopGroup, TracesItsOperations) {
-   std::string const trace = "ZAM_TRACE=Kiv/CliSupport=8 $KIV --state $DIR/s show nexthop-group ";
-   std::string const summary = run_(trace + "summary").err;
-   for (char const* const line :
-        {"void Kiv::NexthopGroupSummaryHelper::processNexthopGroups()\n",
-         "void Kiv::NexthopGroupSummaryHelper::render(U32, U32)\n",
-         "void printNexthopGroupSummary(Kiv::NexthopGroupSummaryHelper*, cliprint::RendererV2&)\n",
-         "exiting render\n"}) {
-      EXPECT_NE(summary.find(line), std::string::npos) << line << summary;
-   }
-   EXPECT_NE(run_(trace + "mapping").err.find("void Kiv::NexthopGroupMappingHelper::render(U32, U32)\n"),
-             std::string::npos);
-}
-
-TEST_F(ShowNexthopGroup, StopsWhenInterrupted) {
-   ASSERT_EQ(run_(R"(awk 'BEGIN { printf "{\"nexthopGroups\": {"
-   for (i = 1; i < 30000; ++i)
-      printf "%s\"group%d\": {\"id\": %d, \"type\": \"ip\", \"entries\": [{\"nexthop\": \"10.0.0.1\"}]}", (i > 1 ? ", " : ""), i, i
-   print "}}" }' >$DIR/big.json; $KIV load $DIR/big.json --state $DIR/s)")
-                 .status,
-             0);
-   Finished const finished = run_(R"(set -m; mkfifo $DIR/pipe
-$KIV --state $DIR/s show nexthop-group >$DIR/pipe & pid=$!
-exec 3<$DIR/pipe
-read -r -u 3 line
-kill -INT $pid
-cat <&3 >$DIR/rest
-wait $pid)");
-   EXPECT_EQ(finished.status, 130) << finished.err;
-   EXPECT_EQ(testsupport::fileText(run_.dir() / "rest").find("group29999,"), std::string::npos);
-}
-
 }  // namespace

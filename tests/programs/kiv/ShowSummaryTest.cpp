@@ -9,9 +9,6 @@
 
 namespace {
 
-using testsupport::Finished;
-using testsupport::ProgramRun;
-
 template <class RouteType>
 void expectRowFor(RouteType type, std::span<kiv::SummaryRow const> rows) {
    auto const* const strings = Kiv::routeTypeStringsFind(type);
