@@ -60,8 +60,9 @@ struct DisplayVia {
 
 // In the host route table.
 struct HostVia {
+   bool isLink = true;          // else it shows as in a route, and the rest of this does not
    Lumen::IpGenAddr nexthop{};  // zero when there is none to show
-   std::string interface {};
+   std::string_view interface {};
    bool toCpu = false;  // it leads to the box itself
 };
 

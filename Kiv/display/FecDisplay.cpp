@@ -12,9 +12,14 @@ using Tunnel::CliSupport::TunnelResolver;
 
 constexpr std::string_view unknownNexthopGroup = "NexthopGroupUnknown";
 
+std::string_view groupName(FecStore const& store, Routing::NexthopGroup::NexthopGroupId id) {
+   auto const name = store.sources().nexthopGroupName(id);
+   return name.empty() ? unknownNexthopGroup : name;
+}
+
 Tunnel::CliSupport::TunnelSources tunnelSources(FecStore const& store) {
    auto sources = store.sources().tunnels;
-   sources.nexthopGroupName = [&store](U32 id) { return store.sources().nexthopGroupName(id); };
+   sources.nexthopGroupName = [&store](U32 id) { return groupName(store, id); };
    return sources;
 }
 
@@ -98,23 +103,21 @@ DisplayVia FecDisplay::via(FecRecord const& record, StoredVia const& stored) {
    return via;
 }
 
-// Here a tunnel shows as the interface that stands for it: there is no room for its ways. A via that has an interface
-// but no address is the box itself, except on routes that stand for the link; one into a tunnel, a group or another FEC
-// leads away from it.
+// A via that has an interface but no address is the box itself, except on routes that stand for the link; one that goes
+// into a tunnel, a group or another FEC leads away from it. Over VXLAN the next hop is enough, where there is one.
 HostVia FecDisplay::hostVia(FecRecord const& record, StoredVia const& stored) {
-   auto const& out = intfId(stored);
-   auto const hop = stored.hop();
-   HostVia via;
-   if (out.isValid()) {
-      via.nexthop = hop;
+   auto const shown = via(record, stored);
+   bool const isVxlan = shown.vxlan != nullptr;
+   if (!shown.leadsTo<LinkTarget>() || (isVxlan && shown.nexthop.isZero())) {
+      return {.isLink = false};
    }
-   if (out.isDynamicTunnel() && vxlan(record, stored) == nullptr) {
-      via.interface = out.stringValue();
-   } else if (out.isValid() && vxlan(record, stored) == nullptr && !stored.isForwardingVrfAction()) {
-      via.interface = leg(stored).text;
+   HostVia host;
+   if (isVxlan || !shown.interface.empty()) {
+      host.nexthop = shown.nexthop;
+      host.interface = isVxlan ? std::string_view() : shown.interface;
    }
-   via.toCpu = !out.isValid() || (hop.isZero() && out.isNamed() && !record.hostLink);
-   return via;
+   host.toCpu = !isVxlan && (shown.interface.empty() || (shown.nexthop.isZero() && !record.hostLink));
+   return host;
 }
 
 FecDisplay::Leg const& FecDisplay::leg(StoredVia const& via) {
@@ -131,9 +134,7 @@ FecDisplay::Leg const& FecDisplay::leg(StoredVia const& via) {
 void FecDisplay::prepare(Leg& leg, ViaLeg const& of) const {
    auto const& sources = store_->sources();
    leg.isPrepared = true;
-   if (!of.intfId.isDynamicTunnel()) {
-      leg.text = of.intfId.isNamed() ? std::string(of.intfId.name()) : of.intfId.stringValue();
-   }
+   leg.text = of.intfId.name();
    if (of.vrfId != Vrf::VrfIdMap::noVrf && of.vrfId != sources.vrfId) {
       leg.egressVrf = of.vrfName;
    }
@@ -167,8 +168,7 @@ ViaTarget FecDisplay::target(StoredVia const& via) {
 }
 
 GroupTarget FecDisplay::group(Routing::NexthopGroup::NexthopGroupId id) const {
-   auto const name = store_->sources().nexthopGroupName(id);
-   return {id, name.empty() ? unknownNexthopGroup : name};
+   return {id, groupName(*store_, id)};
 }
 
 TunnelTarget FecDisplay::tunnel(Tunnel::TunnelId tunnelId) {

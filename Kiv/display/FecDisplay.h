@@ -79,9 +79,15 @@ class FecDisplay {
    void prefetchRecord(FecStore::Number number) const { __builtin_prefetch(&store().record(number)); }
    void prefetchVias(FecStore::Number number) const { __builtin_prefetch(store().record(number).firstVia); }
 
+   // The tunnel with its ways, whether it is set up or not.
+   TunnelTarget tunnel(Tunnel::TunnelId tunnelId);
+   // A way that a policy takes without a tunnel.
+   Tunnel::CliSupport::CachedTunVia::Via way(Tunnel::CliSupport::SortedTunVia const& via) const {
+      return tunnels_.way(via, {});
+   }
+
    // "unknown" for a VRF that has none.
    std::string_view vrfName(Vrf::VrfIdMap::VrfId vrfId) const;
-   Tunnel::CliSupport::TunnelResolver& tunnels() noexcept { return tunnels_; }
 
  private:
    friend class DisplayFec;
@@ -110,7 +116,6 @@ class FecDisplay {
    Leg const& leg(StoredVia const& via);
    void prepare(Leg& leg, ViaLeg const& of) const;
    ViaTarget target(StoredVia const& via);
-   TunnelTarget tunnel(Tunnel::TunnelId tunnelId);
    GroupTarget group(Routing::NexthopGroup::NexthopGroupId id) const;
    Policies const& policies(FecRecord const& record);
    DisplayFec::EvpnVia const* vxlan(FecRecord const& record, StoredVia const& via) const;

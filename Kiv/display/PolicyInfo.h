@@ -63,7 +63,7 @@ struct KIV_EXPORT ColoredTepInfo : Zam::ValueType {
    }
 };
 
-// A class of traffic and what carries it: a policy, or else a colored tunnel endpoint.
+// A class of traffic and what carries it, with the endpoint and color of a tunnel that is no policy's.
 struct KIV_EXPORT CbfInfo : Zam::ValueType {
    PolicyInfo policyInfo;
    ColoredTepInfo ctepInfo;

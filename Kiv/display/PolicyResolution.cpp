@@ -71,13 +71,11 @@ CbfInfoSet cbfInfoSet(PolicyTable const& policyStatus, TunnelResolver& tunnels,
       for (auto const& [index, policy] : policyInfoSet(policyStatus, tunnels, each.vias).policyInfo) {
          CbfInfo info;
          info.dscpValues = each.dscp;
-         if (Tunnel::tunnelType(policy.tunnelId) == Tunnel::TunnelType::srTePolicy) {
-            info.policyInfo = policy;
-         } else {
+         info.policyInfo = policy;
+         if (Tunnel::tunnelType(policy.tunnelId) != Tunnel::TunnelType::srTePolicy) {
             info.ctepInfo = {
                 {}, policy.policyKey, policy.sortedVia, policy.vpnLabel, policy.viaLabel, policy.labelStack};
          }
-         info.policyInfo.weight = policy.weight;
          set.cbfInfo.insertOrReplace(static_cast<U32>(set.cbfInfo.size()), std::move(info));
       }
    }

@@ -41,7 +41,6 @@ class KIV_EXPORT CachedFec final : public Zam::PtrInterface {
    bool hasBackup() const noexcept { return record().hasBackup; }
    bool hierarchical() const noexcept { return record().hierarchical; }
    U64 weightSum() const noexcept { return record().weightSum; }
-   bool hasValidIntf() const noexcept { return record().hasValidIntf; }
 
    // Vias over VXLAN, which only the route cache has.
    std::vector<EvpnVia> const& viaEvpnEntry() const noexcept { return extras().evpnVias; }

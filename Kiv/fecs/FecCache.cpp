@@ -134,7 +134,7 @@ FecRecord& FecCache::cachedFecIs(FecId fecId, U16 primaryVias, std::span<Via con
       record.primaryVias = primaryVias;
       record.hasBackup = primaryVias != 0 && vias.size() > primaryVias;
       copyVias(record, vias, pending);
-      copyPolicies(record);
+      copyPolicies(record, pending);
    }
    store_->numberIs(fecId, number);
    return record;
@@ -154,6 +154,9 @@ void FecCache::copyVias(FecRecord& record, std::span<Via const> vias, Pending& p
       }
       if (isVxlan(via)) {
          copyVxlan(record, via, stored);
+      }
+      if (auto const& shown = store_->arena().leg(stored).intfId; shown.isDynamicTunnel()) [[unlikely]] {
+         follow(shown, pending);
       }
    }
    record.tableVias = static_cast<U16>(vias.size());
@@ -219,20 +222,20 @@ void FecCache::copyEvpnVias(FecRecord& record) {
 }
 
 // Where policies take the traffic: of a policy FEC all of it, of others the classes that are overridden.
-void FecCache::copyPolicies(FecRecord& record) {
+void FecCache::copyPolicies(FecRecord& record, Pending& pending) {
    if (record.isSrTePolicy()) {
-      store_->extras(record).policyVias = policyVias(record.fecId);
+      store_->extras(record).policyVias = policyVias(record.fecId, pending);
    }
    auto const& overrides = store_->sources().cbfFecOverrideMap;
    auto const* const classes = overrides ? overrides->fecOverride(record.fecId.value()) : nullptr;
    if (classes != nullptr) {
       for (auto const& each : *classes) {
-         store_->extras(record).cbfClasses.push_back({each.dscp, policyVias(FecId(each.fecId))});
+         store_->extras(record).cbfClasses.push_back({each.dscp, policyVias(FecId(each.fecId), pending)});
       }
    }
 }
 
-std::vector<PolicyVia> FecCache::policyVias(FecId fecId) {
+std::vector<PolicyVia> FecCache::policyVias(FecId fecId, Pending& pending) {
    std::vector<PolicyVia> vias;
    Vault::Fib::Fec fec;
    for (auto const& via : lookedUp(store_->sources().policyForwardingStatus, fecId, fec).vias) {
@@ -240,8 +243,32 @@ std::vector<PolicyVia> FecCache::policyVias(FecId fecId) {
                       .nexthop = {.intfId = via.intfId, .hop = via.hop},
                       .label = via.label,
                       .weight = via.weight});
+      follow(via.tunnelId != 0 ? Lumen::IntfId::fromTunnelId(via.tunnelId) : via.intfId, pending);
    }
    return vias;
+}
+
+// Pushes the FECs that this stands for, or that the ways of the tunnel lead to, through whatever further tunnels.
+void FecCache::follow(Lumen::IntfId const& intfId, Pending& pending) {
+   auto const& tunnelFib = store_->sources().tunnels.tunnelFib;
+   std::vector<Lumen::IntfId> next{intfId};
+   while (!next.empty()) {
+      auto const at = next.back();
+      next.pop_back();
+      if (FecId const fecId(at.fecId()); fecId && !fecHas(fecId)) {
+         pending.push_back(fecId);
+      }
+      auto const* const entry = tunnelFib && at.isDynamicTunnel() ? tunnelFib->entry(at.tunnelId()) : nullptr;
+      if (entry == nullptr || followed_.find(at.tunnelId()) != nullptr) {
+         continue;
+      }
+      followed_.insertOrReplace(at.tunnelId(), true);
+      for (auto const* const ways : {&entry->vias, &entry->backupVias}) {
+         for (auto const& way : *ways) {
+            next.push_back(way.intfId);
+         }
+      }
+   }
 }
 
 Zam::Ptr<CachedFec> FecCache::fec(FecId fecId) const {

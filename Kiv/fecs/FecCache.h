@@ -71,12 +71,14 @@ class FecCache {
    U32 legOf(Vault::Fib::Via const& via, bool isForwardingVrfAction);
    void copyVxlan(FecRecord& record, Vault::Fib::Via const& via, StoredVia const& stored);
    void copyEvpnVias(FecRecord& record);
-   void copyPolicies(FecRecord& record);
-   std::vector<PolicyVia> policyVias(FecId fecId);
+   void copyPolicies(FecRecord& record, Pending& pending);
+   std::vector<PolicyVia> policyVias(FecId fecId, Pending& pending);
+   void follow(Lumen::IntfId const& intfId, Pending& pending);
    bool isGeneric() const noexcept { return store_->sources().forwardingGenStatus != nullptr; }
 
    Zam::Ptr<FecStore> store_;
    mutable Zam::HashMap<FecId, Zam::Ptr<CachedFec>> handles_;
+   Zam::HashMap<Tunnel::TunnelId, bool> followed_;
    Zam::HashMap<Lumen::IntfId, U32> legs_;  // of vias that show as the interface that they leave through
    bool hasV6Nexthop_ = false;
    // What is read into, used again.

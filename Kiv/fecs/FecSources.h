@@ -49,6 +49,10 @@ struct FecSources {
    Tunnel::CliSupport::TunnelSources tunnels{};
    Zam::HashMap<Routing::NexthopGroup::NexthopGroupId, Zam::String> nexthopGroupNames{};
 
+   // Set up, or known to the table of its type.
+   bool hasTunnel(Tunnel::TunnelId tunnelId) const {
+      return tunnels.has(tunnelId) || (evpnVxlanTunnelTable && evpnVxlanTunnelTable->entry(tunnelId) != nullptr);
+   }
    // Empty for an id that has none.
    std::string_view nexthopGroupName(Routing::NexthopGroup::NexthopGroupId id) const {
       auto const* const name = nexthopGroupNames.find(id);

@@ -102,10 +102,15 @@ void FecStore::copy(FecStore const& from, FecRecord const& other, Number to) {
    record.preparedVias = other.preparedVias;
 }
 
+bool FecStore::isResolved(FecRecord const& record, StoredVia const& via) const {
+   auto const& intfId = arena_.leg(via).intfId;
+   bool const leads = intfId.isDynamicTunnel() ? sources_.hasTunnel(intfId.tunnelId()) : intfId.isValid();
+   return leads || extras(record).vxlanOfVia.contains(arena_.cached(via));
+}
+
 void FecStore::changed(FecRecord& record) {
    auto const vias = record.vias();
-   record.hasValidIntf =
-       std::any_of(vias.begin(), vias.end(), [this](auto const& via) { return arena_.leg(via).intfId.isValid(); });
+   record.isResolved = std::any_of(vias.begin(), vias.end(), [&](auto const& via) { return isResolved(record, via); });
    record.preparedVias = static_cast<U32>(std::as_const(*this).extras(record).evpnVias.size());
 }
 

@@ -46,7 +46,7 @@ struct FecRecord {
    U16 tableVias = 0;  // in the FEC's own table
    bool hasBackup : 1 = false;
    bool hierarchical : 1 = false;  // some via points at another FEC
-   bool hasValidIntf : 1 = false;  // some via leaves through an interface, or through what stands for one
+   bool isResolved : 1 = false;    // some via leads out: through an interface, or a tunnel that is there
    bool isUsed : 1 = false;        // by a selected route
    bool isShared : 1 = false;      // by several
    bool hostLink : 1 = false;      // the host route that showed it first stands for a link
@@ -107,6 +107,7 @@ class FecStore final : public Zam::PtrInterface {
    // The first via that is not before this one.
    StoredVia* lowerBound(FecRecord const& record, StoredVia const& via) const;
    bool isAt(FecRecord const& record, StoredVia const* at, StoredVia const& via) const;
+   bool isResolved(FecRecord const& record, StoredVia const& via) const;
    // Vias have moved; what was prepared for their places is no longer theirs.
    void changed(FecRecord& record);
 

@@ -2,6 +2,7 @@
 #include "Kiv/common/PrintDocument.h"
 #include "Kiv/output/OutputParts.h"
 #include "Kiv/output/RouteTable.h"
+#include "Kiv/output/ViaRendering.h"
 #include "cliprint/AttrInfo.h"
 #include "cliprint/JsonScope.h"
 
@@ -19,7 +20,10 @@ class HostRouteRendering {
  public:
    using Route = typename Family::Route;
 
-   HostRouteRendering(RouteOutput const& output, RendererV2& renderer) : output_(output), renderer_(renderer) {}
+   HostRouteRendering(RouteOutput const& output, RendererV2& renderer)
+       : output_(output),
+         renderer_(renderer),
+         vias_(output.display, {.sharesRouteLine = true, .showLocalInterface = output.showLocalInterface}, renderer) {}
 
    void printRoute(Route const& route) {
       auto const fec = output_.display.hostFec(route.fecId, Family::isLinkRoute(route.routeType));
@@ -30,53 +34,68 @@ class HostRouteRendering {
       cliprint::HostRouteTypeAttrInfo type("routeType", renderer_);
       type.setValue(route.routeType);
       renderer_.addAttributes("%s%s", hardware.getArg(), type.getArg());
-      auto const addressWidth =
-          static_cast<std::size_t>(renderer_.addArgs<typename Family::Addr>("%s", route.prefix.address()));
-      auto const vias = JsonScope::list(renderer_, "vias");
-      if (Family::isToCpu(route.routeType)) {
-         printToCpu();
-      } else if (fec && isOwnLink(*fec, route)) {
-         printOwnLink(fec->hostVia(0));
-      } else {
-         printVias(fec, addressWidth);
+      // Where the vias begin: behind the columns of marker and type, the address and a blank.
+      auto const column =
+          static_cast<std::size_t>(renderer_.addArgs<typename Family::Addr>("%s", route.prefix.address())) + 5;
+      vias_.reset();
+      {
+         auto const vias = JsonScope::list(renderer_, "vias");
+         if (Family::isToCpu(route.routeType)) {
+            printToCpu();
+         } else if (fec) {
+            printVias(*fec, route, column);
+         }
       }
+      if (fec && !fec->hasVias() && !Family::isToCpu(route.routeType)) {
+         vias_.printCarriers(*fec, column);
+      }
+      renderer_.addFrills("\n");
    }
 
  private:
    // A single via out of an interface to the very address of the route.
-   static bool isOwnLink(DisplayFec const& fec, Route const& route) {
-      if (fec.vias() != 1) {
-         return false;
-      }
-      auto const nexthop = fec.hostVia(0).nexthop;
-      return !nexthop.isZero() && nexthop == Lumen::IpGenAddr(route.prefix.address());
+   static bool isOwnLink(HostVia const& via, Route const& route) {
+      return !via.interface.empty() && !via.nexthop.isZero() && via.nexthop == Lumen::IpGenAddr(route.prefix.address());
    }
 
    void printToCpu() {
       auto const entry = JsonScope::listEntry(renderer_);
-      BoolAttrInfo const toCpu("toCpu", renderer_, true);
-      renderer_.addAttributes("", toCpu.getArg());
-      renderer_.addFrills(" to cpu\n");
+      toCpuIs(true);
    }
 
-   void printOwnLink(HostVia const& via) {
-      auto const entry = JsonScope::listEntry(renderer_);
-      BoolAttrInfo const toCpu("toCpu", renderer_, false);
+   void toCpuIs(bool isToCpu) {
+      BoolAttrInfo const toCpu("toCpu", renderer_, isToCpu);
       renderer_.addAttributes("", toCpu.getArg());
-      StringAttrInfo const interface("interface", renderer_, via.interface);
-      renderer_.addAttributes(" on %s\n", interface.getArg());
+      renderer_.addFrills("%s", isToCpu ? " to cpu" : "");
    }
 
-   void printVias(std::optional<DisplayFec> const& fec, std::size_t addressWidth) {
-      U32 const vias = fec ? fec->vias() : 0;
-      for (U32 i = 0; i < vias; ++i) {
+   void printVias(DisplayFec const& fec, Route const& route, std::size_t column) {
+      U32 index = 0;
+      auto const print = [&](auto const& printVia) {
          auto const entry = JsonScope::listEntry(renderer_);
-         if (i != 0) {
-            renderer_.startLine(addressWidth + 4);
+         if (index++ != 0) {
+            renderer_.startLine(column - 1);
          }
-         printVia(fec->hostVia(i));
+         printVia();
+      };
+      for (U32 i = 0; i < fec.vias(); ++i) {
+         auto via = fec.hostVia(i);
+         if (fec.vias() == 1 && isOwnLink(via, route)) {
+            via.nexthop = {};
+         }
+         print([&] { via.isLink ? printVia(via) : printLeading([&] { vias_.printVia(fec.via(i), column); }); });
       }
-      renderer_.addFrills("\n");
+      for (auto const& entry : fec.evpnVias()) {
+         print([&] { printLeading([&] { vias_.printEvpnVia(entry); }); });
+      }
+   }
+
+   // One that leads elsewhere than out of an interface.
+   template <class Print>
+   void printLeading(Print const& print) {
+      toCpuIs(false);
+      renderer_.addFrills(" ");
+      print();
    }
 
    void printVia(HostVia const& via) {
@@ -84,11 +103,7 @@ class HostRouteRendering {
          StringAttrInfo const nexthopAddr("nexthopAddr", renderer_, via.nexthop);
          renderer_.addAttributes(" via %s", nexthopAddr.getArg());
       }
-      BoolAttrInfo const toCpu("toCpu", renderer_, via.toCpu);
-      renderer_.addAttributes("", toCpu.getArg());
-      if (via.toCpu) {
-         renderer_.addFrills(" to cpu");
-      }
+      toCpuIs(via.toCpu);
       if (!via.interface.empty()) {
          StringAttrInfo const interface("interface", renderer_, via.interface);
          renderer_.addAttributes(" on %s", interface.getArg());
@@ -97,6 +112,7 @@ class HostRouteRendering {
 
    RouteOutput const& output_;
    RendererV2& renderer_;
+   ViaRendering vias_;
 };
 
 }  // namespace

@@ -1,6 +1,8 @@
 #include "Kiv/output/TunnelRendering.h"
 
+#include "Kiv/KivCliPrint.h"
 #include "Kiv/common/PrintDocument.h"
+#include "Kiv/output/ViaRendering.h"
 #include "cliprint/AttrInfo.h"
 #include "cliprint/JsonScope.h"
 
@@ -11,14 +13,8 @@ namespace {
 using cliprint::Attr32Info;
 using cliprint::JsonScope;
 using cliprint::StringAttrInfo;
-using Tunnel::CliSupport::CachedTunVia;
 using Tunnel::CliSupport::maybeAddLabelStackToOutput;
 using Tunnel::CliSupport::printTunnelViaInfo;
-using Tunnel::CliSupport::TunnelResolver;
-
-constexpr char const* viasName(bool backup) {
-   return backup ? "tunViaBackupVias" : "vias";
-}
 
 }  // namespace
 
@@ -31,94 +27,95 @@ bool ViaBudget::take(cliprint::RendererV2& renderer) {
    return streams(renderer);
 }
 
-void TunnelRendering::printFormatTunVia(CachedTunVia const& tunVia, PolicyInfoSet const* policies, std::size_t indent,
-                                        bool backup) {
-   auto const list = JsonScope::list(renderer_, viasName(backup));
-   if (policies != nullptr && !policies->policyInfo.empty()) {
-      printSrTePolicySetViaModel(*policies, indent + 2, indent + 6);
-      return;
-   }
-   // A nexthop group says itself where it leads.
-   bool const tellsConnected = Tunnel::tunnelType(tunVia.tunnelId) != Tunnel::TunnelType::nexthopGroup;
-   for (auto const& via : tunVia.via) {
-      if (!budget_.take(renderer_)) {
-         return;
-      }
-      auto const entry = JsonScope::listEntry(renderer_);
-      renderer_.startLine(indent + 3);
-      renderer_.addFrills("%s", backup ? "backup " : "");
-      printTunVia(via, tellsConnected, indent, backup);
+void TunnelRendering::printTunnel(TunnelTarget const& tunnel, Vault::Fib::ForwardingAction action) {
+   auto const* const policy = tunnel.policies != nullptr ? &tunnel.policies->policyInfo.begin()->value : nullptr;
+   renderer_.addFrills(" ");
+   if (tunnel.primary->ipTunnelInfo) {
+      printIpTunnel(tunnel.primary->ipTunnelInfo, action);
+   } else if (policy != nullptr && Zam::isSet(policy->policyKey)) {
+      auto const object = JsonScope::object(renderer_, "srTePolicy");
+      printPolicyName(*policy);
+   } else {
+      tunnel.primary->printTunnelInfo(renderer_);
    }
 }
 
-void TunnelRendering::printTunVia(CachedTunVia::Via const& via, bool tellsConnected, std::size_t indent, bool backup) {
-   if (via.intfId.isDynamicTunnel()) {
-      printNestedTunnelVias({via.sortedTunViaSet.get(), via.labelStack, via.intfId, indent, 0, backup});
-      return;
+// An IP-in-IP header that goes on says so before what it holds; other kinds say it themselves.
+void TunnelRendering::printIpTunnel(Tunnel::CliSupport::CachedIpTunnelInfo const& tunnel,
+                                    Vault::Fib::ForwardingAction action) {
+   bool const ipInIp = tunnel.isIpInIp();
+   if (action == Vault::Fib::ForwardingAction::decap) {
+      cliprint::DecapTypeAttrInfo decap("decapActionType", renderer_);
+      decap.setValue(Routing::Rib::DecapActionType::ipIp);
+      renderer_.addAttributes("%s decap ", decap.getArg());
+      renderer_.addFrills("%s", ipInIp ? "and encap" : "");
+   } else if (ipInIp) {
+      renderer_.addFrills("IP-in-IP encap");
    }
-   bool const begun = via.isConnected && tellsConnected;
-   if (begun) {
-      renderer_.addFrills("is directly connected");
-   }
-   printTunnelViaInfo(renderer_, {.interface = via.interface,
-                                  .nexthop = via.isConnected ? std::string_view() : std::string_view(via.nexthopAddr),
-                                  .labelStack = via.labelStack,
-                                  .nexthopGroupName = via.nexthopGroupName,
-                                  .weight = via.weight,
-                                  .begun = begun});
+   tunnel.print(renderer_, false);
 }
 
-void TunnelRendering::printNestedTunnelVias(Nested const& tunnel) {
-   auto const resolving = tunnels_.makeCachedTunViaWithName(tunnel.intfId.tunnelId(), TunnelResolver::Ways::none);
-   std::size_t const indent = tunnel.indent + (tunnel.depth == 0 ? 6 : 3);
-   renderer_.addFrills("%s", tunnel.depth != 0 && tunnel.backup ? "backup via " : "via ");
-   resolving->printResolvingTunnel(renderer_);
-   maybeAddLabelStackToOutput(renderer_, tunnel.labelStack, Lumen::MplsLabel());
-   if (tunnel.set != nullptr) {
-      printNestedList(tunnel.set->primaryVia, tunnel, indent, false);
-      if (!tunnel.set->backupVia.empty()) {
-         printNestedList(tunnel.set->backupVia, tunnel, indent, true);
-      }
+// Those of a policy are segment lists: what stands beneath them is four columns further in. A nexthop group says itself
+// where it leads.
+void TunnelRendering::printWays(TunnelTarget const& tunnel, std::size_t indent, U32 fecDepth) {
+   bool const isPolicy = tunnel.policies != nullptr;
+   bool const isGroup = Tunnel::tunnelType(tunnel.primary->tunnelId) == Tunnel::TunnelType::nexthopGroup;
+   printWays(tunnel, {.column = indent + 3,
+                      .further = indent + (isPolicy ? 7 : 6),
+                      .fecDepth = fecDepth,
+                      .tellsConnected = !isPolicy && !isGroup});
+}
+
+void TunnelRendering::printWays(TunnelTarget const& tunnel, Place const& place) {
+   printWayList(tunnel.primary->via, place, false);
+   if (tunnel.backup != nullptr) {
+      printWayList(tunnel.backup->via, place, true);
    }
 }
 
-void TunnelRendering::printNestedList(std::vector<SortedTunVia> const& vias, Nested const& tunnel, std::size_t indent,
-                                      bool backup) {
-   auto const list = JsonScope::list(renderer_, viasName(backup));
-   auto const weights = TunnelResolver::weightTexts(vias);
-   for (std::size_t i = 0; i < vias.size(); ++i) {
-      bool const isTooDeep = vias[i].intfId.isDynamicTunnel() && tunnel.depth + 1 == maxViaDepth;
+void TunnelRendering::printWayList(std::vector<Way> const& ways, Place const& place, bool backup) {
+   auto const list = JsonScope::list(renderer_, backup ? "tunViaBackupVias" : "vias");
+   for (auto const& way : ways) {
+      bool const isTooDeep = way.intfId.isDynamicTunnel() && place.depth == maxViaDepth;
       if (isTooDeep) {
          continue;
       }
       if (!budget_.take(renderer_)) {
          return;
       }
-      auto const& via = vias[i];
       auto const entry = JsonScope::listEntry(renderer_);
-      auto const labelStack = tunnels_.labelStack(via.encapId);
-      renderer_.startLine(indent);
-      if (via.intfId.isDynamicTunnel()) {
-         printNestedTunnelVias({via.nested.get(), labelStack, via.intfId, indent, tunnel.depth + 1, backup});
-      } else {
-         renderer_.addFrills("%s", backup ? "backup " : "");
-         printPlainVia(via, labelStack, weights[i]);
-      }
+      renderer_.startLine(place.column);
+      renderer_.addFrills("%s", backup ? "backup " : "");
+      printWay(way, place);
    }
 }
 
-void TunnelRendering::printPlainVia(SortedTunVia const& via, Lumen::MplsLabelOperation const& labelStack,
-                                    std::string_view weight) {
-   auto const nexthop = TunnelResolver::isConnected(via) ? Zam::String() : TunnelResolver::nexthopText(via);
-   auto const interface = TunnelResolver::interfaceText(via.intfId);
-   printTunnelViaInfo(renderer_, {.interface = interface,
-                                  .nexthop = nexthop,
-                                  .labelStack = labelStack,
-                                  .nexthopGroupName = {},
-                                  .weight = weight});
+// Whatever it runs over follows beneath.
+void TunnelRendering::printWay(Way const& way, Place const& place) {
+   if (way.intfId.isDynamicTunnel()) {
+      auto const further = display_.tunnel(way.intfId.tunnelId());
+      renderer_.addFrills("via");
+      printTunnel(further);
+      maybeAddLabelStackToOutput(renderer_, way.labelStack, Lumen::MplsLabel());
+      printWeight(way.weight);
+      return printWays(further, {place.further, place.further + 3, place.fecDepth, place.depth + 1});
+   }
+   bool const begun = way.isConnected && place.tellsConnected && !way.intfId.isFecId();
+   renderer_.addFrills("%s", begun ? "is directly connected" : "");
+   printTunnelViaInfo(renderer_, {.interface = way.interface,
+                                  .nexthop = way.isConnected ? std::string_view() : std::string_view(way.nexthopAddr),
+                                  .labelStack = way.labelStack,
+                                  .nexthopGroupName = way.nexthopGroupName,
+                                  .weight = way.weight,
+                                  .begun = begun});
+   if (way.intfId.isFecId()) {
+      std::size_t const column = place.column + 4;
+      vias_.printResolved(Vault::Fib::FecId(way.intfId.fecId()), {column, column, place.fecDepth + 1});
+   }
 }
 
-void TunnelRendering::printSrTePolicySetModel(PolicyInfoSet const& set, std::size_t margin, std::size_t viaMargin) {
+void TunnelRendering::printSrTePolicySetModel(PolicyInfoSet const& set, std::size_t margin, std::size_t viaMargin,
+                                              U32 fecDepth) {
    auto const list = JsonScope::list(renderer_, "srTePolicies");
    for (auto const& [index, policy] : set.policyInfo) {
       if (!budget_.take(renderer_)) {
@@ -126,7 +123,7 @@ void TunnelRendering::printSrTePolicySetModel(PolicyInfoSet const& set, std::siz
       }
       auto const entry = JsonScope::listEntry(renderer_);
       renderer_.startLine(margin + 1);
-      printPolicy(policy, viaMargin);
+      printCarrier(policy, false, {viaMargin + 1, viaMargin + 5, fecDepth});
    }
 }
 
@@ -142,72 +139,63 @@ void TunnelRendering::printPolicyName(PolicyInfo const& policy) {
    }
 }
 
-void TunnelRendering::printPolicy(PolicyInfo const& policy, std::size_t viaMargin) {
-   renderer_.addFrills("via ");
-   printPolicyName(policy);
-   maybeAddLabelStackToOutput(renderer_, policy.labelStack, policy.viaLabel);
-   printWeight(policy.weight);
-   auto const vias = JsonScope::list(renderer_, "vias");
-   printSegmentLists(policy.sortedVia, viaMargin, viaMargin + 4);
+// What a policy FEC sends traffic into, or a class: a policy, another tunnel, or without one a next hop.
+void TunnelRendering::printCarrier(PolicyInfo const& info, bool isOfClass, Place const& place) {
+   if (info.tunnelId == 0) {
+      auto way = display_.way(info.sortedVia.front());
+      way.labelStack = info.labelStack;
+      way.weight = info.weight;
+      return printWay(way, {place.column - 4, place.column, place.fecDepth});
+   }
+   renderer_.addFrills("via");
+   printCarrierName(info, isOfClass);
+   maybeAddLabelStackToOutput(renderer_, info.labelStack, info.viaLabel);
+   printWeight(info.weight);
+   printWays(display_.tunnel(info.tunnelId), place);
 }
 
-void TunnelRendering::printSrTePolicySetViaModel(PolicyInfoSet const& set, std::size_t margin,
-                                                 std::size_t nestedMargin) {
-   for (auto const& [index, policy] : set.policyInfo) {
-      printSegmentLists(policy.sortedVia, margin, nestedMargin);
+void TunnelRendering::printCarrierName(PolicyInfo const& info, bool isOfClass) {
+   bool const isPolicy = Tunnel::tunnelType(info.tunnelId) == Tunnel::TunnelType::srTePolicy;
+   bool const isNamed = Zam::isSet(info.policyKey);
+   if (isPolicy || (isNamed && !isOfClass)) {
+      renderer_.addFrills(" ");
+      printPolicyName(info);
+   } else if (isNamed) {
+      StringAttrInfo const endpoint("endpoint", renderer_, info.policyKey.endpoint);
+      Attr32Info const color("color", renderer_, info.policyKey.color);
+      renderer_.addAttributes(" tunnel endpoint %s, color %u", endpoint.getArg(), color.getArg());
+   } else {
+      printTunnel(display_.tunnel(info.tunnelId));
    }
 }
 
-// The lists of labels that take the traffic to the endpoint, each with its first hop.
-void TunnelRendering::printSegmentLists(SortedTunVias const& vias, std::size_t margin, std::size_t nestedMargin) {
-   auto const weights = TunnelResolver::weightTexts(vias);
-   for (std::size_t i = 0; i < vias.size(); ++i) {
-      if (!budget_.take(renderer_)) {
-         return;
-      }
-      auto const entry = JsonScope::listEntry(renderer_);
-      auto const labelStack = tunnels_.labelStack(vias[i].encapId);
-      renderer_.startLine(margin + 1);
-      if (vias[i].intfId.isDynamicTunnel()) {
-         // The further tunnel's ways stand six columns further in than they are told.
-         std::size_t const indent = nestedMargin + 1 - 6;
-         printNestedTunnelVias({vias[i].nested.get(), labelStack, vias[i].intfId, indent, 0, false});
-      } else {
-         printPlainVia(vias[i], labelStack, weights[i]);
-      }
+void TunnelRendering::checkAndPrintCbfInfo(CbfInfoSet const& set, std::size_t width, U32 fecDepth) {
+   if (set.cbfInfo.empty()) {
+      return;
    }
-}
-
-void TunnelRendering::checkAndPrintCbfInfo(CbfInfoSet const& set, std::size_t width) {
-   if (!set.cbfInfo.empty()) {
-      printCbfInfoSetModel(set, width - 3, width);
-   }
-}
-
-void TunnelRendering::printCbfInfoSetModel(CbfInfoSet const& set, std::size_t margin, std::size_t viaMargin) {
    auto const list = JsonScope::list(renderer_, "cbf");
    for (auto const& [index, info] : set.cbfInfo) {
       if (!budget_.take(renderer_)) {
          return;
       }
       auto const entry = JsonScope::listEntry(renderer_);
-      renderer_.startLine(margin + 1);
-      renderer_.addFrills("DSCP");
-      {
-         auto const values = JsonScope::list(renderer_, "dscp");
-         for (auto const value : info.dscpValues) {
-            renderer_.addElement(" %u", U32{value});
-         }
-      }
-      renderer_.startLine(viaMargin + 1);
-      if (info.policyInfo.tunnelId != 0) {
-         auto const policy = JsonScope::object(renderer_, "srTePolicy");
-         printPolicy(info.policyInfo, viaMargin + 4);
-      } else {
-         auto const ctep = JsonScope::object(renderer_, "coloredTunnelEndpoint");
-         printColoredTep(info.ctepInfo, info.policyInfo.weight, viaMargin + 4);
+      printClass(info, width - 2, {width + 5, width + 9, fecDepth});
+   }
+}
+
+void TunnelRendering::printClass(CbfInfo const& info, std::size_t column, Place const& place) {
+   renderer_.startLine(column);
+   renderer_.addFrills("DSCP");
+   {
+      auto const values = JsonScope::list(renderer_, "dscp");
+      for (auto const value : info.dscpValues) {
+         renderer_.addElement(" %u", U32{value});
       }
    }
+   renderer_.startLine(column + 3);
+   bool const isPolicy = Tunnel::tunnelType(info.policyInfo.tunnelId) == Tunnel::TunnelType::srTePolicy;
+   auto const object = JsonScope::object(renderer_, isPolicy ? "srTePolicy" : "coloredTunnelEndpoint");
+   printCarrier(info.policyInfo, true, place);
 }
 
 void TunnelRendering::printWeight(std::string_view weight) {
@@ -215,25 +203,6 @@ void TunnelRendering::printWeight(std::string_view weight) {
       StringAttrInfo const viaWeight("viaWeight", renderer_, weight);
       renderer_.addAttributes(", weight %s", viaWeight.getArg());
    }
-}
-
-void TunnelRendering::printColoredTep(ColoredTepInfo const& ctep, std::string_view weight, std::size_t viaMargin) {
-   bool const isNamed = Zam::isSet(ctep.ctep);
-   auto const isNexthop = [](SortedTunVia const& via) { return via.encapId == 0 && !via.intfId.isDynamicTunnel(); };
-   if (!isNamed && ctep.sortedVia.size() == 1 && isNexthop(ctep.sortedVia.front())) {
-      printPlainVia(ctep.sortedVia.front(), ctep.tunnelLabelStack, weight);
-      return;
-   }
-   StringAttrInfo const endpoint("endpoint", renderer_, ctep.ctep.endpoint);
-   Attr32Info const color("color", renderer_, ctep.ctep.color);
-   renderer_.addFrills("via tunnel");
-   if (isNamed) {
-      renderer_.addAttributes(" endpoint %s, color %u", endpoint.getArg(), color.getArg());
-   }
-   maybeAddLabelStackToOutput(renderer_, ctep.tunnelLabelStack, ctep.viaLabel);
-   printWeight(weight);
-   auto const vias = JsonScope::list(renderer_, "vias");
-   printSegmentLists(ctep.sortedVia, viaMargin, viaMargin + 4);
 }
 
 }  // namespace Kiv

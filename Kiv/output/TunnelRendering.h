@@ -1,7 +1,6 @@
 #pragma once
 
-#include "Kiv/display/PolicyInfo.h"
-#include "Tunnel/CliSupport/TunnelResolver.h"
+#include "Kiv/display/FecDisplay.h"
 #include "cliprint/RendererV2.h"
 
 #include <cstddef>
@@ -30,53 +29,51 @@ class ViaBudget {
    bool isExceeded_ = false;
 };
 
+class ViaRendering;
+
 class TunnelRendering {
  public:
-   TunnelRendering(cliprint::RendererV2& renderer, Tunnel::CliSupport::TunnelResolver& tunnels, ViaBudget& budget)
+   TunnelRendering(cliprint::RendererV2& renderer, FecDisplay& display, ViaRendering& vias, ViaBudget& budget)
        : renderer_(renderer),
-         tunnels_(tunnels),
+         display_(display),
+         vias_(vias),
          budget_(budget) {}
 
-   // The ways of a via's tunnel, or its backup ways, three columns further in than `indent`.
-   void printFormatTunVia(Tunnel::CliSupport::CachedTunVia const& tunVia, PolicyInfoSet const* policies,
-                          std::size_t indent, bool backup);
+   // Which tunnel it is: by its outer header, by the policy that has set it up, or by type and index.
+   void printTunnel(TunnelTarget const& tunnel, Vault::Fib::ForwardingAction action = {});
+   // The ways of a via's tunnel, the backup ones after the others, three columns further in than `indent`; beneath
+   // `fecDepth` FECs.
+   void printWays(TunnelTarget const& tunnel, std::size_t indent, U32 fecDepth);
 
-   // Which policy it is.
-   void printPolicyName(PolicyInfo const& policy);
-   // A policy each on its line behind `margin` and a blank, its vias behind `viaMargin` and a blank.
-   void printSrTePolicySetModel(PolicyInfoSet const& set, std::size_t margin, std::size_t viaMargin);
-   // The vias of all the policies, behind `margin` and a blank; those of tunnels they run over behind `nestedMargin`.
-   void printSrTePolicySetViaModel(PolicyInfoSet const& set, std::size_t margin, std::size_t nestedMargin);
+   // A policy each on its line behind `margin` and a blank, its ways behind `viaMargin` and a blank.
+   void printSrTePolicySetModel(PolicyInfoSet const& set, std::size_t margin, std::size_t viaMargin, U32 fecDepth = 0);
    // What carries each class of traffic, of a route whose vias begin in column `width`; nothing when there is none.
-   void checkAndPrintCbfInfo(CbfInfoSet const& set, std::size_t width);
+   void checkAndPrintCbfInfo(CbfInfoSet const& set, std::size_t width, U32 fecDepth = 0);
 
  private:
-   using SortedTunVia = Tunnel::CliSupport::SortedTunVia;
-   using SortedTunViaSet = Tunnel::CliSupport::SortedTunViaSet;
+   using Way = Tunnel::CliSupport::CachedTunVia::Via;
 
-   // A line of its own for a way that runs over a further tunnel, and the ways of that beneath.
-   struct Nested {
-      SortedTunViaSet const* set;
-      Lumen::MplsLabelOperation const& labelStack;
-      Lumen::IntfId const& intfId;
-      std::size_t indent;
-      U32 depth;
-      bool backup;
+   // Where ways are printed.
+   struct Place {
+      std::size_t column;
+      std::size_t further;  // where those of tunnels that they run over begin
+      U32 fecDepth;
+      U32 depth = 0;  // of tunnels
+      bool tellsConnected = false;
    };
-   void printNestedTunnelVias(Nested const& tunnel);
-   void printNestedList(std::vector<SortedTunVia> const& vias, Nested const& tunnel, std::size_t indent, bool backup);
-
-   void printTunVia(Tunnel::CliSupport::CachedTunVia::Via const& via, bool tellsConnected, std::size_t indent,
-                    bool backup);
-   void printSegmentLists(SortedTunVias const& vias, std::size_t margin, std::size_t nestedMargin);
-   void printPolicy(PolicyInfo const& policy, std::size_t viaMargin);
-   void printColoredTep(ColoredTepInfo const& ctep, std::string_view weight, std::size_t viaMargin);
+   void printWays(TunnelTarget const& tunnel, Place const& place);
+   void printWayList(std::vector<Way> const& ways, Place const& place, bool backup);
+   void printWay(Way const& way, Place const& place);
+   void printIpTunnel(Tunnel::CliSupport::CachedIpTunnelInfo const& tunnel, Vault::Fib::ForwardingAction action);
+   void printPolicyName(PolicyInfo const& policy);
+   void printCarrier(PolicyInfo const& info, bool isOfClass, Place const& place);
+   void printCarrierName(PolicyInfo const& info, bool isOfClass);
+   void printClass(CbfInfo const& info, std::size_t column, Place const& place);
    void printWeight(std::string_view weight);
-   void printCbfInfoSetModel(CbfInfoSet const& set, std::size_t margin, std::size_t viaMargin);
-   void printPlainVia(SortedTunVia const& via, Lumen::MplsLabelOperation const& labelStack, std::string_view weight);
 
    cliprint::RendererV2& renderer_;
-   Tunnel::CliSupport::TunnelResolver& tunnels_;
+   FecDisplay& display_;
+   ViaRendering& vias_;
    ViaBudget& budget_;
 };
 

@@ -30,14 +30,18 @@ void ViaRendering::printEvpnVias(DisplayFec const& fec, Place const& place) {
    for (auto const& entry : fec.evpnVias()) {
       auto const scope = JsonScope::listEntry(renderer_);
       startViaLine(index++, place);
-      renderer_.addFrills("via");
-      printEvpn(entry);
+      printEvpnVia(entry);
    }
+}
+
+void ViaRendering::printEvpnVia(EvpnVia const& entry) {
+   renderer_.addFrills("via");
+   printEvpn(entry);
 }
 
 void ViaRendering::startViaLine(U32 index, Place const& place) {
    if (!layout_.sharesRouteLine || index != 0 || place.depth != 0) {
-      renderer_.startLine(place.column());
+      renderer_.startLine(place.column);
    }
 }
 
@@ -60,9 +64,25 @@ void ViaRendering::printTarget(LinkTarget const& /* target */, DisplayVia via, P
 void ViaRendering::printTarget(FecTarget const& target, DisplayVia via, Place const& place) {
    via.interface = {};
    printViaLine(via);
-   if (auto const resolved = display_.fec(target.fecId)) {
-      printList(*resolved, {place.indent, place.depth + 1});
+   printResolved(target.fecId, {place.indent, place.column + 4, place.depth + 1});
+}
+
+void ViaRendering::printResolved(Vault::Fib::FecId fecId, Place const& place) {
+   auto const fec = display_.fec(fecId);
+   if (!fec) {
+      return;
    }
+   printList(*fec, place);
+   if (place.depth != maxViaDepth) {
+      printCarriers(*fec, place.column, place.depth);
+   }
+}
+
+void ViaRendering::printCarriers(DisplayFec const& fec, std::size_t column, U32 depth) {
+   if (!fec.hasVias() && !fec.policies().policyInfo.empty()) {
+      tunnels_.printSrTePolicySetModel(fec.policies(), column - 1, column + 3, depth);
+   }
+   tunnels_.checkAndPrintCbfInfo(fec.classes(), column, depth);
 }
 
 // The group says where it leads.
@@ -88,41 +108,10 @@ void ViaRendering::printTarget(FallbackTarget const& target, DisplayVia via, Pla
 }
 
 void ViaRendering::printTarget(TunnelTarget const& target, DisplayVia via, Place const& place) {
-   printTunnel(target, via.forwardingAction);
+   tunnels_.printTunnel(target, via.forwardingAction);
    via.nexthop = {};
    printViaLine(via);
-   std::size_t const indent = layout_.sharesRouteLine ? place.column() : place.indent;
-   tunnels_.printFormatTunVia(*target.primary, target.policies, indent, false);
-   if (target.backup != nullptr) {
-      tunnels_.printFormatTunVia(*target.backup, nullptr, indent, true);
-   }
-}
-
-void ViaRendering::printTunnel(TunnelTarget const& target, Vault::Fib::ForwardingAction action) {
-   renderer_.addFrills(" ");
-   if (target.primary->ipTunnelInfo) {
-      printIpTunnel(target.primary->ipTunnelInfo, action);
-   } else if (target.policies != nullptr && Zam::isSet(target.policies->policyInfo.begin()->value.policyKey)) {
-      auto const object = JsonScope::object(renderer_, "srTePolicy");
-      tunnels_.printPolicyName(target.policies->policyInfo.begin()->value);
-   } else {
-      target.primary->printTunnelInfo(renderer_);
-   }
-}
-
-// An IP-in-IP header that goes on says so before what it holds; other kinds say it themselves.
-void ViaRendering::printIpTunnel(Tunnel::CliSupport::CachedIpTunnelInfo const& tunnel,
-                                 Vault::Fib::ForwardingAction action) {
-   bool const ipInIp = tunnel.isIpInIp();
-   if (action == Vault::Fib::ForwardingAction::decap) {
-      cliprint::DecapTypeAttrInfo decap("decapActionType", renderer_);
-      decap.setValue(Routing::Rib::DecapActionType::ipIp);
-      renderer_.addAttributes("%s decap ", decap.getArg());
-      renderer_.addFrills("%s", ipInIp ? "and encap" : "");
-   } else if (ipInIp) {
-      renderer_.addFrills("IP-in-IP encap");
-   }
-   tunnel.print(renderer_, false);
+   tunnels_.printWays(target, layout_.sharesRouteLine ? place.column : place.indent, place.depth);
 }
 
 void ViaRendering::printConnected(DisplayVia via) {

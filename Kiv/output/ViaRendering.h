@@ -21,7 +21,7 @@ class ViaRendering {
        : display_(display),
          layout_(layout),
          renderer_(renderer),
-         tunnels_(renderer, display.tunnels(), budget_) {}
+         tunnels_(renderer, display, *this, budget_) {}
    ViaRendering(ViaRendering const&) = delete;
    ViaRendering& operator=(ViaRendering const&) = delete;
 
@@ -33,20 +33,26 @@ class ViaRendering {
 
    // The vias of a FEC, the first one on the line where it stands when the layout wants that, the others `indent`
    // columns in. Whether any of them is directly connected.
-   bool printIpVias(DisplayFec const& fec, std::size_t indent) { return printList(fec, {indent, 0}); }
+   bool printIpVias(DisplayFec const& fec, std::size_t indent) { return printList(fec, {indent, indent, 0}); }
+   // Where vias are printed: those of tunnels without the room of their own count from the indent.
+   struct Place {
+      std::size_t indent;
+      std::size_t column;
+      U32 depth;
+   };
+   // What a FEC that something resolves through leads to: its vias, or the policies in their place, and its classes.
+   void printResolved(Vault::Fib::FecId fecId, Place const& place);
+   // The policies that carry a FEC's traffic when it has no vias, and its classes, on lines from that column on.
+   void printCarriers(DisplayFec const& fec, std::size_t column, U32 depth = 0);
+   // Outside of a list of vias: one, and what follows beneath it from its column on.
+   void printVia(DisplayVia const& via, std::size_t column) { printIpVia(via, {column, column, 0}); }
+   void printEvpnVia(DisplayFec::EvpnVia const& entry);
    // The link alone, without a share of the traffic and a label, which it does not need.
    void printLink(DisplayVia via);
    void printNexthopGroup(GroupTarget const& group);
 
  private:
    using EvpnVia = DisplayFec::EvpnVia;
-
-   struct Place {
-      std::size_t indent;
-      U32 depth;
-
-      std::size_t column() const noexcept { return indent + std::size_t{4} * depth; }
-   };
 
    bool printList(DisplayFec const& fec, Place const& place);
    bool printIpVia(DisplayVia const& via, Place const& place);
@@ -57,8 +63,6 @@ class ViaRendering {
    void printTarget(GroupTarget const& target, DisplayVia via, Place const& place);
    void printTarget(FallbackTarget const& target, DisplayVia via, Place const& place);
    void printTarget(TunnelTarget const& target, DisplayVia via, Place const& place);
-   void printTunnel(TunnelTarget const& target, Vault::Fib::ForwardingAction action);
-   void printIpTunnel(Tunnel::CliSupport::CachedIpTunnelInfo const& tunnel, Vault::Fib::ForwardingAction action);
    void printConnected(DisplayVia via);
    // What follows "via" or "is directly connected" on the line of a via; and what of it follows the interface.
    void printViaLine(DisplayVia const& via);

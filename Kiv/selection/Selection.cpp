@@ -32,7 +32,7 @@ bool Selection<Family>::isPrintable(Route const& route, FecRecord const* fec) co
    if (!route.fecId) {
       return false;
    }
-   return fec == nullptr || fec->hasValidIntf || fec->viaCount == 0 || request_.showHidden;
+   return fec == nullptr || fec->isResolved || fec->viaCount == 0 || request_.showHidden;
 }
 
 template <class Family>

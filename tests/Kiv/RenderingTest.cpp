@@ -16,6 +16,7 @@ namespace {
 
 using Lumen::IntfId;
 using Tunnel::TunnelType;
+using Vault::Fib::FecId;
 using Vault::Testing::Random;
 
 template <class Family>
@@ -45,7 +46,7 @@ class RenderingTest : public ::testing::Test {
             via = viaThrough(IntfId::fromFecId(box_.fecIdOf(1).value()));
             break;
          case 2:
-            via.tunnelId = Tunnel::tunnelIdOf(TunnelType::ldp, 1);
+            via.tunnelId = someTunnel(0);
             break;
          case 3:
             via = viaThrough(IntfId::fromNexthopGroup(4 + random_.below(2)));
@@ -53,18 +54,66 @@ class RenderingTest : public ::testing::Test {
          case 4:
             via.intfId = IntfId();
             break;
+         case 5:
+            via = viaThrough(IntfId::fromFecId(FecId::of(20, 1 + random_.below(2)).value()));
+            break;
          default:
             break;
       }
       via.weight = static_cast<U16>(1 + random_.below(2));
       return via;
    }
+   // Of all types, some without a name; an index stands for one tunnel. Some of them are not set up.
+   Tunnel::TunnelId someTunnel(U32 from) {
+      U32 const index = from + random_.below(tunnelTypes.size() - from);
+      return Tunnel::tunnelIdOf(static_cast<TunnelType>(tunnelTypes[index]), index + 1);
+   }
+   std::vector<Tunnel::TunnelFib::Via> someWays(U32 above, U32 count) {
+      std::vector<Tunnel::TunnelFib::Via> ways(count);
+      for (auto& way : ways) {
+         way.intfId = std::array{IntfId::named("Ethernet7"), IntfId::fromNexthopGroup(5), IntfId::fromNexthopGroup(6),
+                                 IntfId::fromFecId(box_.fecIdOf(1).value()),
+                                 IntfId::fromTunnelId(someTunnel(above))}[random_.below(5)];
+         way.hop = random_.below(2) == 0 ? Lumen::IpGenAddr() : Lumen::IpGenAddr::parse(Family::hop);
+         way.weight = 1 + random_.below(2);
+      }
+      return ways;
+   }
+   // Each over ones behind it, policies that lead into them, and classes of a FEC that policies carry.
+   void tunnelsAre() {
+      auto const policies = Zam::makePtr<SrTePolicy::PolicyStatus>();
+      for (U32 i = 0; i < tunnelTypes.size(); ++i) {
+         auto const id = Tunnel::tunnelIdOf(static_cast<TunnelType>(tunnelTypes[i]), i + 1);
+         if (tunnelTypes[i] == 7 && i % 2 == 0) {
+            policies->policyIs({{}, Lumen::IpGenAddr::parse("10.255.0.1"), i}, id);
+         }
+         if (i + 2 < tunnelTypes.size()) {
+            tunnels_->entryIs(id, {.vias = someWays(i + 1, 3), .backupVias = someWays(i + 1, i % 3)});
+         }
+      }
+      auto const path = dir_ / ("policies" + std::to_string(random_.number()));
+      Vault::Fib::ForwardingStatusWriter writer(path, {.capacity = 64, .arenaCapacity = 256});
+      auto const classes = Zam::makePtr<SrTePolicy::CbfFecOverrideMap>();
+      for (U64 const fec : {1U, 2U, 3U}) {
+         auto straight = box_.via(Family::hop, "Ethernet9");
+         std::vector<Vault::Fib::Via> vias{straight, viaThrough(IntfId::fromNexthopGroup(6)),
+                                           viaThrough(IntfId::fromFecId(box_.fecIdOf(1).value()))};
+         for (U32 i = 0; i < 4; ++i) {
+            vias.emplace_back().tunnelId = someTunnel(0);
+         }
+         writer.fecIs({FecId::of(20, fec), 0, vias});
+      }
+      classes->fecOverrideIs(FecId::of(20, 1).value(), {{{}, {46}, FecId::of(20, 3).value()}});
+      classes->fecOverrideIs(box_.fecIdOf(2).value(), {{{}, {10, 12}, FecId::of(20, 3).value()}});
+      box_.inputs.policyStatus = policies;
+      box_.inputs.policyForwardingStatus = Zam::makePtr<Vault::Fib::ForwardingStatus>(path);
+      box_.inputs.cbfFecOverrideMap = classes;
+   }
    // Few FECs for many routes, which repeat them in any order.
    void manyRoutesAre(bool ofAllTypes = false) {
-      tunnels_->entryIs(Tunnel::tunnelIdOf(TunnelType::ldp, 1),
-                        {.vias = {{{}, IntfId::named("Ethernet7"), Lumen::IpGenAddr::parse(Family::hop), 0, 1}}});
+      tunnelsAre();
       box_.fecIs(1, {box_.via(Family::hop, "Ethernet9"), box_.via("", "Ethernet9")});
-      for (U32 id = 2; id < 12; ++id) {
+      for (U32 id = 2; id < 30; ++id) {
          std::vector<Vault::Fib::Via> vias;
          std::generate_n(std::back_inserter(vias), random_.below(5), [this] { return someVia(); });
          box_.fecIs(id, vias, static_cast<U16>(random_.below(3)));
@@ -78,7 +127,8 @@ class RenderingTest : public ::testing::Test {
          if (ofAllTypes && random_.below(2) == 0) {
             type = static_cast<RouteType>(random_.below(Family::viasShareRouteLine ? 43 : 30));
          }
-         box_.routeIs(text.c_str(), type, box_.fecIdOf(2 + random_.below(10)), static_cast<U8>(random_.below(256)),
+         auto const fecId = random_.below(10) == 0 ? FecId::of(20, 1) : box_.fecIdOf(2 + random_.below(28));
+         box_.routeIs(text.c_str(), type, fecId, static_cast<U8>(random_.below(256)),
                       random_.below(2) == 0 ? random_.below(10) : random_.number(),
                       random_.below(4) == 0 ? U32{8} : Vrf::VrfIdMap::noVrf);
          if (random_.below(8) == 0) {
@@ -116,6 +166,9 @@ class RenderingTest : public ::testing::Test {
       RouteRendering<typename Family::Base> routes;
    };
 
+   static constexpr auto tunnelTypes = std::to_array<U32>({7, 1, 2, 7, 12, 11, 7, 3, 0, 4, 13, 7, 6, 2});
+
+   testsupport::TempDir dir_;
    Random random_{1};
    Box<Family> box_;
    Zam::Ptr<Tunnel::TunnelFib::TunnelFib> const tunnels_ = Zam::makePtr<Tunnel::TunnelFib::TunnelFib>();
@@ -209,7 +262,7 @@ TYPED_TEST(RenderingTest, textAndModelSayTheSame) {
       EXPECT_EQ(flags.find(" L") != std::string::npos, route.find("routeLeaked")->text == "true") << prefix;
       // To the next line that begins with a prefix.
       auto end = text.find('\n', at);
-      while (end + 11 < text.size() && text.compare(end + 1, 11, "           ") == 0) {
+      while (end + 9 < text.size() && text.compare(end + 1, 9, "         ") == 0) {
          end = text.find('\n', end + 1);
       }
       auto lines = text.substr(at, end - at);
@@ -223,23 +276,79 @@ TYPED_TEST(RenderingTest, textAndModelSayTheSame) {
       if (auto const* const metric = route.find("metric"); metric != nullptr) {
          take(" [" + route.find("preference")->text + '/' + metric->text + ']');
       }
-      std::function<void(testsupport::JsonValue const&)> const takeVias = [&](auto const& vias) {
-         for (auto const& [key, via] : vias.members) {
-            for (char const* const name : {"nexthopAddr", "interface"}) {
-               if (auto const* const value = via.find(name); value != nullptr) {
-                  take(value->text);
-               }
+      std::function<void(testsupport::JsonValue const&)> const takeAll = [&](auto const& within) {
+         for (auto const& [key, value] : within.members) {
+            if (key == "viaWeight") {
+               take(", weight " + value.text);
+            } else if (std::ranges::count(std::array{"nexthopAddr", "interface", "endpoint", "nexthopGroupName"},
+                                          key)) {
+               take(value.text);
             }
-            for (char const* const list : {"vias", "resolvedVias"}) {
-               if (auto const* const inner = via.find(list); inner != nullptr) {
-                  takeVias(*inner);
-               }
-            }
+            takeAll(value);
          }
       };
-      takeVias(*route.find("vias"));
+      takeAll(route);
       EXPECT_EQ(lines.find(TypeParam::hop), std::string::npos) << "not in the model: " << lines;
-      EXPECT_EQ(lines.find("Vlan"), std::string::npos) << "not in the model: " << lines;
+      for (char const* const each : {"Vlan", "Ethernet", "weight", "endpoint 1", "Nexthop Group web"}) {
+         EXPECT_EQ(lines.find(each), std::string::npos) << "not in the model: " << lines;
+      }
+   }
+}
+
+// A tunnel shows all of its ways, with their weights, wherever something leads into it.
+TYPED_TEST(RenderingTest, aTunnelShowsItsWaysWhereverItShows) {
+   this->manyRoutesAre();
+   std::map<std::string, std::pair<U32, std::string>> known;  // by index
+   std::function<std::string(testsupport::JsonValue const&)> const dump = [&](auto const& value) {
+      auto text = value.text + '{';
+      for (auto const& [key, member] : value.members) {
+         text += key + ':' + dump(member) + ',';
+      }
+      return text + '}';
+   };
+   std::function<void(testsupport::JsonValue const&)> const judge = [&](auto const& value) {
+      auto const* const index = value.find("tunnelIndex");
+      auto const* const named = value.find("tunnel") != nullptr ? value.find("tunnel") : value.find("srTePolicy");
+      auto const* const own = named != nullptr ? named->find("tunnelIndex") : index;
+      bool const isName = own == index && value.find("vias") == nullptr;
+      if (own != nullptr && !isName && !(named != nullptr && named->find("vias") != nullptr)) {
+         U32 const at = static_cast<U32>(std::stoul(own->text)) - 1;
+         auto const* const entry =
+             this->tunnels_->entry(Tunnel::tunnelIdOf(static_cast<TunnelType>(this->tunnelTypes[at]), at + 1));
+         auto const* const vias = value.find("vias");
+         ASSERT_NE(vias, nullptr);
+         auto const* const backups = value.find("tunViaBackupVias");
+         EXPECT_EQ(vias->members.size(), entry != nullptr ? entry->vias.size() : 0);
+         EXPECT_EQ(backups != nullptr ? backups->members.size() : 0, entry != nullptr ? entry->backupVias.size() : 0);
+         bool const isWeighted =
+             entry != nullptr && std::ranges::any_of(entry->vias, [](auto const& via) { return via.weight != 1; });
+         for (auto const& [key, way] : vias->members) {
+            EXPECT_EQ(way.find("viaWeight") != nullptr, isWeighted);
+         }
+         auto const ways = dump(*vias) + (backups != nullptr ? dump(*backups) : "");
+         auto& [times, first] = known[own->text];
+         first = times++ == 0 ? ways : first;
+         EXPECT_EQ(ways, first) << own->text;
+      }
+      for (auto const& [key, member] : value.members) {
+         judge(member);
+      }
+   };
+   judge(this->box_.model());
+   EXPECT_GT(known.size(), 8U);
+   EXPECT_TRUE(std::ranges::all_of(known, [](auto const& each) { return each.second.first > 2; }));
+}
+
+TYPED_TEST(RenderingTest, noIdOfTheInsideIsShown) {
+   this->manyRoutesAre();
+   for (bool const hosts : {false, true}) {
+      this->box_.inputs.hostRoutes = hosts;
+      for (U32 const format : {1U, 2U}) {
+         auto const output = this->box_.output(format);
+         for (char const* const id : {"FecId(", "NexthopGroup(", "DynamicTunnel(", "unknown tunnel", " on \n"}) {
+            EXPECT_EQ(output.find(id), std::string::npos) << id;
+         }
+      }
    }
 }
 

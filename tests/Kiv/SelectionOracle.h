@@ -93,6 +93,7 @@ struct World {
    typename Family::Sorter::Inputs inputs;
    std::vector<std::pair<std::string, Route>> routes;  // in the order of the table
    std::array<std::vector<Vault::Fib::Fec>, 3> fecs;   // of the IPv4, the IPv6 and the generic table
+   std::map<U64, std::vector<Lumen::IntfId>> tunnels;  // those that are there, and what they leave through
 };
 
 template <class Family>
@@ -245,6 +246,19 @@ class SelectionOracle {
                   pending.emplace_back(via.intfId.fecId());
                }
             }
+            for (auto const& via : viasOf(next)) {
+               follow(via.intfId.tunnelId(), pending, 4);
+            }
+         }
+      }
+   }
+   // More levels than there are tunnels, which may run in a circle.
+   void follow(U64 tunnel, std::vector<FecId>& pending, U32 levels) const {
+      auto const found = world_.tunnels.find(tunnel);
+      if (levels != 0 && found != world_.tunnels.end()) {
+         for (auto const& intfId : found->second) {
+            pending.emplace_back(intfId.fecId());
+            follow(intfId.tunnelId(), pending, levels - 1);
          }
       }
    }
@@ -329,7 +343,17 @@ class SelectionOracle {
          return true;
       }
       auto const vias = route.fecId ? viasOf(route.fecId) : std::set<ShownVia>();
-      bool const usable = std::ranges::any_of(vias, [](auto const& via) { return via.intfId.isValid(); });
+      bool const usable = std::ranges::any_of(vias,
+                                              [this](auto const& via) {
+                                                 bool const isTunnel =
+                                                     via.intfId.kind() == Lumen::IntfId::Kind::dynamicTunnel;
+                                                 return isTunnel ? world_.tunnels.contains(via.intfId.tunnelId())
+                                                                 : via.intfId.isValid();
+                                              }) ||
+                          (!isMadeUp(route.fecId) && route.fecId.adjType() != 24 &&
+                           std::ranges::any_of(world_.fec(route.fecId).vias, [this](auto const& via) {
+                              return via.tunnelId >> 44U == 9 && world_.tunnels.contains(via.tunnelId);
+                           }));
       return route.fecId && (usable || vias.empty() || request_.showHidden);
    }
 

@@ -25,6 +25,7 @@ class RandomWorld : public World<Family> {
       for (U32 i = 0; i < 12; ++i) {
          fecIds_.push_back(FecId::of(oneOf<U8>({1, 2, 15, 24, 32}), 1 + random_.below(4)));
       }
+      makeTunnels();
       makeFecs();
       makeRoutes(count);
       makeInterfaces();
@@ -97,18 +98,41 @@ class RandomWorld : public World<Family> {
       return oneOf<IntfId>({IntfId(), IntfId::named("Ethernet1"), IntfId::named("Ethernet2"),
                             IntfId::fromNexthopGroup(7), IntfId::fromNexthopGroup(0),
                             IntfId::fromFecId(oneOf(fecIds_).value()), IntfId::fromFecId(oneOf(fecIds_).value()),
-                            IntfId::fromTunnelId(tunnel)});
+                            IntfId::fromTunnelId(oneOf(tunnelIds))});
    }
    Via someVia() {
       Via via;
       via.hop = oneIn(3) ? IpGenAddr() : someHop();
       via.intfId = oneIn(2) ? IntfId() : someIntf();
-      via.tunnelId = oneIn(8) ? tunnel : via.intfId.isValid() && oneIn(8) ? otherTunnel : 0;
+      via.tunnelId = oneIn(4) ? oneOf(tunnelIds) : 0;
       via.forwardingAction = oneIn(3) ? static_cast<Vault::Fib::ForwardingAction>(below(5)) : via.forwardingAction;
       via.forwardingVrf = 8;
       via.fecId = oneIn(2) ? oneOf(fecIds_) : FecId();
       via.weight = static_cast<U16>(1 + below(2));
       return via;
+   }
+   // Set up, or known to the table of their type alone.
+   void makeTunnels() {
+      auto const setUp = Zam::makePtr<Tunnel::TunnelFib::TunnelFib>();
+      auto const ldp = Zam::makePtr<Tunnel::TunnelTable::LdpTunnelTable>();
+      auto const vxlan = Zam::makePtr<Tunnel::TunnelTable::EvpnVxlanTunnelTable>();
+      for (auto const tunnel : tunnelIds) {
+         if (oneIn(3)) {
+            continue;
+         }
+         auto& ways = this->tunnels[tunnel];
+         if (tunnel == tunnelIds[2]) {
+            ldp->entryIs(tunnel, {});
+         } else if (tunnel == tunnelIds[3]) {
+            vxlan->entryIs(tunnel, {{}, someHop(), Lumen::Vni(5), {}, {}});
+         } else {
+            ways = {someIntf(), someIntf()};
+            setUp->entryIs(tunnel, {.vias = {{{}, ways[0], {}, 0, 1}}, .backupVias = {{{}, ways[1], {}, 0, 1}}});
+         }
+      }
+      this->inputs.tunnelFib = setUp;
+      this->inputs.ldpTunnelTable = ldp;
+      this->inputs.evpnVxlanTunnelTable = vxlan;
    }
    template <class Writer, class Table>
    void makeFecs(std::size_t at, Zam::Ptr<Table const>& table) {
@@ -200,8 +224,7 @@ class RandomWorld : public World<Family> {
       this->inputs.routeCacheConfig = !sharesFecs_ || oneIn(4) ? nullptr : cache;
    }
 
-   static constexpr U64 tunnel = U64{8} << 44U | 5;
-   static constexpr U64 otherTunnel = U64{9} << 44U | 5;
+   std::vector<U64> const tunnelIds{U64{8} << 44U | 5, U64{7} << 44U | 5, U64{2} << 44U | 5, U64{9} << 44U | 5};
 
    testsupport::TempDir dir_;
    Random random_;

@@ -3,6 +3,8 @@
 #include "cliprint/AttrInfo.h"
 #include "cliprint/JsonScope.h"
 
+#include <string>
+
 namespace Tunnel::CliSupport {
 
 namespace {
@@ -42,7 +44,7 @@ void addText(RendererV2& renderer, cliprint::AttrName name, cliprint::AttrFormat
 
 }  // namespace
 
-std::string_view tunnelTypeText(TunnelType type) {
+Zam::String tunnelTypeText(TunnelType type) {
    switch (type) {
       case TunnelType::unknown:
          break;
@@ -65,7 +67,7 @@ std::string_view tunnelTypeText(TunnelType type) {
       case TunnelType::nexthopGroup:
          return "nexthop group";
    }
-   return "unknown";
+   return "type " + std::to_string(static_cast<U32>(type));
 }
 
 std::string_view CachedIpTunnelInfo::name() const noexcept {

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "Lumen/IntfId.h"
 #include "Lumen/MplsLabelOperation.h"
-#include "Tunnel/CliSupport/SortedTunViaSet.h"
+#include "Tunnel/IpTunnelEncap.h"
 #include "Tunnel/TunnelId.h"
 #include "Zam/Export.h"
 #include "Zam/Ptr.h"
@@ -14,8 +15,8 @@
 // Tunnels as a display shows them: resolved, ordered, with the texts that print them.
 namespace Tunnel::CliSupport {
 
-// "LDP", "IS-IS SR", ...; "unknown" for a number without a name.
-KIV_EXPORT std::string_view tunnelTypeText(TunnelType type);
+// "LDP", "IS-IS SR", ...; "type 12" for a number without a name.
+KIV_EXPORT Zam::String tunnelTypeText(TunnelType type);
 
 // The outer header that a tunnel puts in front of its packets; false when it puts none.
 class KIV_EXPORT CachedIpTunnelInfo {
@@ -42,23 +43,20 @@ class KIV_EXPORT CachedTunVia final : public Zam::PtrInterface {
  public:
    struct Via {
       Lumen::IntfId intfId{};
-      Zam::String interface {};
+      Zam::String interface {};   // empty when it stands for something else
       Zam::String nexthopAddr{};  // the unspecified address when the far end is on the link
       bool isConnected = false;   // that it is
       Zam::String nexthopGroupName{};
-      Zam::Ptr<SortedTunViaSet const> sortedTunViaSet{};  // of the further tunnel that the interface stands for
       Lumen::MplsLabelOperation labelStack{};
       Zam::String weight{};  // its share and the sum, among ways of unequal weight
    };
 
    std::string_view fwkType() const noexcept override { return "Tunnel::CliSupport::CachedTunVia"; }
 
-   std::string_view tunnelTypeText() const { return CliSupport::tunnelTypeText(tunnelType(tunnelId)); }
+   Zam::String tunnelTypeText() const { return CliSupport::tunnelTypeText(tunnelType(tunnelId)); }
 
    // What the tunnel is: its type, its index and what else is known of it.
    void printTunnelInfo(cliprint::RendererV2& renderer) const;
-   // The same of the further tunnel that a tunnel runs over.
-   void printResolvingTunnel(cliprint::RendererV2& renderer) const { printTunnelInfo(renderer); }
 
    TunnelId tunnelId = 0;
    Zam::String tunnelName;

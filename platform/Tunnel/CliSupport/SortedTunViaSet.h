@@ -13,16 +13,12 @@
 
 namespace Tunnel::CliSupport {
 
-class SortedTunViaSet;
-
-// One way out of a tunnel. `nested` are the ways of the further tunnel that its interface stands for, null when that is
-// not set up, or too deep to follow.
+// One way out of a tunnel. Its interface may stand for a further tunnel, a FEC or a nexthop group.
 struct SortedTunVia {
    Lumen::IntfId intfId{};
    Lumen::IpGenAddr hop{};
    TunnelFib::EncapId encapId = 0;
    U32 weight = 1;
-   Zam::Ptr<SortedTunViaSet const> nested{};
 
    // By interface before address, as the vias of a route.
    std::strong_ordering operator<=>(SortedTunVia const& other) const noexcept { return key() <=> other.key(); }
