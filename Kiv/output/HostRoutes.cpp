@@ -49,8 +49,11 @@ class HostRouteRendering {
       if (fec && !fec->hasVias() && !Family::isToCpu(route.routeType)) {
          vias_.printCarriers(*fec, column);
       }
+      vias_.checkAndPrintLeftOut(column);
       renderer_.addFrills("\n");
    }
+
+   bool leftOutVias() const noexcept { return vias_.leftOut(); }
 
  private:
    // A single via out of an interface to the very address of the route.
@@ -118,7 +121,7 @@ class HostRouteRendering {
 }  // namespace
 
 template <class Family>
-void printHostRoutes(TableFacts const& facts, RouteOutput const& output, RendererV2& renderer,
+bool printHostRoutes(TableFacts const& facts, RouteOutput const& output, RendererV2& renderer,
                      Zam::OrderedMap<typename Family::Prefix, typename Family::Route> const& routes) {
    if (facts.hardwareWarning) {
       addHardwareWarning(renderer);
@@ -129,9 +132,9 @@ void printHostRoutes(TableFacts const& facts, RouteOutput const& output, Rendere
    BoolAttrInfo const hardware("allRoutesProgrammedHardware", renderer, !facts.hardwareWarning);
    renderer.addAttributes("", disabled.getArg(), hardware.getArg());
    renderer.ioflush();
+   HostRouteRendering<Family> rendering(output, renderer);
    {
       auto const object = JsonScope::object(renderer, "routes");
-      HostRouteRendering<Family> rendering(output, renderer);
       for (auto const& [prefix, route] : routes) {
          rendering.printRoute(route);
          if (!streams(renderer)) {
@@ -141,11 +144,12 @@ void printHostRoutes(TableFacts const& facts, RouteOutput const& output, Rendere
    }
    renderer.addFrills("\n");
    addTimings(renderer, facts.requestTime, facts.printStartTime);
+   return !rendering.leftOutVias();
 }
 
-template void printHostRoutes<Ipv4>(TableFacts const&, RouteOutput const&, RendererV2&,
+template bool printHostRoutes<Ipv4>(TableFacts const&, RouteOutput const&, RendererV2&,
                                     Zam::OrderedMap<Ipv4::Prefix, Ipv4::Route> const&);
-template void printHostRoutes<Ipv6>(TableFacts const&, RouteOutput const&, RendererV2&,
+template bool printHostRoutes<Ipv6>(TableFacts const&, RouteOutput const&, RendererV2&,
                                     Zam::OrderedMap<Ipv6::Prefix, Ipv6::Route> const&);
 
 }  // namespace Kiv

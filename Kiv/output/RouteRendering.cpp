@@ -276,14 +276,6 @@ void RouteRendering<Family>::printFlag(cliprint::AttrName name, bool value) {
 }
 
 template <class Family>
-void RouteRendering<Family>::printLeftOut(std::size_t indent) {
-   renderer_.startLine(indent);
-   renderer_.addFrills("more than %u vias, further ones are not shown", ViaBudget::maxOfRoute);
-   printFlag("viasLeftOut", true);
-   leftOutVias_ = true;
-}
-
-template <class Family>
 void RouteRendering<Family>::printConnected(Line const& line) {
    if constexpr (Family::viasShareRouteLine) {
       renderer_.addFrills(" is directly connected");
@@ -339,9 +331,7 @@ void RouteRendering<Family>::printVias(Line const& line, RouteBody kind, std::si
    if (line.fec) {
       vias_.tunnels().checkAndPrintCbfInfo(line.fec->classes(), indent);
    }
-   if (vias_.leftOut()) {
-      printLeftOut(indent);
-   }
+   vias_.checkAndPrintLeftOut(indent);
    renderer_.addFrills("\n");
 }
 

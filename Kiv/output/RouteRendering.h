@@ -45,7 +45,7 @@ class RouteRendering {
    // Nothing for a nexthop group route to group 0, or without a group or any other way.
    void printRoute(Route const& route) { printRoute(route, output_.display.find(route.fecId)); }
    // Some route has more vias than were printed; what there is of it says so.
-   bool leftOutVias() const noexcept { return leftOutVias_; }
+   bool leftOutVias() const noexcept { return vias_.leftOut(); }
 
  private:
    using FecNumber = FecStore::Number;
@@ -73,14 +73,12 @@ class RouteRendering {
    void printPreference(Route const& route);
    void printSrcVrf(Line const& line);
    void printFlag(cliprint::AttrName name, bool value);
-   void printLeftOut(std::size_t indent);
    static std::size_t viaColumn(Route const& route, std::size_t headWidth);
 
    RouteOutput output_;
    cliprint::RendererV2& renderer_;
    FecRecordings recordings_;
    ViaRendering vias_;
-   bool leftOutVias_ = false;
    std::array<std::optional<cliprint::Recording>, 64> columns_{};  // by route type
 };
 

@@ -59,8 +59,9 @@ extern template class RouteTable<Ipv4>;
 extern template class RouteTable<Ipv6>;
 
 // The host route table: what the box receives, broadcasts to and reaches directly, an address a line.
+// False when some route has more vias than are shown.
 template <class Family>
-void printHostRoutes(TableFacts const& facts, RouteOutput const& output, cliprint::RendererV2& renderer,
+bool printHostRoutes(TableFacts const& facts, RouteOutput const& output, cliprint::RendererV2& renderer,
                      Zam::OrderedMap<typename Family::Prefix, typename Family::Route> const& routes);
 
 }  // namespace Kiv

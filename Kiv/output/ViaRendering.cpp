@@ -146,6 +146,17 @@ void ViaRendering::printViaLine(DisplayVia const& via) {
    printViaDetails(via);
 }
 
+void ViaRendering::checkAndPrintLeftOut(std::size_t column) {
+   if (!budget_.isExceeded()) {
+      return;
+   }
+   renderer_.startLine(column);
+   renderer_.addFrills("more than %u vias, further ones are not shown", ViaBudget::maxOfRoute);
+   cliprint::BoolAttrInfo const flag("viasLeftOut", renderer_, true);
+   renderer_.addAttributes("", flag.getArg());
+   leftOut_ = true;
+}
+
 void ViaRendering::printViaDetails(DisplayVia const& via) {
    if (via.isBackup) {
       StringAttrInfo const viaType("viaType", renderer_, "backup");

@@ -27,8 +27,10 @@ class ViaRendering {
 
    // Before each route.
    void reset() noexcept { budget_.reset(); }
-   // The route has more vias than were printed of it.
-   bool leftOut() const noexcept { return budget_.isExceeded(); }
+   // Behind each route: says so in that column when it has more vias than were printed of it.
+   void checkAndPrintLeftOut(std::size_t column);
+   // Some route did.
+   bool leftOut() const noexcept { return leftOut_; }
    TunnelRendering& tunnels() noexcept { return tunnels_; }
 
    // The vias of a FEC, the first one on the line where it stands when the layout wants that, the others `indent`
@@ -74,6 +76,7 @@ class ViaRendering {
    ViaLayout layout_;
    cliprint::RendererV2& renderer_;
    ViaBudget budget_;
+   bool leftOut_ = false;
    TunnelRendering tunnels_;
 };
 

@@ -143,8 +143,7 @@ bool RouteSorterOf<Family>::formatOutput(cliprint::RendererV2& renderer) {
                             .nexthopGroupDisplay = inputs_.nexthopGroupDisplay,
                             .showLocalInterface = inputs_.showLocalInterface};
    if (inputs_.hostRoutes) {
-      printHostRoutes<Family>(facts, output, renderer, sortedRoute());
-      return true;
+      return printHostRoutes<Family>(facts, output, renderer, sortedRoute());
    }
    RouteTable<Family> table(facts, output, renderer);
    bool const isCounted = Family::hasTableHeader && inputs_.prefix.isNullPrefix();
