@@ -2,11 +2,11 @@
 
 #include "programs/kernel/NextHops.h"
 #include "programs/kernel/RouteKind.h"
-#include "programs/kernel/Rtnl.h"
 #include "programs/kernel/Topology.h"
 #include "programs/kernel/Tunnels.h"
 #include "state/Family.h"
 
+#include <linux/rtnetlink.h>
 #include <algorithm>
 #include <fstream>
 #include <iterator>
@@ -52,7 +52,7 @@ class RouteMapper {
          tunnels_(tunnels),
          fecIds_(fecIds) {}
 
-   void map(std::vector<KernelRoute> const& routes) {
+   void map(KernelRoutes const& routes) {
       std::vector<Candidate> candidates;
       for (KernelRoute const& route : routes) {
          if (auto candidate = candidateOf(route)) {
@@ -212,30 +212,29 @@ void ForwardingIds::nextReading() {
    labelStacks.nextReading();
 }
 
-state::State stateFrom(Dumps const& dumps) {
+state::State stateFrom(Model const& model) {
    ForwardingIds ids;
-   return stateFrom(dumps, ids);
+   return stateFrom(model, ids);
 }
 
-state::State stateFrom(Dumps const& dumps, ForwardingIds& ids) {
-   Topology const topology(parseLinks(dumps.links), parseAddresses(dumps.addresses));
-   NextHops const nextHops(dumps.nextHops.empty() ? std::vector<NextHop>{} : parseNextHops(dumps.nextHops));
+state::State stateFrom(Model const& model, ForwardingIds& ids) {
+   Topology const topology(model);
+   NextHops const nextHops(model.nextHops());
    state::State state;
    state.interfaces = topology.interfaces();
    state.vrfs = topology.vrfs();
    Tunnels tunnels(state, topology, ids.tunnels, ids.labelStacks);
-   auto const map = [&]<class Family>(Family, Bytes routes) {
-      RouteMapper<Family>(state, topology, nextHops, tunnels, ids.*Family::ids)
-          .map(parseRoutes(routes, Family::family));
+   auto const map = [&]<class Family>(Family) {
+      RouteMapper<Family>(state, topology, nextHops, tunnels, ids.*Family::ids).map(model.routes(Family::family));
    };
-   map(Ip4(), dumps.routes4);
-   map(Ip6(), dumps.routes6);
+   map(Ip4());
+   map(Ip6());
    ids.nextReading();
    return state;
 }
 
 state::State readMachine() {
-   state::State state = stateFrom(readDumps());
+   state::State state = stateFrom(Model(readDumps()));
    for (state::VrfState& vrf : state.vrfs) {
       vrf.routing = forwards("/proc/sys/net/ipv4/conf/all/forwarding");
       vrf.routing6 = forwards("/proc/sys/net/ipv6/conf/all/forwarding");

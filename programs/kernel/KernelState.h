@@ -1,7 +1,6 @@
 #pragma once
 
-#include "programs/kernel/Rtnl.h"
-#include "programs/kernel/RtnlSocket.h"
+#include "programs/kernel/Model.h"
 #include "programs/kernel/StableIds.h"
 #include "state/State.h"
 
@@ -23,7 +22,7 @@ struct ForwardingIds {
 // The machine, as seen from the caller's network namespace.
 state::State readMachine();
 
-state::State stateFrom(Dumps const& dumps);
-state::State stateFrom(Dumps const& dumps, ForwardingIds& ids);
+state::State stateFrom(Model const& model);
+state::State stateFrom(Model const& model, ForwardingIds& ids);
 
 }  // namespace kernel

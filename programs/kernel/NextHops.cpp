@@ -1,15 +1,6 @@
 #include "programs/kernel/NextHops.h"
 
-#include <utility>
-
 namespace kernel {
-
-NextHops::NextHops(std::vector<NextHop> nextHops) {
-   for (NextHop& nextHop : nextHops) {
-      U32 const id = nextHop.id;
-      byId_.insert_or_assign(id, std::move(nextHop));
-   }
-}
 
 Resolved NextHops::resolve(KernelRoute const& route, Topology const& topology) const {
    Resolved resolved;

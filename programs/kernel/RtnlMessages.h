@@ -38,7 +38,9 @@ inline void throwReported(Message const& message) {
    }
 }
 
-// Calls visit(payload) for each message of `type` up to NLMSG_DONE, with which the dump must end.
+// Calls visit(message) for each message of `type` up to NLMSG_DONE, with which the dump must end. A dump is the bytes
+// of its messages one after another, as read from the socket: one that is cut off or carries the kernel's own error
+// throws RtnlError, one that the kernel marked as inconsistent DumpInterrupted.
 template <class Visit>
 void forEachMessage(Bytes dump, U16 type, Visit&& visit) {
    for (ByteReader in(dump); !in.atEnd();) {
@@ -52,12 +54,20 @@ void forEachMessage(Bytes dump, U16 type, Visit&& visit) {
       if (message.type == NLMSG_ERROR) {
          throwReported(message);
       } else if (message.type == type) {
-         visit(message.payload);
+         visit(message);
       } else if (message.type != NLMSG_NOOP) {
          throw RtnlError("rtnetlink: unexpected message of type " + std::to_string(message.type));
       }
    }
    throw RtnlError("rtnetlink: dump cut off");
 }
+
+// What one datagram of a dump says about the dump.
+struct DatagramState {
+   bool last = false;         // it ends the dump: with NLMSG_DONE or an error
+   bool interrupted = false;  // what is dumped changed meanwhile
+   int error = 0;             // errno that the kernel answers instead of a dump
+};
+DatagramState inspectDatagram(Bytes datagram);
 
 }  // namespace kernel

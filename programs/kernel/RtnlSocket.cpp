@@ -1,6 +1,6 @@
 #include "programs/kernel/RtnlSocket.h"
 
-#include "programs/kernel/Rtnl.h"
+#include "programs/kernel/RtnlMessages.h"
 
 #include <libmnl/libmnl.h>
 #include <linux/if_addr.h>

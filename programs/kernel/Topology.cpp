@@ -6,6 +6,7 @@
 #include <linux/rtnetlink.h>
 #include <net/if.h>
 #include <algorithm>
+#include <ranges>
 #include <unordered_set>
 
 namespace kernel {
@@ -33,31 +34,32 @@ state::VrfState vrfOf(Link const& device) {
 
 }  // namespace
 
-Topology::Topology(std::vector<Link> const& links, std::vector<Address> const& addresses) {
+Topology::Topology(Model const& model) {
+   auto const& links = model.links();
    addVrfs(links);
    std::unordered_map<U32, U32> tableOfVrfDevice;
-   for (Link const& link : links) {
+   for (auto const& [index, link] : links) {
       if (isVrf(link)) {
-         tableOfVrfDevice[link.index] = link.vrfTable;
+         tableOfVrfDevice[index] = link.vrfTable;
       }
    }
    std::unordered_set<Lumen::IntfId> names;
-   for (Link const& link : links) {
-      auto const device = tableOfVrfDevice.find(isVrf(link) ? link.index : link.master);
+   for (auto const& [index, link] : links) {
+      auto const device = tableOfVrfDevice.find(isVrf(link) ? index : link.master);
       auto const vrf = device != tableOfVrfDevice.end() ? vrfOfTable(device->second) : std::nullopt;
       addInterface(link, vrfs_[vrf.value_or(0)].id);
       if (!names.insert(interfaces_.back().intfId).second) {
          throw RtnlError("rtnetlink: two links named " + link.name);
       }
    }
-   for (Address const& address : addresses) {
-      addAddress(address);
+   for (auto const& [link, addresses] : model.addresses().byLink()) {
+      std::ranges::for_each(addresses, [&](Address const& address) { addAddress(address); });
    }
 }
 
-void Topology::addVrfs(std::vector<Link> const& links) {
+void Topology::addVrfs(std::map<U32, Link> const& links) {
    vrfs_.emplace_back();
-   for (Link const& link : links) {
+   for (Link const& link : std::views::values(links)) {
       bool const isOwnTable = link.vrfTable != RT_TABLE_UNSPEC && link.vrfTable != RT_TABLE_MAIN &&
                               link.vrfTable != RT_TABLE_LOCAL && link.vrfTable != Vrf::VrfIdMap::noVrf;
       if (isVrf(link) && isOwnTable && std::ranges::find(vrfs_, link.vrfTable, &state::VrfState::id) == vrfs_.end()) {
@@ -74,9 +76,7 @@ void Topology::addVrfs(std::vector<Link> const& links) {
 }
 
 void Topology::addInterface(Link const& link, state::VrfId vrfId) {
-   if (!interfaceByIndex_.emplace(link.index, interfaces_.size()).second) {
-      throw RtnlError("rtnetlink: two links of index " + std::to_string(link.index));
-   }
+   interfaceByIndex_.emplace(link.index, interfaces_.size());
    interfaces_.push_back({.intfId = nameOf(link),
                           .description = link.alias,
                           .vrfId = vrfId,

@@ -2,9 +2,10 @@
 
 #include "Lumen/IntfId.h"
 #include "Lumen/IpGenPrefix.h"
-#include "programs/kernel/Rtnl.h"
+#include "programs/kernel/Model.h"
 #include "state/State.h"
 
+#include <map>
 #include <optional>
 #include <set>
 #include <unordered_map>
@@ -14,11 +15,11 @@
 namespace kernel {
 
 // The machine's links and VRFs: what routes refer to by link index and table number. The tables main and local make up
-// the VRF "default"; each VRF device makes a VRF of its name with its table's number as id. Throws RtnlError for links
-// that are told apart neither by name nor by index.
+// the VRF "default"; each VRF device makes a VRF of its name with its table's number as id. Throws RtnlError for two
+// links of one name.
 class Topology {
  public:
-   Topology(std::vector<Link> const& links, std::vector<Address> const& addresses);
+   explicit Topology(Model const& model);
 
    // Position of the VRF to which the table belongs; none for a table of policy routing.
    std::optional<std::size_t> vrfOfTable(U32 table) const;
@@ -33,7 +34,7 @@ class Topology {
    std::vector<state::VrfState> const& vrfs() const { return vrfs_; }  // without routes, in the order of their ids
 
  private:
-   void addVrfs(std::vector<Link> const& links);
+   void addVrfs(std::map<U32, Link> const& links);
    void addInterface(Link const& link, state::VrfId vrfId);
    void addAddress(Address const& address);
 

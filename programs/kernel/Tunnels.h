@@ -1,6 +1,6 @@
 #pragma once
 
-#include "programs/kernel/Rtnl.h"
+#include "programs/kernel/Records.h"
 #include "programs/kernel/StableIds.h"
 #include "programs/kernel/Topology.h"
 #include "state/State.h"

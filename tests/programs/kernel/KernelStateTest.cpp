@@ -7,12 +7,12 @@ namespace kernelTest {
 TEST(RecordedMachine, hasTheRoutesAndInterfacesThatIpShows) {
    for (char const* const name : {"up", "carrierdown", "linkdown"}) {
       kernel::Dumps dumps = recordedDumps(name);
-      Lines const lines = allLines(kernel::stateFrom(dumps));
+      Lines const lines = allLines(kernel::stateFrom(kernel::Model(dumps)));
       EXPECT_GT(lines.size(), 150U);
       EXPECT_EQ(difference(lines, shownLines(dataOf(name))), Lines()) << name;
       // Without the next-hop objects, what the routes tell about themselves stands in.
       dumps.nextHops.clear();
-      EXPECT_EQ(difference(allLines(kernel::stateFrom(dumps)), lines), Lines()) << name;
+      EXPECT_EQ(difference(allLines(kernel::stateFrom(kernel::Model(dumps))), lines), Lines()) << name;
    }
 }
 
@@ -21,8 +21,8 @@ void expectKept(std::vector<Fec> const& fecs, Hops& idsOf, int& kept) {
    for (Fec const& fec : fecs) {
       std::string text = std::to_string(fec.fecId.value() >> 56U);
       for (auto const& via : fec.vias) {
-         text += " " + via.hop.stringValue() + " " + via.intfId.stringValue() + " " + std::to_string(via.weight.raw()) + " " +
-                 std::to_string(via.label.raw()) + " " + std::to_string(via.tunnelId);
+         text += " " + via.hop.stringValue() + " " + via.intfId.stringValue() + " " + std::to_string(via.weight.raw()) +
+                 " " + std::to_string(via.label.raw()) + " " + std::to_string(via.tunnelId);
       }
       auto const [place, isNew] = idsOf.try_emplace(text, fec.fecId.value());
       EXPECT_EQ(place->second, fec.fecId.value()) << text;
@@ -36,7 +36,7 @@ TEST(RecordedMachine, keepsItsIds) {
    int kept = 0;
    std::map<std::string, U64> before;
    for (char const* const name : {"up", "carrierdown", "linkdown", "up"}) {
-      state::State const state = kernel::stateFrom(recordedDumps(name), ids);
+      state::State const state = kernel::stateFrom(kernel::Model(recordedDumps(name)), ids);
       std::map<std::string, U64> idsOf = before;
       expectKept(state.fecs, idsOf, kept);
       expectKept(state.fecs6, idsOf, kept);
@@ -46,7 +46,8 @@ TEST(RecordedMachine, keepsItsIds) {
       EXPECT_TRUE(state::parseSnapshot(name, state::snapshotText(state)) == state) << name;
    }
    EXPECT_GT(kept, 30);
-   EXPECT_TRUE(kernel::stateFrom(recordedDumps("up")) == kernel::stateFrom(recordedDumps("up")));
+   EXPECT_TRUE(kernel::stateFrom(kernel::Model(recordedDumps("up"))) ==
+               kernel::stateFrom(kernel::Model(recordedDumps("up"))));
 }
 
 TEST(StableIds, areCountedByUse) {

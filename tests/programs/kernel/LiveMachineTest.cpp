@@ -2,6 +2,7 @@
 #include "tests/Vault/VaultTesting.h"
 #include "tests/programs/kernel/RouteLines.h"
 
+#include <linux/rtnetlink.h>
 #include <sched.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
@@ -103,6 +104,97 @@ void compareLinkStates() {
    EXPECT_EQ(difference(routeLines(kernel::readMachine()), before), Lines());
 }
 
+// Of all kinds that are dumped, from when it is made on.
+class Notifications {
+ public:
+   Notifications() : socket_(::socket(AF_NETLINK, SOCK_RAW | SOCK_NONBLOCK | SOCK_CLOEXEC, NETLINK_ROUTE)) {
+      sockaddr_nl address{};
+      address.nl_family = AF_NETLINK;
+      EXPECT_EQ(::bind(socket_, reinterpret_cast<sockaddr const*>(&address), sizeof address), 0);
+      for (int const group : {RTNLGRP_LINK, RTNLGRP_IPV4_IFADDR, RTNLGRP_IPV6_IFADDR, RTNLGRP_IPV4_ROUTE,
+                              RTNLGRP_IPV6_ROUTE, RTNLGRP_NEXTHOP}) {
+         EXPECT_EQ(::setsockopt(socket_, SOL_NETLINK, NETLINK_ADD_MEMBERSHIP, &group, sizeof group), 0);
+      }
+   }
+   ~Notifications() { ::close(socket_); }
+
+   void giveTo(kernel::Model& model) {
+      std::vector<std::byte> datagram(1 << 16);
+      for (ssize_t count = 0; (count = ::recv(socket_, datagram.data(), datagram.size(), 0)) > 0;) {
+         model.notify(kernel::Bytes(datagram).first(static_cast<std::size_t>(count)));
+      }
+   }
+
+ private:
+   int socket_;
+};
+
+// After each of the commands the model that follows them is as one that is read anew. Each makes a difference, be it
+// only to what one of the next ones reveals.
+void compareNotified() {
+   Notifications notifications;
+   kernel::Model model(kernel::readDumps());
+   std::istringstream commands(R"(route add 10.20.0.0/16 via 192.0.2.2
+route append 10.20.0.0/16 via 192.0.2.4
+route prepend 10.20.0.0/16 via 192.0.2.5
+route append 10.20.0.0/16 proto bgp nexthop via 192.0.2.2 weight 3 nexthop via 192.0.2.130
+route add 10.20.0.0/16 tos 10 via 192.0.2.6
+route add 10.20.0.0/16 metric 5 via 192.0.2.6
+route replace 10.20.0.0/16 via 192.0.2.7
+route del 10.20.0.0/16 via 192.0.2.7
+route del 10.20.0.0/16 via 192.0.2.2
+route del 10.20.0.0/16 via 192.0.2.4
+route del 10.20.0.0/16
+route del 10.20.0.0/16 tos 10
+route del 10.20.0.0/16 metric 5
+route replace 10.2.0.0/16 via 192.0.2.2
+route del default metric 10
+nexthop replace id 1 via 192.0.2.9 dev a0
+nexthop del id 2
+route replace 10.8.0.0/16 nhid 1
+nexthop replace id 3 via 192.0.2.9 dev a0
+-6 route append 2001:db8:10::/48 via 2001:db8:2::7 dev b0
+-6 route append 2001:db8:10::/48 via 2001:db8:2::5 dev b0 metric 9
+-6 route del 2001:db8:10::/48 via 2001:db8:1::2 dev a0
+-6 route del 2001:db8:10::/48 via fe80::9 dev b0
+-6 route append 2001:db8:10::/48 dev a0 metric 7
+-6 route append 2001:db8:10::/48 dev b0 metric 7
+-6 route replace 2001:db8:10::/48 via 2001:db8:2::8 dev b0
+-6 route replace 2001:db8:10::/48 nexthop via 2001:db8:2::9 dev b0 nexthop via 2001:db8:1::9 dev a0
+-6 route del 2001:db8:10::/48 dev a0 metric 7
+-6 route del 2001:db8:10::/48 metric 7
+-6 route del 2001:db8:10::/48 metric 9
+-6 route replace 2001:db8:11::/48 via 2001:db8:1::2
+-6 route del 2001:db8:11::/48
+addr add 192.0.2.1/32 dev a0 scope link
+addr add 192.0.2.5/26 dev a0
+addr add 192.0.2.4/25 dev a0
+addr del 192.0.2.3/25 dev a0
+addr del 192.0.2.1/25 dev a0
+-6 addr add 2001:db8:1::3/64 dev a0 nodad
+-6 addr add fe80::77/64 dev a0 nodad
+-6 addr del 2001:db8:1::1/64 dev a0
+link add c0 type veth peer name c1
+link set c0 up
+link set c0 alias text
+link set c0 down
+link set c0 name c2
+link del c2
+)");
+   for (std::string command; std::getline(commands, command);) {
+      EXPECT_EQ(outputOf("ip " + command), "") << command;
+      bool isEqual = false;
+      for (int attempt = 0; attempt < 100 && !isEqual; ++attempt) {
+         std::this_thread::sleep_for(std::chrono::milliseconds(attempt));
+         notifications.giveTo(model);
+         isEqual = kernel::stateFrom(model) == kernel::stateFrom(kernel::Model(kernel::readDumps()));
+      }
+      state::State const anew = kernel::stateFrom(kernel::Model(kernel::readDumps()));
+      ASSERT_TRUE(isEqual) << command
+                           << testing::PrintToString(difference(allLines(kernel::stateFrom(model)), allLines(anew)));
+   }
+}
+
 }  // namespace
 
 TEST(LiveMachine, isReadAgainWhenTheSocketRanOver) {
@@ -115,16 +207,18 @@ TEST(LiveMachine, isReadAgainWhenTheSocketRanOver) {
    overruns = 0;
 }
 
-TEST(LiveMachine, hasTheRoutesThatIpRouteShows) {
-   std::string obstacle;
-   std::thread([&] {
-      obstacle = enterEmptyNamespace();
-      if (obstacle.empty()) {
-         EXPECT_NO_THROW(compareLinkStates());
+TEST(LiveMachine, hasTheRoutesThatIpRouteShowsAndFollowsWhatIsNotified) {
+   for (auto const compareAll : {compareLinkStates, compareNotified}) {
+      std::string obstacle;
+      std::thread([&] {
+         obstacle = enterEmptyNamespace();
+         if (obstacle.empty()) {
+            EXPECT_NO_THROW(compareAll());
+         }
+      }).join();
+      if (!obstacle.empty()) {
+         GTEST_SKIP() << obstacle;
       }
-   }).join();
-   if (!obstacle.empty()) {
-      GTEST_SKIP() << obstacle;
    }
 }
 

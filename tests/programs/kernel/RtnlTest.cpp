@@ -1,6 +1,5 @@
-#include "programs/kernel/Rtnl.h"
-
 #include "programs/kernel/KernelState.h"
+#include "programs/kernel/RtnlMessages.h"
 #include "state/Inputs.h"
 #include "tests/programs/kernel/DumpBuilder.h"
 #include "tests/programs/kernel/RouteLines.h"
@@ -58,8 +57,19 @@ Attributes encapsulated(U16 type, Attributes const& encap) {
    return addEncap(route, type, encap);
 }
 
+// A machine of which one dump tells something.
+kernel::Model modelOf(ByteVector kernel::Dumps::*part, ByteVector dump) {
+   ByteVector const nothing = DumpBuilder().done();
+   kernel::Dumps dumps{nothing, nothing, {}, nothing, nothing};
+   dumps.*part = std::move(dump);
+   return kernel::Model(dumps);
+}
+
 std::vector<kernel::KernelRoute> routesOf(Attributes const& attributes) {
-   return kernel::parseRoutes(DumpBuilder().add(RTM_NEWROUTE, routeHeader(), attributes).done(), AddressFamily::ipv4);
+   auto const model =
+       modelOf(&kernel::Dumps::routes4, DumpBuilder().add(RTM_NEWROUTE, routeHeader(), attributes).done());
+   auto const& routes = model.routes(AddressFamily::ipv4);
+   return {routes.begin(), routes.end()};
 }
 
 // All the ways in which a State may rely on what it was made from.
@@ -114,13 +124,13 @@ void expectSound(state::State const& state) {
 
 TEST(RtnlRefusal, ofWhatTheKernelReports) {
    ByteVector const error = DumpBuilder().add(NLMSG_ERROR, nlmsgerr{-EPERM, {}}).bytes();
-   EXPECT_EQ(testsupport::complaintOf<RtnlError>([&] { kernel::parseLinks(error); }),
+   EXPECT_EQ(testsupport::complaintOf<RtnlError>([&] { modelOf(&kernel::Dumps::links, error); }),
              "rtnetlink: the kernel answers: Operation not permitted");
-   EXPECT_EQ(testsupport::complaintOf<RtnlError>([&] { kernel::parseLinks(DumpBuilder().done(-ENOBUFS)); }),
+   EXPECT_EQ(testsupport::complaintOf<RtnlError>([&] { modelOf(&kernel::Dumps::links, DumpBuilder().done(-ENOBUFS)); }),
              "rtnetlink: the kernel answers: No buffer space available");
    ByteVector const interrupted =
        DumpBuilder().add(RTM_NEWROUTE, routeHeader(), tenSlashEight(), NLM_F_DUMP_INTR).done();
-   EXPECT_THROW(kernel::parseRoutes(interrupted, AddressFamily::ipv4), kernel::DumpInterrupted);
+   EXPECT_THROW(modelOf(&kernel::Dumps::routes4, interrupted), kernel::DumpInterrupted);
 
    auto const errorState = kernel::inspectDatagram(error);
    EXPECT_TRUE(errorState.last && errorState.error == EPERM && !errorState.interrupted);
@@ -155,19 +165,17 @@ TEST(RtnlRefusal, ofImproperAttributes) {
         }) {
       EXPECT_THROW(routesOf(attributes), RtnlError) << what;
    }
-   EXPECT_THROW(kernel::parseRoutes(DumpBuilder().add(RTM_NEWROUTE, routeHeader(AF_INET, 33), tenSlashEight()).done(),
-                                    AddressFamily::ipv4),
-                RtnlError);
-   EXPECT_THROW(kernel::parseLinks(DumpBuilder().add(RTM_NEWLINK, ifinfomsg{}).done()), RtnlError);
-   EXPECT_THROW(
-       kernel::parseLinks(
-           DumpBuilder().add(RTM_NEWLINK, ifinfomsg{}, Attributes().add(IFLA_IFNAME, "sixteenbyteslong")).done()),
-       RtnlError);
-   EXPECT_THROW(kernel::parseNextHops(
-                    DumpBuilder()
-                        .add(RTM_NEWNEXTHOP, nhmsg{}, Attributes().add(NHA_GROUP, nexthop_grp{1, 0xff, 0xff, 0}))
-                        .done()),
-                RtnlError);
+   using D = kernel::Dumps;
+   Attributes const longName = Attributes().add(IFLA_IFNAME, "sixteenbyteslong");
+   Attributes const heavy = Attributes().add(NHA_GROUP, nexthop_grp{1, 0xff, 0xff, 0});
+   for (auto const& [part, dump] : {
+            std::pair{&D::routes4, DumpBuilder().add(RTM_NEWROUTE, routeHeader(AF_INET, 33), tenSlashEight())},
+            {&D::links, DumpBuilder().add(RTM_NEWLINK, ifinfomsg{})},
+            {&D::links, DumpBuilder().add(RTM_NEWLINK, ifinfomsg{}, longName)},
+            {&D::nextHops, DumpBuilder().add(RTM_NEWNEXTHOP, nhmsg{}, heavy)},
+        }) {
+      EXPECT_THROW(modelOf(part, DumpBuilder(dump).done()), RtnlError);
+   }
 }
 
 TEST(RtnlRoutes, skipWhatIsUnknownAndReadTheRest) {
@@ -181,17 +189,15 @@ TEST(RtnlRoutes, skipWhatIsUnknownAndReadTheRest) {
 
    // A kernel without IPv6 answers with its IPv4 routes when it is asked for the IPv6 ones.
    ByteVector const ip4 = DumpBuilder().add(RTM_NEWROUTE, routeHeader(), tenSlashEight()).done();
-   EXPECT_TRUE(kernel::parseRoutes(ip4, AddressFamily::ipv6).empty());
+   auto const model = modelOf(&kernel::Dumps::routes6, ip4);
+   EXPECT_EQ(model.routes(AddressFamily::ipv6).begin(), model.routes(AddressFamily::ipv6).end());
+   EXPECT_EQ(model.routes(AddressFamily::ipv4).begin(), model.routes(AddressFamily::ipv4).end());
 }
 
 TEST(RtnlNextHops, readWeightsBeyondAByte) {
-   auto const nextHops = kernel::parseNextHops(
-       DumpBuilder()
-           .add(RTM_NEWNEXTHOP, nhmsg{}, Attributes().add(NHA_ID, U32{9}).add(NHA_GROUP, nexthop_grp{1, 0x2b, 1, 0}))
-           .done());
-   ASSERT_EQ(nextHops.size(), 1U);
-   ASSERT_EQ(nextHops[0].group.size(), 1U);
-   EXPECT_EQ(nextHops[0].group[0].weight, 300);
+   Attributes const group = Attributes().add(NHA_ID, U32{9}).add(NHA_GROUP, nexthop_grp{1, 0x2b, 1, 0});
+   auto const model = modelOf(&kernel::Dumps::nextHops, DumpBuilder().add(RTM_NEWNEXTHOP, nhmsg{}, group).done());
+   EXPECT_EQ(model.nextHops().at(9).group.at(0).weight, 300);
 }
 
 // A machine of the links "eth0" (1, with 10.0.0.1/8), a VRF device (2) and its member (3).
@@ -218,8 +224,8 @@ class BuiltMachine : public testing::Test {
    void route(rtmsg const& header, Attributes const& attributes) { routes_.add(RTM_NEWROUTE, header, attributes); }
 
    state::State state() {
-      state::State const state =
-          kernel::stateFrom({links_.done(), addresses_.done(), nextHops_.done(), routes_.done(), DumpBuilder().done()});
+      state::State const state = kernel::stateFrom(
+          kernel::Model({links_.done(), addresses_.done(), nextHops_.done(), routes_.done(), DumpBuilder().done()}));
       expectSound(state);
       return state;
    }
@@ -394,20 +400,16 @@ TEST_F(BuiltMachine, tellsWhatTunnelDevicesPutInFront) {
    EXPECT_THROW(state(), RtnlError);
 }
 
+constexpr ByteVector kernel::Dumps::*parts[]{&kernel::Dumps::links, &kernel::Dumps::addresses, &kernel::Dumps::nextHops,
+                                             &kernel::Dumps::routes4, &kernel::Dumps::routes6};
+
 TEST(RtnlFuzz, everyCutIsNoticed) {
-   using Parse = void (*)(kernel::Bytes);
    kernel::Dumps const dumps = recordedDumps("up");
-   std::pair<ByteVector const&, Parse> const cases[]{
-       {dumps.links, [](kernel::Bytes bytes) { kernel::parseLinks(bytes); }},
-       {dumps.addresses, [](kernel::Bytes bytes) { kernel::parseAddresses(bytes); }},
-       {dumps.nextHops, [](kernel::Bytes bytes) { kernel::parseNextHops(bytes); }},
-       {dumps.routes4, [](kernel::Bytes bytes) { kernel::parseRoutes(bytes, AddressFamily::ipv4); }},
-       {dumps.routes6, [](kernel::Bytes bytes) { kernel::parseRoutes(bytes, AddressFamily::ipv6); }},
-   };
-   for (auto const& [dump, parse] : cases) {
-      for (std::size_t size = 0; size < dump.size(); size += dump.size() < 8000 ? 1 : 13) {
+   for (auto const part : parts) {
+      ByteVector const& dump = dumps.*part;
+      for (std::size_t size = 1; size < dump.size(); size += dump.size() < 8000 ? 1 : 13) {
          ByteVector const cut(dump.begin(), dump.begin() + static_cast<std::ptrdiff_t>(size));
-         EXPECT_THROW(parse(cut), RtnlError) << size << " of " << dump.size();
+         EXPECT_THROW(modelOf(part, cut), RtnlError) << size << " of " << dump.size();
       }
    }
 }
@@ -415,8 +417,6 @@ TEST(RtnlFuzz, everyCutIsNoticed) {
 TEST(RtnlFuzz, changedBytesAreRefusedOrYieldASoundState) {
    std::mt19937 random(20260101);
    kernel::Dumps const whole = recordedDumps("up");
-   ByteVector kernel::Dumps::*const parts[]{&kernel::Dumps::links, &kernel::Dumps::addresses, &kernel::Dumps::nextHops,
-                                            &kernel::Dumps::routes4, &kernel::Dumps::routes6};
    int accepted = 0;
    constexpr int rounds = 1500;
    for (int round = 0; round < rounds; ++round) {
@@ -426,7 +426,7 @@ TEST(RtnlFuzz, changedBytesAreRefusedOrYieldASoundState) {
          dump[random() % dump.size()] ^= std::byte(1U << random() % 8);
       }
       try {
-         expectSound(kernel::stateFrom(dumps));
+         expectSound(kernel::stateFrom(kernel::Model(dumps)));
          ++accepted;
       } catch (RtnlError const&) {
       }

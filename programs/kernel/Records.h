@@ -4,19 +4,14 @@
 #include "Lumen/IpGenPrefix.h"
 #include "Lumen/MplsLabel.h"
 #include "Zam/Int.h"
-#include "programs/kernel/RtnlBytes.h"
 #include "programs/kernel/RtnlEncap.h"
 
+#include <compare>
 #include <memory>
 #include <string>
 #include <vector>
 
-// The records of rtnetlink dumps: links, addresses, next hops and routes, as the kernel tells them, only decoded.
-//
-// A dump is the bytes of its messages one after another, as read from the socket, NLMSG_DONE included. The parsers
-// accept exactly that: a dump that is cut off, holds anything of a wrong size or carries the kernel's own error throws
-// RtnlError, one that the kernel marked as inconsistent DumpInterrupted. Attributes they do not know are skipped, and
-// so are messages of other address families (a kernel without IPv6 answers with IPv4 routes when asked for IPv6 ones).
+// What rtnetlink tells about: links, addresses, next hops and routes, as the kernel has them.
 namespace kernel {
 
 struct Link {
@@ -34,7 +29,8 @@ struct Address {
    U32 link = 0;
    Lumen::IpGenAddr local;
    U8 length = 0;
-   U8 scope = 0;  // RT_SCOPE_*
+   U8 scope = 0;            // RT_SCOPE_*
+   bool secondary = false;  // IPv4: of a subnet in which the link has another address already
 };
 
 struct Hop {
@@ -74,18 +70,5 @@ struct KernelRoute {
    U32 nextHopId = 0;  // the next-hop object that the route uses, 0 for none
    std::vector<Hop> hops;
 };
-
-std::vector<Link> parseLinks(Bytes dump);
-std::vector<Address> parseAddresses(Bytes dump);
-std::vector<NextHop> parseNextHops(Bytes dump);
-std::vector<KernelRoute> parseRoutes(Bytes dump, Lumen::AddressFamily family);
-
-// What one datagram of a dump says about the dump.
-struct DatagramState {
-   bool last = false;         // it ends the dump: with NLMSG_DONE or an error
-   bool interrupted = false;  // what is dumped changed meanwhile
-   int error = 0;             // errno that the kernel answers instead of a dump
-};
-DatagramState inspectDatagram(Bytes datagram);
 
 }  // namespace kernel

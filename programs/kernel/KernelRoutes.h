@@ -1,0 +1,42 @@
+#pragma once
+
+#include "programs/kernel/Records.h"
+
+#include <set>
+#include <tuple>
+
+namespace kernel {
+
+// The routes of one family, in the order in which the kernel looks at those of one prefix. Its key is the table, the
+// prefix, the type of service and the priority; of routes with one key the first is used (IPv4), or each stands for
+// itself, but for those with a gateway, which are the legs of one (IPv6).
+class KernelRoutes {
+   struct InOrder {
+      bool operator()(KernelRoute const& one, KernelRoute const& other) const {
+         auto const key = [](KernelRoute const& r) {
+            return std::tie(r.table, r.prefix, r.sourceLength, r.tos, r.metric);
+         };
+         return key(one) < key(other);
+      }
+   };
+   using Set = std::multiset<KernelRoute, InOrder>;
+
+ public:
+   // The next one of a dump.
+   void append(KernelRoute route);
+   // As a notification tells it, with its NLM_F_* flags.
+   void routeIs(KernelRoute route, U16 flags);
+   void routeDel(KernelRoute const& route);
+
+   Set::const_iterator begin() const { return routes_.begin(); }
+   Set::const_iterator end() const { return routes_.end(); }
+
+ private:
+   template <class Matches>
+   Set::iterator find(KernelRoute const& like, Matches&& matches) const;
+   void replace(Set::iterator place, KernelRoute route);
+
+   Set routes_;
+};
+
+}  // namespace kernel

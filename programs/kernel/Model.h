@@ -1,0 +1,46 @@
+#pragma once
+
+#include "programs/kernel/KernelRoutes.h"
+#include "programs/kernel/LinkAddresses.h"
+#include "programs/kernel/RtnlSocket.h"
+
+#include <unordered_map>
+
+namespace kernel {
+
+struct Message;
+
+// What rtnetlink tells of a machine, keyed as the kernel has it: filled from dumps, and kept as the kernel's
+// notifications say. What the kernel changes without a word (IPv4 routes that go with a link, an address or a next-hop
+// object) stays until it is dumped again. All functions throw RtnlError for bytes that are not what they should be.
+class Model {
+ public:
+   explicit Model(Dumps const& dumps);
+
+   // A datagram of notifications; of other types than those of dumps, nothing.
+   void notify(Bytes datagram);
+
+   std::map<U32, Link> const& links() const { return links_; }
+   LinkAddresses const& addresses() const { return addresses_; }
+   std::unordered_map<U32, NextHop> const& nextHops() const { return nextHops_; }
+   KernelRoutes const& routes(Lumen::AddressFamily family) const {
+      return family == Lumen::AddressFamily::ipv4 ? routes4_ : routes6_;
+   }
+
+ private:
+   void fillRoutes(Bytes dump, Lumen::AddressFamily family);
+   void take(Message const& message);
+   void takeLink(Message const& message);
+   void takeAddress(Message const& message);
+   void takeNextHop(Message const& message);
+   void takeRoute(Message const& message);
+   KernelRoutes& routesOf(KernelRoute const& route);
+
+   std::map<U32, Link> links_;  // by index, as are dumps
+   LinkAddresses addresses_;
+   std::unordered_map<U32, NextHop> nextHops_;
+   KernelRoutes routes4_;
+   KernelRoutes routes6_;
+};
+
+}  // namespace kernel
