@@ -61,16 +61,16 @@ void addTunnels(Inputs::Table<TunnelTable>& table, State const& state) {
 }  // namespace
 
 Inputs::Inputs(Zam::Ptr<Hive::EntityManager const> manager, State const& state) : manager_(std::move(manager)) {
-   forwardingStatus = manager_->mount<Vault::Fib::ForwardingStatus>("fib/forwarding");
-   forwarding6Status = manager_->mount<Vault::Fib6::ForwardingStatus>("fib6/forwarding");
+   forwardingStatus = manager_->mountRequired<Vault::Fib::ForwardingStatus>("fib/forwarding");
+   forwarding6Status = manager_->mountRequired<Vault::Fib6::ForwardingStatus>("fib6/forwarding");
    if (state.genericFib) {
-      forwardingGenStatus = manager_->mount<Vault::FibGen::ForwardingStatus>("fibGen/forwarding");
+      forwardingGenStatus = manager_->mountRequired<Vault::FibGen::ForwardingStatus>("fibGen/forwarding");
    }
-   policyForwardingStatus = manager_->mount<Vault::Fib::ForwardingStatus>("fib/policyForwarding");
-   unprogrammedRouteStatus = manager_->mount<Vault::Fib::UnprogrammedRouteStatus>("fib/unprogrammedRoute");
+   policyForwardingStatus = manager_->mountRequired<Vault::Fib::ForwardingStatus>("fib/policyForwarding");
+   unprogrammedRouteStatus = manager_->mountRequired<Vault::Fib::UnprogrammedRouteStatus>("fib/unprogrammedRoute");
    kernelUnprogrammedRoute =
-       manager_->mount<Vault::KernelUnprogrammedRoute::UnprogrammedRoute>("kernel/unprogrammedRoute");
-   nexthopGroupEntryStatus = manager_->mount<::NexthopGroup::EntryStatus>(::NexthopGroup::entryStatusPath);
+       manager_->mountRequired<Vault::KernelUnprogrammedRoute::UnprogrammedRoute>("kernel/unprogrammedRoute");
+   nexthopGroupEntryStatus = manager_->mountRequired<::NexthopGroup::EntryStatus>(::NexthopGroup::entryStatusPath);
    vrfsAre(state);
    interfacesAre(state);
    nexthopGroupsAre(state);
@@ -118,7 +118,7 @@ Inputs::Table<T> Inputs::mounted(std::map<VrfId, Table<T>>& tables, VrfId vrfId,
    if (found != tables.end()) {
       return found->second;
    }
-   auto table = manager_->mount<T>(std::string(below) + std::to_string(vrfId));
+   auto table = manager_->mountRequired<T>(std::string(below) + std::to_string(vrfId));
    checkLoad();
    return tables[vrfId] = std::move(table);
 }
@@ -264,10 +264,10 @@ void Inputs::policiesAre(State const& state) {
 }
 
 Inputs mountStateDir(std::string const& stateDir) {
-   return ofOneLoad(stateDir, [&](int dir) {
-      Inputs inputs(Zam::makePtr<Hive::EntityManager>(stateDir), readStateIn(dir, stateDir));
+   return ofOneLoad(stateDir, [&](Zam::Ptr<Hive::EntityManager const> const& manager) {
+      Inputs inputs(manager, readStateIn(*manager));
       inputs.fewMounted();
-      inputs.from_ = {stateDir, StateDirId(dir)};
+      inputs.from_ = {stateDir, StateDirId(manager->directory())};
       return inputs;
    });
 }

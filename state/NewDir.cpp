@@ -83,7 +83,7 @@ bool NewDir::isMade(std::string const& name, mode_t mode) {
    } catch (std::system_error const&) {
       return false;
    }
-   return ::flock(dir_->fd(), LOCK_EX) == 0 && ::fstat(dir_->fd(), &own) == 0 &&
+   return ::flock(dir_->fd(), LOCK_EX | LOCK_NB) == 0 && ::fstat(dir_->fd(), &own) == 0 &&
           ::fstatat(parent_.fd(), name.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 && own.st_ino == named.st_ino &&
           own.st_dev == named.st_dev;
 }

@@ -2,35 +2,30 @@
 
 #include "Hive/EntityManager.h"
 #include "Vault/Error.h"
-#include "Zam/NewFile.h"
-#include "cliprint/Interrupt.h"
 #include "state/ConfigFile.h"
+#include "state/Interrupts.h"
 
 #include <string>
-#include <system_error>
 
 namespace state {
 
-// What the directory holds beside its tables; `stateDir` is its name in messages.
-State readStateIn(int dir, std::string const& stateDir);
+// What the directory holds beside its tables.
+State readStateIn(Hive::EntityManager const& manager);
 
-// The result of act(open directory): once more when another state was loaded into the place meanwhile, so that all of
-// it is of one load. Hive::StateError when there is no state directory.
+// The result of act(manager of the directory): once more when another state was loaded into the place meanwhile, so
+// that all of it is of one load. Hive::StateError when there is no state directory.
 template <class Act>
 auto ofOneLoad(std::string const& stateDir, Act&& act) {
    while (true) {
-      if (cliprint::interrupted()) {
-         throw cliprint::SigIntException();
-      }
-      Zam::makePtr<Hive::EntityManager>(stateDir);  // throws when it is no state directory
-      Zam::Directory const dir(stateDir);
+      endWhenInterrupted();
+      auto const manager = Zam::makePtr<Hive::EntityManager>(stateDir);
       try {
-         auto result = act(dir.fd());
-         if (StateDirId(dir.fd()) == StateDirId(stateDir)) {
+         auto result = act(manager);
+         if (StateDirId(manager->directory()) == StateDirId(stateDir)) {
             return result;
          }
       } catch (std::exception const&) {
-         if (StateDirId(dir.fd()) == StateDirId(stateDir)) {
+         if (StateDirId(manager->directory()) == StateDirId(stateDir)) {
             throw;
          }
       }
@@ -52,7 +47,7 @@ void toldOf(std::string const& place, std::string const& own, Act&& act) {
    } catch (Hive::StateError const& error) {
       throwFor(place, own, error);
    } catch (Vault::MountError const& error) {
-      throwFor(place, own, error);
+      throwFor(place, own, Hive::StateError(error.what()));  // of our own tables: nothing is damaged
    } catch (Vault::TableFull const& error) {
       throwFor(place, own, error);
    }

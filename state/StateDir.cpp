@@ -37,7 +37,7 @@ bool isReplaceable(fs::path const& dir) {
 // The directory itself, whatever links and dots lead there.
 fs::path resolved(std::string const& stateDir) {
    std::error_code error;
-   fs::path const dir = fs::weakly_canonical(stateDir, error);
+   fs::path const dir = stateDir.empty() ? fs::path() : fs::weakly_canonical(fs::absolute(stateDir), error);
    if (error || stateDir.empty()) {
       refuse(stateDir, error ? error.message() : "is no directory name");
    }
@@ -46,6 +46,22 @@ fs::path resolved(std::string const& stateDir) {
 
 std::string prefixOf(fs::path const& place) {
    return "." + place.filename().string() + ".new.";
+}
+
+// Its writer would go on with tables that nobody finds any more.
+void checkNobodyWrites(fs::path const& place) {
+   std::error_code error;
+   for (auto entry = fs::recursive_directory_iterator(place, error); !error && entry != fs::end(entry);
+        entry.increment(error)) {
+      int const fd = ::open(entry->path().c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
+      struct flock lock {};
+      lock.l_type = F_RDLCK;
+      bool const isWritten = fd >= 0 && ::fcntl(fd, F_OFD_GETLK, &lock) == 0 && lock.l_type == F_WRLCK;
+      ::close(fd);
+      if (isWritten) {
+         refuse(entry->path(), "is being written by another process");
+      }
+   }
 }
 
 void checkPlace(fs::path const& place, std::string const& stateDir) {
@@ -59,6 +75,7 @@ void checkPlace(fs::path const& place, std::string const& stateDir) {
    if (info.st_uid != ::geteuid()) {
       refuse(stateDir, "belongs to another user");
    }
+   checkNobodyWrites(place);
 }
 
 // What could not be read again is not written.
@@ -115,9 +132,7 @@ void writeStateDir(State const& state, std::string const& stateDir) {
       lock.emplace(place);
       checkPlace(place, stateDir);
    }
-   if (cliprint::interrupted()) {
-      throw cliprint::SigIntException();
-   }
+   endWhenInterrupted();
    fresh.putInPlace(place.filename(), lock.has_value());
 }
 
@@ -127,16 +142,16 @@ U32 removeLeftovers(std::string const& stateDir) {
           removeLeftDirs(temporary(), privatePrefix);
 }
 
-State readStateIn(int dir, std::string const& stateDir) {
-   State state = readEntities(JsonDocument::loadIn(dir, stateDir, entitiesFile));
-   if (::faccessat(dir, configFile, F_OK, 0) == 0) {
-      readConfig(JsonDocument::loadIn(dir, stateDir, configFile), state);
+State readStateIn(Hive::EntityManager const& manager) {
+   State state = readEntities(JsonDocument::loadIn(manager.directory(), manager.stateDir(), entitiesFile));
+   if (manager.exists(configFile)) {
+      readConfig(JsonDocument::loadIn(manager.directory(), manager.stateDir(), configFile), state);
    }
    return state;
 }
 
 State readStateDir(std::string const& stateDir) {
-   return ofOneLoad(stateDir, [&](int dir) { return readStateIn(dir, stateDir); });
+   return ofOneLoad(stateDir, [](auto const& manager) { return readStateIn(*manager); });
 }
 
 PrivateStateDir::PrivateStateDir() : dir_(privateDir()), path_(dir_->path()) {}

@@ -7,6 +7,7 @@
 #include "Vault/KernelUnprogrammedRoute.h"
 #include "Vault/RouteStatus.h"
 #include "Vault/UnprogrammedRouteStatus.h"
+#include "state/Interrupts.h"
 
 #include <sys/statvfs.h>
 
@@ -67,6 +68,7 @@ void writeFecs(Hive::EntityManager const& manager, std::string_view path, Fecs c
    auto const writer = manager.create<Writer>(
        path, Vault::TableFile::Sizes{.capacity = capacityFor(fecs.size()), .arenaCapacity = arenaFor(fecs)});
    for (auto const& fec : fecs) {
+      endWhenInterrupted();
       writer->fecIs(fec);
    }
 }
@@ -75,6 +77,7 @@ template <class Writer, class Routes>
 void writeRoutes(Hive::EntityManager const& manager, std::string const& path, Routes const& routes) {
    auto const writer = manager.create<Writer>(path, capacityFor(routes.size()));
    for (auto const& route : routes) {
+      endWhenInterrupted();
       writer->routeIs(route);
    }
 }

@@ -2,6 +2,7 @@
 
 #include "Hive/EntityManager.h"
 #include "Vault/Error.h"
+#include "Vault/TableFile.h"
 #include "Zam/Error.h"
 #include "cliprint/CliPrintBuffer.h"
 #include "cliprint/Interrupt.h"
@@ -16,6 +17,15 @@ namespace kiv {
 namespace {
 
 constexpr std::size_t maxLine = 1024;
+
+// The first one that the running command met.
+std::string damage;
+
+void damageIs(std::string_view message) {
+   if (damage.empty()) {
+      damage = message;
+   }
+}
 
 ExitStatus failed(Session const& session, ExitStatus status, std::string_view message) {
    session.report(message);
@@ -46,16 +56,20 @@ ExitStatus guarded(Session const& session, std::function<ExitStatus()> const& co
 
 }  // namespace
 
-void endWhenInterrupted() {
-   if (cliprint::interrupted()) {
-      throw cliprint::SigIntException();
-   }
+void Session::watchTables() {
+   Vault::TableFile::interruptedIs(cliprint::interrupted);
+   Vault::TableFile::damageReporterIs(damageIs);
 }
 
 ExitStatus Session::carryOut(std::function<ExitStatus()> const& command) {
+   damage.clear();
    ExitStatus const status = guarded(*this, command);
    cliprint::resetInterrupted();
-   return status;
+   if (damage.empty() || status == ExitStatus::internal) {
+      return status;
+   }
+   report(damage);
+   return status == ExitStatus::ok ? ExitStatus::internal : status;
 }
 
 std::string const& Session::stateDir(std::string_view command, std::string_view toSay) const {

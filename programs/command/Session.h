@@ -4,6 +4,7 @@
 #include "programs/command/ExitStatus.h"
 #include "programs/command/Names.h"
 #include "programs/command/Source.h"
+#include "state/Interrupts.h"
 
 #include <unistd.h>
 
@@ -13,8 +14,7 @@
 
 namespace kiv {
 
-// For loops that print nothing: throws what ends the command when the user has interrupted it.
-void endWhenInterrupted();
+using state::endWhenInterrupted;
 
 // What a command is handed: the box it is about, the form and the place of its output, and where its errors go. One
 // session carries out one command after the other; an interrupt ends the one that runs.
@@ -26,8 +26,12 @@ class Session {
          output_(output),
          errors_(errors) {}
 
-   // Carries a command out; whatever it throws becomes one line and the status that it means. An interrupt that came
-   // meanwhile is over then.
+   // For the process, before tables are used: an interrupt ends waits for their writers, and carryOut() tells of
+   // damage.
+   static void watchTables();
+
+   // Carries a command out; whatever it throws becomes one line and the status that it means, as does the first damage
+   // that it met in a table and went around. An interrupt that came meanwhile is over then.
    ExitStatus carryOut(std::function<ExitStatus()> const& command);
 
    Source const& source() const { return source_; }
@@ -48,16 +52,6 @@ class Session {
    // One line "kiv: message" to the errors, of 1 kB at most. Whatever is in the message, it stays one line and does
    // nothing to a terminal: control characters, what turns the direction of text and what is no UTF-8 are told as \xNN.
    void report(std::string_view message) const;
-
-   // Tells of damage that a display met in a table and went around.
-   template <class Table>
-   ExitStatus checked(Table const& table, ExitStatus status) const {
-      if (!table || table->corruptions() == 0) {
-         return status;
-      }
-      report(table->corruption());
-      return status == ExitStatus::ok ? ExitStatus::internal : status;
-   }
 
  private:
    Source source_;

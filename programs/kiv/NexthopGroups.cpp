@@ -114,18 +114,15 @@ ExitStatus showDetail(Session const& session, state::Inputs& inputs, GroupArgume
       session.report(error.bytes());
       status = status == ExitStatus::ok ? ExitStatus::internal : status;
    }
-   status = session.checked(counters->counterKeyTable(), status);
-   status = session.checked(counters->counterTable(), status);
-   return session.checked(counters->snapshotTable(), status);
+   return status;
 }
 
 ExitStatus showNexthopGroup(Session& session, GroupArguments const& asked) {
    state::Inputs inputs = session.inputs();
    auto const vrf = requestedVrf(inputs, asked.vrf).name;
-   ExitStatus const status = asked.summary   ? showSummary(session, inputs, vrf)
-                             : asked.mapping ? showMapping(session, inputs)
-                                             : showDetail(session, inputs, asked, vrf);
-   return session.checked(inputs.nexthopGroupEntryStatus, status);
+   return asked.summary   ? showSummary(session, inputs, vrf)
+          : asked.mapping ? showMapping(session, inputs)
+                          : showDetail(session, inputs, asked, vrf);
 }
 
 // Makes the counters of nexthop groups start again: what they have counted becomes their snapshot, all at once.
@@ -148,7 +145,7 @@ ExitStatus clearCounters(Session& session, NoArguments const&) {
       session.report("counters: " + std::to_string(counters->vanished()) + " were being written and are not cleared");
       return ExitStatus::internal;
    }
-   return session.checked(counters, ExitStatus::ok);
+   return ExitStatus::ok;
 }
 
 constexpr auto table = std::to_array<Command>({

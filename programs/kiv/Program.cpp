@@ -52,7 +52,9 @@ void installHandlers() {
    ::signal(SIGPIPE, SIG_IGN);  // a reader that went away is an error of the write
    ::signal(SIGABRT, onAbort);
    ::signal(SIGBUS, onBusError);
+   ::signal(SIGXFSZ, SIG_IGN);  // so is a file that may not get larger
    cliprint::interruptHandlerIs(true);
+   Session::watchTables();
 }
 
 constexpr std::string_view optionsText = R"(

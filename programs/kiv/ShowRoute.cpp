@@ -212,21 +212,6 @@ ExitStatus print(Session const& session, Sorter& sorter, bool& leftOut) {
    return session.ended(complete || error == EOVERFLOW ? 0 : error != 0 ? error : EINTR);
 }
 
-// A table that the display did not look into cannot have told of damage.
-template <class Family>
-ExitStatus checkedTables(Session const& session, state::Inputs& inputs, std::vector<state::Inputs::Vrf> const& vrfs,
-                         ExitStatus status) {
-   for (auto const& vrf : vrfs) {
-      status = session.checked(Family::routes(inputs, vrf.id), status);
-   }
-   status = session.checked(inputs.forwardingStatus, status);
-   status = session.checked(inputs.forwarding6Status, status);
-   status = session.checked(inputs.forwardingGenStatus, status);
-   status = session.checked(inputs.nexthopGroupEntryStatus, status);
-   status = session.checked(inputs.unprogrammedRouteStatus, status);
-   return session.checked(inputs.kernelUnprogrammedRoute, status);
-}
-
 template <class Family>
 ExitStatus showRoute(Session& session, RouteArguments<typename Family::Prefix> const& asked) {
    state::Inputs inputs = session.inputs();
@@ -245,7 +230,7 @@ ExitStatus showRoute(Session& session, RouteArguments<typename Family::Prefix> c
       session.report("not all vias are shown; the routes that have more say so");
       status = ExitStatus::internal;
    }
-   return checkedTables<Family>(session, inputs, vrfs, status);
+   return status;
 }
 
 constexpr auto table = std::to_array<Command>({

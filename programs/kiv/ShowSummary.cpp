@@ -212,13 +212,9 @@ ExitStatus showSummary(Session& session, SummaryArguments const& asked) {
    for (auto const& vrf : vrfs) {
       counts.emplace(vrf.id, countsOf<Family>(inputs, vrf));
    }
-   ExitStatus status = printPerVrf(session, vrfs, [&](state::Inputs::Vrf const& vrf) {
+   return printPerVrf(session, vrfs, [&](state::Inputs::Vrf const& vrf) {
       return [&] { return printSummary<Family>(session, counts.at(vrf.id)); };
    });
-   for (auto const& vrf : vrfs) {
-      status = session.checked(Family::routes(inputs, vrf.id), status);
-   }
-   return status;
 }
 
 constexpr auto summaryClauses = clauses(vrfOrAllClause<&SummaryArguments::vrf>);

@@ -1,5 +1,6 @@
 #include "state/text/Json.h"
 
+#include "state/Interrupts.h"
 #include "state/text/JsonLocator.h"
 
 #include <fcntl.h>
@@ -70,11 +71,13 @@ std::string contents(std::string const& file, Stream const& in) {
    std::string text;
    std::array<char, 65536> piece;
    while (std::size_t const read = std::fread(piece.data(), 1, piece.size(), in.get())) {
+      endWhenInterrupted();
       if (read > limit - text.size()) {
          failFor(file, "has more than " + std::to_string(limit) + " bytes, which KIV_MAX_INPUT allows");
       }
       text.append(piece.data(), read);
    }
+   endWhenInterrupted();
    if (std::ferror(in.get()) != 0) {
       failFor(file, std::strerror(errno));
    }
@@ -135,7 +138,9 @@ U64 Node::number(U64 max) const {
    return value;
 }
 
+// Of any size; the user may lose patience.
 simdjson::dom::array Node::list() const {
+   endWhenInterrupted();
    if (!element_.is_array()) {
       fail("not a list");
    }
@@ -143,6 +148,7 @@ simdjson::dom::array Node::list() const {
 }
 
 simdjson::dom::object Node::object() const {
+   endWhenInterrupted();
    if (!element_.is_object()) {
       fail("not an object");
    }
