@@ -6,9 +6,11 @@
 #include "programs/kiv/Commands.h"
 #include "state/ConfigFile.h"
 
+#include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
-#include <fstream>
+#include <memory>
 #include <sstream>
 
 namespace kiv {
@@ -49,19 +51,34 @@ void carryOut(state::State& state, std::vector<std::string> const& words) {
    request.configure(state);
 }
 
-ExitStatus configureFromFile(Session& session, ConfigureArguments const& asked) {
-   std::string const& file = asked.file;
-   std::ifstream in(file);
-   if (!in) {
+// All of them, before anything is locked: they may come from a terminal.
+std::vector<std::string> linesOf(std::string const& file) {
+   std::unique_ptr<std::FILE, int (*)(std::FILE*)> const in(std::fopen(file.c_str(), "re"), &std::fclose);
+   std::string text;
+   std::array<char, 4096> piece;
+   while (std::size_t const read = in ? std::fread(piece.data(), 1, piece.size(), in.get()) : 0) {
+      text.append(piece.data(), read);
+   }
+   endWhenInterrupted();
+   if (!in || std::ferror(in.get()) != 0) {
       throw std::runtime_error(file + ": " + std::strerror(errno));
    }
-   state::ConfigChange change(stateDirOf(session, "configure"));
-   std::size_t number = 0;
-   for (std::string line; std::getline(in, line);) {
-      ++number;
+   std::istringstream stream(text);
+   std::vector<std::string> lines;
+   for (std::string line; std::getline(stream, line);) {
+      lines.push_back(std::move(line));
+   }
+   return lines;
+}
+
+ExitStatus configureFromFile(Session& session, ConfigureArguments const& asked) {
+   std::string const& stateDir = stateDirOf(session, "configure");
+   std::vector<std::string> const lines = linesOf(asked.file);
+   state::ConfigChange change(stateDir);
+   for (std::size_t i = 0; i < lines.size(); ++i) {
       endWhenInterrupted();
-      auto const place = [&] { return file + ": line " + std::to_string(number) + ": "; };
-      auto const words = wordsOf(line);
+      auto const place = [&] { return asked.file + ": line " + std::to_string(i + 1) + ": "; };
+      auto const words = wordsOf(lines[i]);
       if (words.empty()) {
          continue;
       }
@@ -72,9 +89,6 @@ ExitStatus configureFromFile(Session& session, ConfigureArguments const& asked) 
       } catch (std::exception const& error) {
          throw std::runtime_error(place() + error.what());
       }
-   }
-   if (in.bad()) {
-      throw std::runtime_error(file + ": cannot be read to its end");
    }
    commit(change);
    return ExitStatus::ok;

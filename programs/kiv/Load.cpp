@@ -27,8 +27,22 @@ constexpr auto loadClauses = clauses(
                                                 .help = "file that describes the state of a box, see docs/snapshot.md",
                                                 .required = true}));
 
-constexpr std::array table{
-    command<loadSnapshot>("load", "make the directory given with --state hold the state of a snapshot", loadClauses)};
+struct GcArguments {
+   std::string stateDir{};
+};
+
+ExitStatus removeLeftovers(Session& /*session*/, GcArguments const& asked) {
+   state::removeLeftovers(asked.stateDir);
+   return ExitStatus::ok;
+}
+
+constexpr auto gcClauses = clauses(clause<&GcArguments::stateDir, FileName>(
+    {.keyword = "", .parameter = "DIR", .help = "the state directory beside which they lie", .required = true}));
+
+constexpr auto table = std::to_array<Command>({
+    command<loadSnapshot>("load", "make the directory given with --state hold the state of a snapshot", loadClauses),
+    command<removeLeftovers>("gc", "remove what killed loads and displays of this user left behind", gcClauses),
+});
 
 }  // namespace
 

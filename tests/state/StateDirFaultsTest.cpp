@@ -107,6 +107,79 @@ TEST_F(StateDirFaults, ConfigurationKeepsItsModeAndIsReadAgainBeforeItIsWritten)
    EXPECT_THROW(writeStateDir(impossible, place_), JsonError);
 }
 
+// Whatever every state has is missed when it is gone, leads nowhere or is nothing to be read, without waiting for it.
+TEST_F(StateDirFaults, WhatEveryStateHasIsMissed) {
+   U32 tables = 0;
+   writeStateDir(stateOf(1), place_);
+   fs::path const kept = dir_ / "kept";
+   fs::copy(place_, kept, fs::copy_options::recursive);
+   for (auto const& entry : fs::recursive_directory_iterator(kept)) {
+      fs::path const file = fs::path(place_) / entry.path().lexically_relative(kept);
+      bool const isRequired =
+          file.native().find("/fib") != std::string::npos || file.parent_path().filename() == "kernel";
+      if (!entry.is_regular_file() || !isRequired) {
+         continue;
+      }
+      ++tables;
+      for (char const* const fault : {"rm $f", "ln -sf /nowhere $f", "rm $f; mkfifo $f", "rm $f; mkdir $f"}) {
+         writeStateDir(stateOf(1), place_);
+         ASSERT_EQ(shell("f=" + file.string() + "; " + fault), 0);
+         auto const mountAll = [&] {
+            Inputs inputs = mountStateDir(place_);
+            inputs.routes(0);
+            inputs.routes6(0);
+         };
+         EXPECT_NE(testsupport::complaintOf<Vault::MountError>(mountAll).find(file.string()), std::string::npos)
+             << fault;
+         fs::remove(file);
+      }
+   }
+   EXPECT_EQ(tables, 7U);
+}
+
+TEST_F(StateDirFaults, AStateWithALivingWriterIsNotReplaced) {
+   writeStateDir(stateOf(1), place_);
+   {
+      Hive::EntityManager const manager(place_);
+      auto const writer = manager.open<Vault::Fib::RouteStatusWriter>("fib/route/0");
+      EXPECT_EQ(testsupport::complaintOf<Hive::StateError>([&] { writeStateDir(stateOf(2), place_); }),
+                place_ + "/fib/route/0: is being written by another process");
+   }
+   EXPECT_NO_THROW(writeStateDir(stateOf(2), place_));
+}
+
+// Nothing of it stays behind, and what others may do with it is what they should.
+TEST_F(StateDirFaults, LoadsEndCleanly) {
+   std::ofstream(dir_ / "large.json") << snapshotText(stateOf(1));
+   std::string const load = "cd " + (dir_ / "") + "; " KIV_PROGRAM " load ";
+   EXPECT_EQ(shell("ulimit -f 4; " + load + "large.json --state s >/dev/null"), 1);
+   EXPECT_EQ(shell(load + "/dev/zero --state s & sleep 0.3; kill -TERM $!; wait $!"), 143);
+   EXPECT_EQ(shell("cd " + (dir_ / "") + "; [ \"$(ls -A)\" = large.json ]"), 0);
+   EXPECT_EQ(shell("umask 0; " + load + "large.json --state s && [ -z \"$(find s -perm /022)\" ]"), 0);
+   fs::create_directory(dir_ / ".s.new.1");
+   EXPECT_EQ(shell(KIV_PROGRAM " gc " + (dir_ / "s")), 0);
+   EXPECT_FALSE(fs::exists(dir_ / ".s.new.1"));
+}
+
+TEST_F(StateDirFaults, ManyVrfsNeedFewFiles) {
+   State state = stateOf(1);
+   for (VrfId id = 1; id < 600; ++id) {
+      state.vrfs.push_back({.id = id, .name = std::string_view("v" + std::to_string(id))});
+   }
+   std::ofstream(dir_ / "vrfs.json") << snapshotText(state);
+   EXPECT_EQ(shell("ulimit -n 256; " KIV_PROGRAM " --snapshot " + (dir_ / "vrfs.json") +
+                   " show ip route vrf all | grep -c ^VRF: | grep -qx 600"),
+             0);
+}
+
+TEST_F(StateDirFaults, InputIsReadBeforeTheLockIsTaken) {
+   writeStateDir(stateOf(1), place_);
+   std::string const kiv = KIV_PROGRAM " --state " + place_;
+   EXPECT_EQ(
+       shell("sleep 3 | " + kiv + " configure /dev/stdin & sleep 0.3; timeout 1 " + kiv + " ip route 10.0.0.0/8 Null0"),
+       0);
+}
+
 TEST_F(StateDirFaults, AFullDiskIsSeenBeforeAnythingIsReplaced) {
    std::ofstream(dir_ / "large.json") << snapshotText(stateOf(1));
    std::ofstream(dir_ / "small.json") << "{}";
