@@ -17,17 +17,22 @@ def address: . // "" | if IN("any", "0.0.0.0", "::") then "" else . end;
 
 def dotted: split(".") | map(tonumber) | reduce .[] as $byte (0; . * 256 + $byte);
 
+# The kind of outer header that a link adds; null for one that adds none.
+def outer_header:
+   {gre: "gre", gretap: "gre", ip6gre: "gre", ip6gretap: "gre", ipip: "ipInIp", sit: "ipInIp", ip6tnl: "ipInIp",
+    vxlan: "vxlan"}[.linkinfo.info_kind // ""];
+
 # One label is the via's own; more, and outer headers, are those of a tunnel.
 def encapsulation:
    if .encap == "mpls" then .to | split("/") | if length == 1 then " label \(.[0])" else " push \(join(" "))" end
    elif .encap | IN("ip", "ip6") then
-      " ipInIp \(.src | address) > \(.to) key \(.id)"
+      (.dev as $dev | [$addresses[] | select(.ifname == $dev) | outer_header // empty] | .[0] // "ipInIp") as $header
+      | " \($header) \(.src | address) > \(.to) key \(.id)"
       + " ttl \(.ttl // .hoplimit) tos \(.tos // .tc)"
    else "" end;
 
 def device_tunnel:
-   ({gre: "gre", gretap: "gre", ip6gre: "gre", ip6gretap: "gre", ipip: "ipInIp", sit: "ipInIp", ip6tnl: "ipInIp",
-     vxlan: "vxlan"}[.linkinfo.info_kind // ""]) as $type | .linkinfo.info_data
+   outer_header as $type | .linkinfo.info_data
    | (.remote // .remote6 // .group // .group6 | address) as $remote
    | if $type and $remote != "" then
         " tunnel \($type) \(.local // .local6 | address) > \($remote) key \(.id // (.okey // "0" | dotted))"
