@@ -14,8 +14,8 @@ bool isIp4(Address const& address) {
    return address.local.family() == Lumen::AddressFamily::ipv4;
 }
 
-// IPv4: primary addresses by rising range (falling scope), those of one range in the order in which they came, then secondary ones.
-// IPv6: by falling range, those of one range the latest first.
+// IPv4: primary addresses by rising range (falling scope), those of one range in the order in which they came, then
+// secondary ones. IPv6: by falling range, those of one range the latest first.
 bool comesAfter(Address const& one, Address const& added) {
    if (isIp4(one) != isIp4(added)) {
       return false;
