@@ -29,7 +29,8 @@ void Model::fillRoutes(Bytes dump, AddressFamily family) {
    forEachMessage(dump, RTM_NEWROUTE, [&](Message const& message) {
       auto route = decodeRoute(message.payload);
       if (route && route->prefix.family() == family) {
-         routesOf(*route).append(*std::move(route));
+         auto& routes = routesOf(*route);
+         routes.append(*std::move(route));
       }
    });
 }

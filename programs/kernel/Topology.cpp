@@ -6,7 +6,6 @@
 #include <linux/rtnetlink.h>
 #include <net/if.h>
 #include <algorithm>
-#include <ranges>
 #include <unordered_set>
 
 namespace kernel {
@@ -59,7 +58,7 @@ Topology::Topology(Model const& model) {
 
 void Topology::addVrfs(std::map<U32, Link> const& links) {
    vrfs_.emplace_back();
-   for (Link const& link : std::views::values(links)) {
+   for (auto const& [index, link] : links) {
       bool const isOwnTable = link.vrfTable != RT_TABLE_UNSPEC && link.vrfTable != RT_TABLE_MAIN &&
                               link.vrfTable != RT_TABLE_LOCAL && link.vrfTable != Vrf::VrfIdMap::noVrf;
       if (isVrf(link) && isOwnTable && std::ranges::find(vrfs_, link.vrfTable, &state::VrfState::id) == vrfs_.end()) {
