@@ -49,11 +49,13 @@ void append(std::string& out, std::string_view head, Element element, std::size_
       append(out, key, value, indent + step);
    };
    if (element.is_object()) {
-      for (auto const member : element.get_object().value_unsafe()) {
+      simdjson::dom::object const object = element.get_object().value_unsafe();
+      for (auto const member : object) {
          item(jsonQuoted(member.key) + ": ", member.value);
       }
    } else {
-      for (Element const value : element.get_array().value_unsafe()) {
+      simdjson::dom::array const array = element.get_array().value_unsafe();
+      for (Element const value : array) {
          item("", value);
       }
    }
