@@ -10,7 +10,7 @@ namespace Kiv {
 
 // A sorter's FECs, each copied out of the shared tables once, with everything that its vias point at; and those that it
 // made up.
-class FecCache {
+class KIV_EXPORT FecCache {
  public:
    using FecId = Vault::Fib::FecId;
 
