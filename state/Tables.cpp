@@ -9,11 +9,7 @@
 #include "Vault/UnprogrammedRouteStatus.h"
 #include "state/Interrupts.h"
 
-#include <sys/statvfs.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 
 namespace state {
 namespace {
@@ -21,34 +17,6 @@ namespace {
 // Some room to grow, for a daemon that goes on with the table; it costs nothing until it is used.
 U32 capacityFor(std::size_t records) {
    return static_cast<U32>(records + records / 8 + 64);
-}
-
-template <class Fecs>
-U64 bytesOf(Fecs const& fecs) {
-   U64 vias = 0;
-   for (auto const& fec : fecs) {
-      vias += fec.vias.size();
-   }
-   return fecs.size() * 64 + vias * 128;
-}
-
-// A little more than what the tables take up.
-U64 bytesOf(State const& state) {
-   U64 bytes = bytesOf(state.fecs) + bytesOf(state.fecs6) + bytesOf(state.fecsGen) + bytesOf(state.policyFecs);
-   for (VrfState const& vrf : state.vrfs) {
-      bytes += vrf.routes.size() * 64 + vrf.routes6.size() * 80;
-      bytes += (vrf.hardwareUnprogrammed.size() + vrf.kernelUnprogrammed.size()) * 64;
-   }
-   bytes += state.nexthopGroups.size() * 192 + state.nexthopGroupCounters.size() * 160;
-   return bytes + (state.vrfs.size() * 2 + 10) * 16384;
-}
-
-// Tables are written through mappings, where a full file system has no way to say so.
-void checkSpace(State const& state, std::string const& dir) {
-   struct statvfs info {};
-   if (::statvfs(dir.c_str(), &info) == 0 && U64{info.f_bavail} * info.f_frsize < bytesOf(state)) {
-      throw Hive::StateError(dir + ": " + std::strerror(ENOSPC));
-   }
 }
 
 // Room for the vias as they are laid out, however many of them a FEC has.
@@ -133,7 +101,6 @@ void writeNexthopGroups(State const& state, Hive::EntityManager const& manager) 
 }  // namespace
 
 void writeTables(State const& state, Hive::EntityManager const& manager) {
-   checkSpace(state, manager.stateDir());
    for (VrfState const& vrf : state.vrfs) {
       std::string const id = std::to_string(vrf.id);
       writeRoutes<Vault::Fib::RouteStatusWriter>(manager, "fib/route/" + id, vrf.routes);

@@ -1,6 +1,7 @@
 #include "Kiv/display/FecDisplay.h"
 
 #include "Kiv/display/PolicyResolution.h"
+#include "Tunnel/CliSupport/Weights.h"
 
 #include <algorithm>
 
@@ -98,7 +99,7 @@ DisplayVia FecDisplay::via(FecRecord const& record, StoredVia const& stored) {
       via.label = Lumen::MplsLabel(stored.label);
    }
    if (auto const& weight = store_->arena().weight(stored); !weight.empty()) {
-      via.weight = weight.bytes() + "/" + std::to_string(record.weightSum);
+      via.weight = Tunnel::CliSupport::weightText(weight.bytes(), record.weightSum);
    }
    return via;
 }

@@ -1,6 +1,6 @@
 #include "Kiv/display/PolicyResolution.h"
 
-#include <string>
+#include "Tunnel/CliSupport/Weights.h"
 
 namespace Kiv {
 
@@ -32,24 +32,12 @@ Lumen::MplsLabelOperation innerLabels(Lumen::MplsLabel label) {
    return labels;
 }
 
-std::vector<Zam::String> weightTexts(std::vector<PolicyVia> const& vias) {
-   U64 sum = 0;
-   for (auto const& via : vias) {
-      sum += via.weight;
-   }
-   std::vector<Zam::String> texts(vias.size());
-   for (std::size_t i = 0; sum > vias.size() && i < vias.size(); ++i) {
-      texts[i] = std::to_string(vias[i].weight) + "/" + std::to_string(sum);
-   }
-   return texts;
-}
-
 }  // namespace
 
 PolicyInfoSet policyInfoSet(PolicyTable const& policyStatus, TunnelResolver& tunnels,
                             std::vector<PolicyVia> const& vias) {
    PolicyInfoSet set;
-   auto const weights = weightTexts(vias);
+   auto const weights = Tunnel::CliSupport::weightTexts(vias);
    for (U32 i = 0; i < vias.size(); ++i) {
       PolicyInfo info;
       info.index = i;

@@ -10,6 +10,7 @@
 #include "Kiv/nexthopgroup/PrintOperation.h"
 #include "Kiv/nexthopgroup/WalkYielding.h"
 #include "Tunnel/CliSupport/CachedTunVia.h"
+#include "Tunnel/CliSupport/Weights.h"
 #include "cliprint/JsonScope.h"
 
 #include <string>
@@ -177,7 +178,7 @@ class DetailRendering {
       Tunnel::CliSupport::maybeAddLabelStackToOutput(renderer_, entry.labels, Lumen::MplsLabel());
       if (group.weightSum != 0) {
          StringAttrInfo const weight("viaWeight", renderer_,
-                                     std::to_string(entry.weight) + "/" + std::to_string(group.weightSum));
+                                     Tunnel::CliSupport::weightText(std::to_string(entry.weight), group.weightSum));
          renderer_.addAttributes(", weight %s", weight.getArg());
       }
    }

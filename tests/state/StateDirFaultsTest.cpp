@@ -194,7 +194,7 @@ TEST_F(StateDirFaults, AFullDiskIsSeenBeforeAnythingIsReplaced) {
    EXPECT_EQ(status, 1);
    std::ifstream out(dir_ / "out");
    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(out), {}),
-             "kiv: " + (dir_ / "t/s") + ": No space left on device\n");
+             "kiv: " + (dir_ / "t/s/fib/route/0") + ": cannot be written: No space left on device\n");
    std::ifstream left(dir_ / "left");
    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(left), {}), "filling\n");
 }

@@ -1,5 +1,7 @@
 #include "Tunnel/CliSupport/TunnelResolver.h"
 
+#include "Tunnel/CliSupport/Weights.h"
+
 #include <algorithm>
 #include <string>
 
@@ -20,21 +22,6 @@ std::vector<SortedTunVia> sorted(std::vector<TunnelFib::Via> const& vias) {
 // The far end is on the link itself.
 bool isConnected(SortedTunVia const& via) noexcept {
    return via.hop.isEmpty() ? via.intfId.isNamed() || via.intfId.isNexthopGroup() : via.hop.isZero();
-}
-
-// "2/5" for each way when their weights differ, else empty.
-std::vector<Zam::String> weightTexts(std::vector<SortedTunVia> const& vias) {
-   U64 sum = 0;
-   for (auto const& via : vias) {
-      sum += via.weight;
-   }
-   std::vector<Zam::String> texts(vias.size());
-   if (sum > vias.size()) {
-      std::ranges::transform(vias, texts.begin(), [sum](auto const& via) {
-         return Zam::String(std::to_string(via.weight) + "/" + std::to_string(sum));
-      });
-   }
-   return texts;
 }
 
 }  // namespace
