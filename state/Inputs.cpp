@@ -113,14 +113,14 @@ Inputs::Vrf const* Inputs::vrf(std::string_view name) const {
 }
 
 template <class T>
-Inputs::Table<T> Inputs::mounted(std::map<VrfId, Table<T>>& tables, VrfId vrfId, std::string_view below) {
+Inputs::Table<T> Inputs::mounted(std::map<VrfId, Table<T>>& tables, VrfId vrfId, std::string_view below) try {
    auto const found = tables.find(vrfId);
-   if (found != tables.end()) {
-      return found->second;
-   }
-   auto table = manager_->mountRequired<T>(std::string(below) + std::to_string(vrfId));
-   checkLoad();
-   return tables[vrfId] = std::move(table);
+   return found != tables.end()
+              ? found->second
+              : tables[vrfId] = manager_->mountRequired<T>(std::string(below) + std::to_string(vrfId));
+} catch (Vault::MountError const&) {
+   checkLoad();  // the directory of an earlier load is gone, not damaged
+   throw;
 }
 
 Inputs::Table<Vault::Fib::RouteStatus> Inputs::routes(VrfId vrfId) {

@@ -64,6 +64,20 @@ TEST_F(StateDirFaults, ReadersFindOneLoadOrAnother) {
    EXPECT_EQ(std::distance(fs::directory_iterator(fs::path(place_).parent_path()), {}), 1) << "nothing is left behind";
 }
 
+// What a reader of many VRFs mounts later can be gone by then, which is no damage.
+TEST_F(StateDirFaults, WhatALoadTookAwayIsToldAsSuch) {
+   State state = stateOf(1);
+   for (U32 id = 1; id < 80; ++id) {
+      state.vrfs.push_back({.id = id, .name = "v" + std::to_string(id)});
+   }
+   writeStateDir(state, place_);
+   Inputs inputs = mountStateDir(place_);
+   writeStateDir(state, place_);
+   EXPECT_NE(inputs.routes(0), nullptr);
+   EXPECT_EQ(testsupport::complaintOf<Hive::StateError>([&] { inputs.routes(79); }),
+             place_ + ": another state was loaded while this one was read");
+}
+
 TEST_F(StateDirFaults, LeftoversGoAndNothingElse) {
    fs::create_directories(dir_ / ".state.new.1/below");
    fs::create_directory(dir_ / ".state.newer");
