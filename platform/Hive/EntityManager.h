@@ -71,7 +71,9 @@ class KIV_EXPORT EntityManager final : public Zam::PtrInterface {
    template <class Writer, class Fill>
    void replace(std::string_view path, Vault::TableFile::Sizes sizes, Fill&& fill) const {
       auto const earlier = earlierWriter<Writer>(path);  // keeps other writers out meanwhile
-      Writer replacement(placeToCreate(path), sizes, Vault::When::later);
+      Vault::Place const place = placeToCreate(path);
+      Zam::removeLeftFiles(place.dirFd(), place.name);
+      Writer replacement(place, sizes, Vault::When::later);
       fill(replacement);
       replacement.putInPlace();
    }

@@ -188,7 +188,8 @@ bool Table<Record>::find(Key const& key, Record& out, Extra&& extra) const {
    if (file_.isGivenUp(bucket)) [[unlikely]] {
       return false;
    }
-   for (U32 steps = 0; steps < maxSteps; steps += stepsOfAStart) {
+   U32 steps = 0;
+   for (; steps < maxSteps; steps += stepsOfAStart) {
       U64 const structure = load(file_.header().structure, std::memory_order_acquire);
       ChainEnd const end = follow(key, bucket, steps, out, extra);
       file_.checkWhole();
@@ -205,7 +206,7 @@ bool Table<Record>::find(Key const& key, Record& out, Extra&& extra) const {
          return false;
       }
    }
-   file_.giveUp(bucket);
+   file_.giveUp(bucket, steps);
    file_.corrupted("damaged chain of bucket", bucket);
 }
 

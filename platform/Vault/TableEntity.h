@@ -34,6 +34,8 @@ class TableEntity : public Zam::PtrInterface {
    std::string const& path() const noexcept { return core_.file().path(); }
    // Entries that were passed over because they were being written and did not come to rest.
    U64 vanished() const noexcept { return core_.file().vanished(); }
+   // What damage has cost this reader so far: slots that were looked at for nothing, and rounds of waiting.
+   U64 stepsInVain() const noexcept { return core_.file().stepsInVain(); }
 
    // Damage that a walk met and passed over. By default it is traced at level 0; the last message is remembered.
    void corruptionIs(std::string_view message) const { core_.file().corruptionIs(message); }

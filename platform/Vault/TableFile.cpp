@@ -378,13 +378,18 @@ bool TableFile::isGivenUp(U32 bucket) const noexcept {
    return !givenUp_.empty() && (givenUp_.size() >= maxGivenUp || std::ranges::binary_search(givenUp_, bucket));
 }
 
-void TableFile::giveUp(U32 bucket) const {
+void TableFile::giveUp(U32 bucket, U32 steps) const {
+   stepsInVain_ += steps;
    givenUp_.insert(std::ranges::upper_bound(givenUp_, bucket), bucket);
 }
 
 bool TableFile::mayScan(U32 slots) const noexcept {
+   if (scanned_ + slots > maxScanned) {
+      return false;
+   }
    scanned_ += slots;
-   return scanned_ <= maxScanned;
+   stepsInVain_ += slots;
+   return true;
 }
 
 void TableFile::interruptedIs(bool (*interrupted)() noexcept) noexcept {
@@ -393,6 +398,13 @@ void TableFile::interruptedIs(bool (*interrupted)() noexcept) noexcept {
 
 void TableFile::damageReporterIs(void (*reporter)(std::string_view)) noexcept {
    damageReporter.store(reporter);
+}
+
+void TableFile::Wait::ended() const noexcept {
+   file_.stepsInVain_ += rounds_;
+   if (!inVain_) {
+      file_.waitsInVain_ = 0;
+   }
 }
 
 // Most waits end within a few rounds: an entry is being written for nanoseconds. A writer that lost its processor in

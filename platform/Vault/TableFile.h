@@ -27,7 +27,7 @@ struct Place {
          path(std::move(shown)),
          id(which) {}
 
-   int dirFd() const noexcept;
+   KIV_EXPORT int dirFd() const noexcept;
 
    std::shared_ptr<Zam::Directory const> dir;
    std::string name;
@@ -65,6 +65,8 @@ class KIV_EXPORT TableFile {
    TableFile successor(RecordLayout const& layout, Sizes sizes) const;
    // In place of any earlier one.
    void putInPlace();
+   // Removes what writers of this table left beside it when they were killed on the way to its place.
+   void removeLeft() const { Zam::removeLeftFiles(place_.dirFd(), place_.name); }
    // Each becomes the other's file.
    void exchange(TableFile& other) noexcept;
 
@@ -132,7 +134,7 @@ class KIV_EXPORT TableFile {
 
    // Chains that were found damaged are asked no more, and after a thousand of them none is.
    bool isGivenUp(U32 bucket) const noexcept;
-   void giveUp(U32 bucket) const;
+   void giveUp(U32 bucket, U32 steps) const;
    // Whether one more search through that many slots is within what a reader does for an index in pieces.
    bool mayScan(U32 slots) const noexcept;
 
@@ -144,13 +146,15 @@ class KIV_EXPORT TableFile {
       Wait(Wait const&) = delete;
       Wait& operator=(Wait const&) = delete;
       ~Wait() {
-         if (rounds_ != 0 && !inVain_) {
-            file_.waitsInVain_ = 0;
+         if (rounds_ != 0) [[unlikely]] {
+            ended();
          }
       }
       bool again() noexcept;
 
     private:
+      void ended() const noexcept;
+
       TableFile const& file_;
       U32 rounds_ = 0;
       bool writerGone_ = false;
@@ -162,6 +166,8 @@ class KIV_EXPORT TableFile {
    static void damageReporterIs(void (*reporter)(std::string_view message)) noexcept;
    // Entries that were given up because they did not come to rest.
    U64 vanished() const noexcept { return vanished_; }
+   // What damage has cost so far: slots that were looked at for nothing, and rounds of waiting.
+   U64 stepsInVain() const noexcept { return stepsInVain_; }
    void vanishedInc() const;
 
  private:
@@ -205,6 +211,7 @@ class KIV_EXPORT TableFile {
    mutable U64 vanished_ = 0;
    mutable U64 waitsInVain_ = 0;
    mutable U64 scanned_ = 0;
+   mutable U64 stepsInVain_ = 0;
    mutable U8 reported_ = 0;  // one bit a fault
    mutable std::vector<U32> givenUp_;
 };

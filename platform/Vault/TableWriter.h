@@ -289,7 +289,10 @@ void TableWriter<Record>::repair() {
    Change const change(file_);
    U32 const end = this->highWater();
    highWaterIs(end);
-   file_.numberIs(&TableHeader::succeeded, 0, std::memory_order_release);
+   if (file_.number(&TableHeader::succeeded, 1) != 0) {
+      file_.removeLeft();
+      file_.numberIs(&TableHeader::succeeded, 0, std::memory_order_release);
+   }
    bool sound = Twice::agree(load(file_.header().structure)) && (file_.number(&TableHeader::structure, 0) & 1U) == 0;
    for (U32 i = 0; i < end; ++i) {
       U32& sequence = slotAt(i).sequence;

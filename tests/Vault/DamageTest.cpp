@@ -251,7 +251,9 @@ class LargeDamageTest : public TableTest {
    }
 };
 
-TEST_F(LargeDamageTest, isToldInATimeThatTheTableBounds) {
+// A million steps take some ten milliseconds.
+TEST_F(LargeDamageTest, isToldInStepsThatTheTableBounds) {
+   constexpr U64 most = 8'000'000;
    using Damage = void (*)(TableFile&);
    for (Damage const change :
         std::initializer_list<Damage>{[](TableFile& file) { file.numberIs(&TableHeader::structure, 1); },
@@ -277,7 +279,6 @@ TEST_F(LargeDamageTest, isToldInATimeThatTheTableBounds) {
                                       }}) {
       damage(change);
       Routes::Reader const reader(path_);
-      auto const start = std::chrono::steady_clock::now();
       U32 met = 0;
       reader.walk([&](auto const&) { ++met; });
       U32 told = 0;
@@ -288,7 +289,7 @@ TEST_F(LargeDamageTest, isToldInATimeThatTheTableBounds) {
             ++told;
          }
       }
-      EXPECT_TRUE(within(start, std::chrono::minutes(1)));
+      EXPECT_LE(reader.stepsInVain(), most);
       EXPECT_TRUE(told != 0 || reader.corruptions() != 0);
       EXPECT_TRUE(met == routes || reader.vanished() >= routes);
    }

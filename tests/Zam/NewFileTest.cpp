@@ -3,6 +3,7 @@
 #include "support/Testing.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <system_error>
@@ -63,6 +64,30 @@ TEST_F(NewFileTest, nobodyElseMayWriteWhateverTheUmask) {
       ASSERT_EQ(::stat((root_ / "file").c_str(), &status), 0);
       EXPECT_EQ(status.st_mode & 0777U, expected);
    }
+}
+
+// What a killed process leaves has the name of what is on its way, and no lock.
+TEST_F(NewFileTest, whatIsLeftIsRemovedAndNothingElse) {
+   fs::create_directory(root_ / "below");
+   for (char const* const name : {"place.new.12", "below/place.new.3", "other.new.4", "place.new.5x", "place.old"}) {
+      std::ofstream(root_ / name) << "half";
+   }
+   fs::create_symlink(root_ / "place.old", root_ / "place.new.6");
+   ASSERT_EQ(::mkfifo((root_ / "place.new.7").c_str(), 0600), 0);
+   std::ofstream(root_ / "place.new.8") << "on its way";
+   int const owner = ::open((root_ / "place.new.8").c_str(), O_RDWR);
+   ASSERT_EQ(::flock(owner, LOCK_EX), 0);
+   EXPECT_EQ(removeLeftFiles(dir_.fd(), "place"), 1U);
+   EXPECT_EQ(removeLeftFiles(dir_.fd(), "below/place"), 1U);
+   EXPECT_EQ(names("below"), std::set<std::string>());
+   std::set<std::string> left{"below",       "other.new.4", "place.new.5x", "place.old",
+                              "place.new.6", "place.new.7", "place.new.8"};
+   EXPECT_EQ(names(""), left);
+   ::close(owner);
+   EXPECT_EQ(removeLeftFiles(dir_.fd(), ""), 2U);
+   left.erase("other.new.4"), left.erase("place.new.8");
+   EXPECT_EQ(names(""), left);
+   EXPECT_EQ(removeLeftFiles(dir_.fd(), "none/"), 0U);
 }
 
 TEST_F(NewFileTest, saysWhatFailedAndKeepsWhatIsThere) {
