@@ -5,6 +5,10 @@
 
 namespace cliprint {
 
+void FormatPrinter::putEscaped(Conversion const& c, std::string_view text) noexcept {
+   put(c, plainText(text));
+}
+
 void FormatPrinter::putReal(Conversion const& c, double value) noexcept {
    constexpr std::size_t maxDigits = std::numeric_limits<double>::max_exponent10 + 4 + maxFormatPrecision;
    static_assert(maxDigits <= CliPrintBuffer::maxRoom);

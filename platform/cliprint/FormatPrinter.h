@@ -2,6 +2,7 @@
 
 #include "cliprint/CliPrintBuffer.h"
 #include "cliprint/Format.h"
+#include "cliprint/PlainText.h"
 
 #include <charconv>
 #include <concepts>
@@ -11,7 +12,8 @@
 namespace cliprint {
 
 // Carries a parsed format out into a print buffer, argument by argument. Numbers are converted in the buffer itself;
-// only what needs padding goes through a local one. Allocates nothing.
+// only what needs padding goes through a local one. Texts come out plain (PlainText.h). Allocates nothing
+// for texts that are printable ASCII.
 class FormatPrinter {
  public:
    FormatPrinter(CliPrintBuffer& out, char const* format) noexcept : out_(out), format_(format) {}
@@ -37,9 +39,9 @@ class FormatPrinter {
          convert(c, value.textValue());
       } else if constexpr (std::convertible_to<T const&, char const*>) {
          char const* const text = value;
-         put(c, text != nullptr ? std::string_view(text) : std::string_view());
+         putText(c, text != nullptr ? std::string_view(text) : std::string_view());
       } else if constexpr (TextLike<T>) {
-         put(c, std::string_view(value));
+         putText(c, std::string_view(value));
       } else if constexpr (SelfFormatting<T>) {
          putSelfFormatting(c, value);
       } else if constexpr (std::same_as<T, char>) {
@@ -51,6 +53,14 @@ class FormatPrinter {
       }
    }
 
+   // What somebody may have chosen who means harm.
+   void putText(Conversion const& c, std::string_view text) noexcept {
+      if (isPrintableAscii(text)) [[likely]] {
+         put(c, text);
+      } else {
+         putEscaped(c, text);
+      }
+   }
    void put(Conversion const& c, std::string_view text) noexcept {
       if (c.plain) {
          out_.append(text);
@@ -90,6 +100,7 @@ class FormatPrinter {
       }
    }
 
+   KIV_EXPORT void putEscaped(Conversion const& c, std::string_view text) noexcept;
    KIV_EXPORT void putReal(Conversion const& c, double value) noexcept;
    KIV_EXPORT void padded(Conversion const& c, std::string_view text) noexcept;
    KIV_EXPORT void literalWithPercent(Conversion const& c) noexcept;

@@ -1,6 +1,6 @@
 #include "cliprint/JsonText.h"
 
-#include "Zam/Int.h"
+#include "cliprint/PlainText.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,10 +10,6 @@ namespace cliprint {
 
 namespace {
 
-constexpr U64 everyByte(U8 value) {
-   return value * U64{0x0101010101010101};
-}
-
 // The top bit of each byte that is zero; exact for the lowest such byte, which is all that the test below needs.
 constexpr U64 zeroBytes(U64 word) {
    return (word - everyByte(1)) & ~word & everyByte(0x80);
@@ -21,20 +17,12 @@ constexpr U64 zeroBytes(U64 word) {
 
 // Whether eight bytes hold only ASCII that stands for itself.
 bool isClean(U64 word) {
-   U64 const control = (word - everyByte(0x20)) & ~word;
-   return ((word | control) & everyByte(0x80)) == 0 && zeroBytes(word ^ everyByte('"')) == 0 &&
-          zeroBytes(word ^ everyByte('\\')) == 0;
+   return unprintable(word) == 0 && zeroBytes(word ^ everyByte('"')) == 0 && zeroBytes(word ^ everyByte('\\')) == 0;
 }
 
 bool isClean(char c) {
    auto const byte = static_cast<unsigned char>(c);
-   return byte >= 0x20 && byte < 0x80 && c != '"' && c != '\\';
-}
-
-U64 wordAt(char const* bytes) {
-   U64 word = 0;
-   std::memcpy(&word, bytes, sizeof word);
-   return word;
+   return byte >= 0x20 && byte < 0x7f && c != '"' && c != '\\';
 }
 
 // Whether the whole text stands for itself; the last word overlaps the one before it.
@@ -63,38 +51,10 @@ std::size_t cleanLength(std::string_view text) {
    return clean;
 }
 
-struct LeadByte {
-   unsigned char first, last;  // the range of lead bytes
-   unsigned char length;
-   unsigned char secondMin, secondMax;
-};
-
-// Well-formed UTF-8: the second byte's range keeps overlong forms, surrogates and too large values out.
-constexpr LeadByte leadBytes[] = {
-    {0xc2, 0xdf, 2, 0x80, 0xbf}, {0xe0, 0xe0, 3, 0xa0, 0xbf}, {0xe1, 0xec, 3, 0x80, 0xbf}, {0xed, 0xed, 3, 0x80, 0x9f},
-    {0xee, 0xef, 3, 0x80, 0xbf}, {0xf0, 0xf0, 4, 0x90, 0xbf}, {0xf1, 0xf3, 4, 0x80, 0xbf}, {0xf4, 0xf4, 4, 0x80, 0x8f},
-};
-
-// The length of the well-formed sequence beyond ASCII at the start of the text; 0 when there is none.
-std::size_t sequenceLength(std::string_view text) {
-   auto const byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-   auto const* const lead = std::ranges::find_if(
-       leadBytes, [&](LeadByte const& entry) { return byte(0) >= entry.first && byte(0) <= entry.last; });
-   if (lead == std::end(leadBytes) || text.size() < lead->length || byte(1) < lead->secondMin ||
-       byte(1) > lead->secondMax) {
-      return 0;
-   }
-   for (std::size_t i = 2; i < lead->length; ++i) {
-      if ((byte(i) & 0xc0U) != 0x80) {
-         return 0;
-      }
-   }
-   return lead->length;
-}
+constexpr std::string_view hex = "0123456789abcdef";
 
 void appendControl(CliPrintBuffer& out, unsigned char byte) {
    constexpr std::string_view shortForms("btn\0fr", 6);  // 0x08 to 0x0d; 0x0b has none
-   constexpr std::string_view hex = "0123456789abcdef";
    char const shortForm = byte >= 0x08 && byte <= 0x0d ? shortForms[byte - 0x08U] : '\0';
    out.append('\\');
    if (shortForm != '\0') {
@@ -106,21 +66,35 @@ void appendControl(CliPrintBuffer& out, unsigned char byte) {
    out.append(hex[byte & 0x0fU]);
 }
 
+// What a terminal would take for more than text has at most 16 bits.
+void appendCode(CliPrintBuffer& out, std::string_view character) {
+   bool const isShort = character.size() == 2;
+   unsigned code = static_cast<unsigned char>(character[0]) & (isShort ? 0x1fU : 0x0fU);
+   for (char const next : character.substr(1)) {
+      code = (code << 6U) | (static_cast<unsigned char>(next) & 0x3fU);
+   }
+   out.append(std::string_view("\\u"));
+   for (unsigned shift = 16; shift != 0; shift -= 4) {
+      out.append(hex[(code >> (shift - 4)) & 0x0fU]);
+   }
+}
+
 // Writes the character at the start of the text, which does not stand for itself; returns how many bytes it has.
 std::size_t appendEscaped(CliPrintBuffer& out, std::string_view text) {
+   auto const next = firstCharacter(text);
+   std::string_view const bytes = text.substr(0, next.length);
    char const c = text.front();
-   if (static_cast<unsigned char>(c) >= 0x80) {
-      std::size_t const length = sequenceLength(text);
-      out.append(length != 0 ? text.substr(0, length) : std::string_view("\xef\xbf\xbd"));
-      return std::max<std::size_t>(length, 1);
-   }
-   if (c == '"' || c == '\\') {
-      out.append('\\');
-      out.append(c);
+   if (!next.isUtf8) {
+      out.append(std::string_view("\xef\xbf\xbd"));
+   } else if (next.isHarmful) {
+      next.length == 1 ? appendControl(out, static_cast<unsigned char>(c)) : appendCode(out, bytes);
    } else {
-      appendControl(out, static_cast<unsigned char>(c));
+      if (c == '"' || c == '\\') {
+         out.append('\\');
+      }
+      out.append(bytes);
    }
-   return 1;
+   return next.length;
 }
 
 void appendPieces(CliPrintBuffer& out, std::string_view text) {

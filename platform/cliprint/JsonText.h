@@ -8,7 +8,8 @@
 #include <string_view>
 
 // JSON values in a print buffer. Strings are escaped and always valid: a byte that is not part of well-formed UTF-8
-// (overlong forms, surrogates and values above U+10FFFF are not) becomes U+FFFD.
+// (overlong forms, surrogates and values above U+10FFFF are not) becomes U+FFFD, and what is harmful to a terminal
+// (PlainText.h) is written \uNNNN.
 namespace cliprint {
 
 KIV_EXPORT void jsonAppend(CliPrintBuffer& out, std::string_view text) noexcept;

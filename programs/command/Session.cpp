@@ -6,9 +6,11 @@
 #include "Zam/Error.h"
 #include "cliprint/CliPrintBuffer.h"
 #include "cliprint/Interrupt.h"
+#include "cliprint/PlainText.h"
 #include "programs/command/Errors.h"
-#include "programs/command/Printable.h"
+#include "state/ConfigFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <new>
@@ -59,6 +61,7 @@ ExitStatus guarded(Session const& session, std::function<ExitStatus()> const& co
 void Session::watchTables() {
    Vault::TableFile::interruptedIs(cliprint::interrupted);
    Vault::TableFile::damageReporterIs(damageIs);
+   state::waitTellerIs([](std::string_view line) { Session({}, false).report(line); });
 }
 
 ExitStatus Session::carryOut(std::function<ExitStatus()> const& command) {
@@ -93,7 +96,13 @@ std::vector<Name> Session::names(NamesQuery const& query) const {
 
 ExitStatus Session::write(std::string_view text) const {
    cliprint::CliPrintBuffer buffer(output_);
-   buffer.append(text);
+   while (!text.empty()) {
+      auto const line = text.substr(0, text.find('\n'));
+      cliprint::isPrintableAscii(line) ? buffer.append(line) : buffer.append(cliprint::plainText(line));
+      text.remove_prefix(line.size());
+      buffer.append(text.substr(0, 1));
+      text.remove_prefix(std::min<std::size_t>(text.size(), 1));
+   }
    buffer.ioflush();
    return ended(cliprint::interrupted() ? EINTR : buffer.error());
 }
@@ -109,7 +118,7 @@ ExitStatus Session::ended(int error) const {
 }
 
 void Session::report(std::string_view message) const {
-   std::string const line = "kiv: " + printable(message, maxLine - std::strlen("kiv: \n")) + '\n';
+   std::string const line = "kiv: " + cliprint::plainText(message, maxLine - std::strlen("kiv: \n")) + '\n';
    [[maybe_unused]] auto const ignored = ::write(errors_, line.data(), line.size());
 }
 

@@ -26,8 +26,8 @@ class Session {
          output_(output),
          errors_(errors) {}
 
-   // For the process, before tables are used: an interrupt ends waits for their writers, and carryOut() tells of
-   // damage.
+   // For the process, before tables are used: an interrupt ends waits for their writers, carryOut() tells of damage,
+   // and a line whom a change has to wait for.
    static void watchTables();
 
    // Carries a command out; whatever it throws becomes one line and the status that it means, as does the first damage
@@ -44,13 +44,12 @@ class Session {
    bool isJson() const { return isJson_; }
    cliprint::OutputFormat format() const { return isJson_ ? cliprint::modelFormat : cliprint::textFormat; }
    int output() const { return output_; }
-   // A whole text.
+   // A whole text, each line of it plain (cliprint/PlainText.h).
    ExitStatus write(std::string_view text) const;
    // What the errno that an output ended with means: 0 for a complete one, EINTR for the user's interrupt. Tells of a
    // failure, but not of a reader that went away.
    ExitStatus ended(int error) const;
-   // One line "kiv: message" to the errors, of 1 kB at most. Whatever is in the message, it stays one line and does
-   // nothing to a terminal: control characters, what turns the direction of text and what is no UTF-8 are told as \xNN.
+   // One line "kiv: message" to the errors, plain and of 1 kB at most.
    void report(std::string_view message) const;
 
  private:

@@ -2,6 +2,7 @@
 
 #include "Capture.h"
 #include "Zam/String.h"
+#include "cliprint/AttrInfo.h"
 
 namespace {
 
@@ -42,6 +43,39 @@ TEST(Format, acceptsWhatFitsItsArguments) {
    EXPECT_TRUE((fits<int, U32, U8, std::int16_t, U64, long>("%d%u%x%d%lu%ld")));
    EXPECT_TRUE((fits<double, double, char>("%f%09.3f%c")));
    EXPECT_TRUE((fits<int, std::string_view>("\n%*s")));
+}
+
+// Whoever chose a text, it stays on its line and does nothing to a terminal, however it gets into the output.
+TEST(Format, textsComeOutPlain) {
+   auto const expectPrinted = [](std::string const& text, std::string const& plain) {
+      EXPECT_EQ(printed("%s|%-1s|", text, text.c_str()), plain + "|" + plain + "|");
+      EXPECT_EQ(rendered(textFormat,
+                         [&](auto& renderer) {
+                            cliprint::StringAttrInfo const name("name", renderer, text);
+                            renderer.addAttributes("%s", name.getArg());
+                            renderer.add(" ", "name", text);
+                         }),
+                plain + " " + plain);
+   };
+   for (unsigned byte = 1; byte < 256; ++byte) {
+      char escaped[5];
+      std::snprintf(escaped, sizeof escaped, "\\x%02x", byte);
+      std::string const plain = byte >= 0x20 && byte < 0x7f ? std::string(1, static_cast<char>(byte)) : escaped;
+      for (std::size_t const length : {1U, 7U, 8U, 9U, 17U}) {
+         std::string const before(length - 1, 'x');
+         expectPrinted(before + static_cast<char>(byte), before + plain);
+         expectPrinted(static_cast<char>(byte) + before, plain + before);
+      }
+   }
+   for (auto const& [text, plain] : std::initializer_list<std::pair<std::string, std::string>>{
+            {"caf\xc3\xa9 \xe2\x82\xac \xf0\x9f\x98\x80", "caf\xc3\xa9 \xe2\x82\xac \xf0\x9f\x98\x80"},
+            {"\xc2\x9b", "\\xc2\\x9b"},
+            {"\xe2\x80\xae", "\\xe2\\x80\\xae"},
+            {"\xe2\x80\xa8", "\\xe2\\x80\\xa8"},
+            {"\xed\xa0\x80", "\\xed\\xa0\\x80"},
+            {"\xc0\xaf\xe2\x82", "\\xc0\\xaf\\xe2\\x82"}}) {
+      expectPrinted(text, plain);
+   }
 }
 
 template <class... Args>
