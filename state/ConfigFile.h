@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 // The configuration of a state directory: a file of its own beside what the agents write, because commands change it.
@@ -26,22 +27,36 @@ class KIV_STATE_EXPORT StateDirId {
    U64 inode_ = 0;
 };
 
-// The right to change the files of a state directory. Whoever wants it waits for whoever has it; it goes with the
-// object, or with its process. It is about the directory that is in the place now, not about one that was there before.
+// Hive::StateError for a link that somebody may have made to have us change what is elsewhere.
+void refuseLinkOfOthers(std::string const& stateDir);
+
+// The right to change the files of a state directory, which only its owner can have. Whoever wants it waits for whoever
+// has it; it goes with the object, or with its process. It is about the directory that is in the place now, not about
+// one that was there before.
 class KIV_STATE_EXPORT StateDirLock {
  public:
-   // Hive::StateError when there is no such state directory, SigIntException when interrupted.
+   // Hive::StateError when there is no such state directory or it is another user's, SigIntException when interrupted.
    explicit StateDirLock(std::string const& stateDir);
-   ~StateDirLock();
-   StateDirLock(StateDirLock const&) = delete;
-   StateDirLock& operator=(StateDirLock const&) = delete;
 
    // Of the directory.
-   int descriptor() const { return descriptor_; }
+   int descriptor() const { return dir_->number; }
 
  private:
-   int descriptor_ = -1;
+   struct Descriptor {
+      explicit Descriptor(int opened) noexcept : number(opened) {}
+      Descriptor(Descriptor const&) = delete;
+      Descriptor& operator=(Descriptor const&) = delete;
+      ~Descriptor();
+
+      int number;
+   };
+
+   std::optional<Descriptor> dir_;
+   std::optional<Descriptor> lock_;
 };
+
+// For the whole process: who has waited two seconds for a lock tells in one line who has it.
+KIV_STATE_EXPORT void waitTellerIs(void (*teller)(std::string_view line)) noexcept;
 
 // A change of the configuration: read when it is made, and written at commit(), in one step. Whatever happens between,
 // the configuration is the old one or the new one. Changes wait for each other, so none is lost.

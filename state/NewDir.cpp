@@ -83,9 +83,11 @@ bool NewDir::isMade(std::string const& name, mode_t mode) {
    } catch (std::system_error const&) {
       return false;
    }
-   return ::flock(dir_->fd(), LOCK_EX | LOCK_NB) == 0 && ::fstat(dir_->fd(), &own) == 0 &&
-          ::fstatat(parent_.fd(), name.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 && own.st_ino == named.st_ino &&
-          own.st_dev == named.st_dev;
+   bool const isOurs = ::flock(dir_->fd(), LOCK_EX | LOCK_NB) == 0 && ::fstat(dir_->fd(), &own) == 0 &&
+                       ::fstatat(parent_.fd(), name.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+                       own.st_ino == named.st_ino && own.st_dev == named.st_dev;
+   mode_ = own.st_mode & 0777U;
+   return isOurs && ::fchmod(dir_->fd(), 0700) == 0;  // nobody else can lock it when we are gone
 }
 
 NewDir::~NewDir() {
@@ -98,6 +100,7 @@ std::string NewDir::path() const {
 }
 
 void NewDir::putInPlace(std::string const& name, bool replacing) const {
+   ::fchmod(dir_->fd(), mode_);
    unsigned const flags = replacing ? RENAME_EXCHANGE : RENAME_NOREPLACE;
    if (::renameat2(parent_.fd(), name_.c_str(), parent_.fd(), name.c_str(), flags) != 0) {
       refuse(parentPath_ / name, "cannot be put in place");

@@ -35,6 +35,7 @@ class NewDir {
    Zam::Directory parent_;
    std::string name_;
    std::optional<Zam::Directory> dir_;
+   mode_t mode_ = 0700;  // in its place; until then it is private
 };
 
 // Removes what killed processes of this user left of such directories; how many there were.

@@ -36,6 +36,7 @@ bool isReplaceable(fs::path const& dir) {
 
 // The directory itself, whatever links and dots lead there.
 fs::path resolved(std::string const& stateDir) {
+   refuseLinkOfOthers(stateDir);
    std::error_code error;
    fs::path const dir = stateDir.empty() ? fs::path() : fs::weakly_canonical(fs::absolute(stateDir), error);
    if (error || stateDir.empty()) {
@@ -138,7 +139,15 @@ void writeStateDir(State const& state, std::string const& stateDir) {
 
 U32 removeLeftovers(std::string const& stateDir) {
    fs::path const place = resolved(stateDir);
-   return removeLeftDirs(place.parent_path(), prefixOf(place)) + removeLeftDirs("/dev/shm", privatePrefix) +
+   U32 files = Zam::removeLeftFiles(AT_FDCWD, place / "");
+   std::error_code error;
+   for (auto entry = fs::recursive_directory_iterator(place, error); !error && entry != fs::end(entry);
+        entry.increment(error)) {
+      if (entry->is_directory(error)) {
+         files += Zam::removeLeftFiles(AT_FDCWD, entry->path() / "");
+      }
+   }
+   return files + removeLeftDirs(place.parent_path(), prefixOf(place)) + removeLeftDirs("/dev/shm", privatePrefix) +
           removeLeftDirs(temporary(), privatePrefix);
 }
 

@@ -24,8 +24,9 @@ KIV_STATE_EXPORT void writeTables(State const& state, Hive::EntityManager const&
 // change of its configuration that is under way is waited for.
 KIV_STATE_EXPORT void writeStateDir(State const& state, std::string const& stateDir);
 
-// Removes what killed processes of this user left behind: half-made directories beside the place, and private ones. How
-// many there were. A load does the same before it begins.
+// Removes what killed processes of this user left behind: half-made directories beside the place, files in it, and
+// private directories. How many there were. A load removes the directories before it begins, a writer the files of its
+// table.
 KIV_STATE_EXPORT U32 removeLeftovers(std::string const& stateDir);
 
 // What a state directory holds beside its tables, all of one load.

@@ -11,10 +11,13 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <future>
 #include <memory>
+#include <thread>
 #include <vector>
 
 namespace state {
@@ -82,6 +85,36 @@ std::string contents(std::string const& file, Stream const& in) {
       failFor(file, std::strerror(errno));
    }
    return text;
+}
+
+struct Parsed {
+   explicit Parsed(std::string json) : text(std::move(json)) { text.reserve(text.size() + simdjson::SIMDJSON_PADDING); }
+   void parse() { error = parser->parse(text).get(root); }
+
+   std::string text;
+   std::unique_ptr<simdjson::dom::parser> parser = std::make_unique<simdjson::dom::parser>();
+   simdjson::dom::element root;
+   simdjson::error_code error = simdjson::SUCCESS;
+};
+
+// The parser takes no interrupt. A large text has a thread of its own, which is left to itself when there is one, with
+// what it works on.
+std::shared_ptr<Parsed> parsedText(std::string text) {
+   constexpr std::size_t large = 4'000'000;
+   constexpr std::chrono::milliseconds look(10);
+   auto parsed = std::make_shared<Parsed>(std::move(text));
+   if (parsed->text.size() < large) {
+      parsed->parse();
+      return parsed;
+   }
+   std::packaged_task<void()> task([parsed] { parsed->parse(); });
+   auto done = task.get_future();
+   std::thread(std::move(task)).detach();
+   while (done.wait_for(look) != std::future_status::ready) {
+      endWhenInterrupted();
+   }
+   done.get();
+   return parsed;
 }
 
 }  // namespace
@@ -184,13 +217,14 @@ JsonDocument JsonDocument::loadIn(int dir, std::string const& dirName, char cons
 
 JsonDocument JsonDocument::parse(std::string file, std::string text) {
    JsonDocument document(std::move(file));
-   document.parser_ = std::make_unique<simdjson::dom::parser>();
-   text.reserve(text.size() + simdjson::SIMDJSON_PADDING);
-   auto const error = document.parser_->parse(text).get(document.root_);
-   if (error != simdjson::SUCCESS) {
-      std::string const where = whereNotJson(text);
-      throw JsonError(document.file_ + ": " + (where.empty() ? "" : where + ": ") + simdjson::error_message(error));
+   auto parsed = parsedText(std::move(text));
+   if (parsed->error != simdjson::SUCCESS) {
+      std::string const where = whereNotJson(parsed->text);
+      throw JsonError(document.file_ + ": " + (where.empty() ? "" : where + ": ") +
+                      simdjson::error_message(parsed->error));
    }
+   document.parser_ = std::move(parsed->parser);
+   document.root_ = parsed->root;
    return document;
 }
 

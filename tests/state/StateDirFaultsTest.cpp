@@ -83,8 +83,16 @@ TEST_F(StateDirFaults, LeftoversGoAndNothingElse) {
    fs::create_directory(dir_ / ".state.newer");
    fs::create_directory_symlink(dir_ / ".state.newer", dir_ / ".state.new.2");
    std::ofstream(dir_ / ".state.newer/kept") << "text";
-   EXPECT_EQ(removeLeftovers(place_), 1U);
+   writeStateDir(stateOf(1), place_);
    EXPECT_FALSE(fs::exists(dir_ / ".state.new.1"));
+   fs::create_directory(dir_ / ".state.new.3");
+   for (std::string const name : {"state/config.json.new.1", "state/fib/route/0.new.2"}) {
+      std::ofstream(dir_ / name) << "half";
+   }
+   ConfigChange(place_).commit();
+   EXPECT_FALSE(fs::exists(dir_ / "state/config.json.new.1"));
+   EXPECT_EQ(removeLeftovers(place_), 2U);
+   EXPECT_FALSE(fs::exists(dir_ / "state/fib/route/0.new.2"));
    EXPECT_TRUE(fs::exists(dir_ / ".state.newer/kept"));
    EXPECT_TRUE(fs::is_symlink(dir_ / ".state.new.2"));
 }
