@@ -87,10 +87,14 @@ ExitStatus help(Session& session, NoArguments const&) {
 constexpr std::array table{command<help>("help", "the commands and options", noClauses)};
 
 ExitStatus runCommand(Session& session, Options const& options) {
+   bool const asksWhatMayFollow = !options.words.empty() && options.words.back() == "?";
+   if (session.isJson() && (options.help || asksWhatMayFollow)) {
+      throw UsageError(options.help ? "\"--help\": has no JSON" : "\"?\": has no JSON");
+   }
    if (options.help) {
       return session.write(wholeHelp());
    }
-   if (!options.words.empty() && options.words.back() == "?") {
+   if (asksWhatMayFollow) {
       auto const names = [&](NamesQuery const& query) { return session.names(query); };
       return session.write(nextText(commands(), {options.words.begin(), options.words.end() - 1}, names));
    }
