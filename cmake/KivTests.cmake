@@ -23,7 +23,7 @@ kiv_test_target(testsupport)
 target_precompile_headers(testsupport PRIVATE tests/support/Testing.h)
 
 file(GLOB folders RELATIVE ${PROJECT_SOURCE_DIR}/tests CONFIGURE_DEPENDS tests/*)
-list(REMOVE_ITEM folders install support)
+list(REMOVE_ITEM folders faults install support)
 foreach(folder IN LISTS folders)
    file(GLOB_RECURSE sources CONFIGURE_DEPENDS tests/${folder}/*.cpp)
    if(NOT sources)
@@ -53,3 +53,12 @@ endforeach()
 add_test(NAME install COMMAND ${PROJECT_SOURCE_DIR}/tests/install/run ${PROJECT_BINARY_DIR} ${CMAKE_CXX_COMPILER}
    ${CMAKE_INSTALL_LIBDIR} ${kiv_sanitize})
 set_tests_properties(install PROPERTIES TIMEOUT 300)
+
+# What may happen to kiv, in short; time limits are stretched where everything is slower.
+find_package(Python3 COMPONENTS Interpreter REQUIRED)
+if(TARGET kiv)
+   set(patience $<IF:$<BOOL:${KIV_SANITIZE}>,20,$<IF:$<CONFIG:Release>,3,8>>)
+   add_test(NAME faults COMMAND Python3::Interpreter ${PROJECT_SOURCE_DIR}/tests/faults/run $<TARGET_FILE:kiv> --short
+      --patience ${patience})
+   set_tests_properties(faults PROPERTIES TIMEOUT 600)
+endif()
