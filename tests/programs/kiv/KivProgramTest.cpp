@@ -66,38 +66,6 @@ TEST_F(KivProgram, EndsQuietlyWhenItsReaderGoesAway) {
    }
 }
 
-// A shell without job control starts what is in the background with SIGINT ignored, which it stays.
-TEST_F(KivProgram, StopsWhenInterrupted) {
-   ASSERT_EQ(run(std::string(makeBig) + "$KIV load $DIR/big.json --state $DIR/s").status, 0);
-   struct Case {
-      std::string before;
-      std::string signal;
-      int status;
-   };
-   for (auto const& [before, signal, status] : {Case{"set -m; ", "INT", 130}, {"", "TERM", 143}, {"", "INT", 0}}) {
-      // Its reader takes one line and waits, so that it is in the middle of its output, most likely waiting for its
-      // reader.
-      Finished const finished = run(before + R"(rm -f $DIR/pipe; mkfifo $DIR/pipe
-$KIV --state $DIR/s show ip route >$DIR/pipe & pid=$!
-exec 3<$DIR/pipe
-read -r -u 3 line && read -r -u 3 line
-kill -)" + signal + R"( $pid
-cat <&3 >$DIR/rest
-wait $pid)");
-      EXPECT_EQ(finished.status, status) << signal << finished.err;
-      EXPECT_EQ(finished.err, "");
-      std::string const rest = fileText(run.dir() / "rest");
-      EXPECT_EQ(rest.find("10.79.249.0/24") != std::string::npos, status == 0) << signal;
-   }
-}
-
-TEST_F(KivProgram, LeavesNothingInMemoryBehind) {
-   constexpr char const* list = "ls -d /dev/shm/kiv.* ${TMPDIR:-/tmp}/kiv.?????? 2>/dev/null | sort";
-   std::string const before = run(list).out;
-   run("$KIV --snapshot $DEMO show ip route; $KIV --snapshot $DEMO show ip route vrf nosuch");
-   EXPECT_EQ(run(list).out, before);
-}
-
 // Another implementation of JSON Schema agrees with the reader about the examples.
 TEST_F(KivProgram, ExamplesFollowTheSchema) {
    Finished const finished = run("cd '" KIV_SOURCE_DIR R"('; for python in python3 /usr/bin/python3; do
