@@ -7,8 +7,10 @@
 #include "cliprint/CliPrintBuffer.h"
 #include "cliprint/Interrupt.h"
 #include "cliprint/PlainText.h"
+#include "programs/command/Age.h"
 #include "programs/command/Errors.h"
 #include "state/ConfigFile.h"
+#include "state/LiveStatus.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -82,12 +84,21 @@ std::string const& Session::stateDir(std::string_view command, std::string_view 
    return source_.path;
 }
 
+state::Inputs Session::inputs() const {
+   if (source_.kind == SourceKind::stateDir) {
+      if (auto const live = state::liveStateOf(source_.path); live && !live->isKept) {
+         report(source_.path + ": nobody has kept this state for " + ageText(live->status.lastSeen));
+      }
+   }
+   return inputsFrom(source_);
+}
+
 std::vector<Name> Session::names(NamesQuery const& query) const {
    if (query.named == Named::nothing || query.named == Named::file) {
       return query.named == Named::file ? fileNames(query.partial) : std::vector<Name>();
    }
    try {
-      state::Inputs read = inputs();
+      state::Inputs read = inputsFrom(source_);
       return namesIn(read, query);
    } catch (std::exception const&) {
       return {};

@@ -35,7 +35,8 @@ class Session {
    ExitStatus carryOut(std::function<ExitStatus()> const& command);
 
    Source const& source() const { return source_; }
-   state::Inputs inputs() const { return inputsFrom(source_); }
+   // Tells when nobody keeps any more what a follower kept.
+   state::Inputs inputs() const;
    // The directory that a command changes; a usage error with what `toSay` tells when the source is none.
    std::string const& stateDir(std::string_view command, std::string_view toSay) const;
    // What is called how now; nothing of a box that cannot be read.

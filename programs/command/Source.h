@@ -6,6 +6,12 @@
 
 namespace kiv {
 
+// What a follower keeps a directory equal to, and tells.
+struct Following {
+   bool kernel = false;
+   bool print = false;  // each change
+};
+
 // Where the state of the box is read from.
 enum class SourceKind { stateDir, snapshot, kernel };
 
@@ -13,6 +19,7 @@ struct Source {
    SourceKind kind = SourceKind::kernel;
    std::string path{};    // of the directory or the file
    bool isNamed = false;  // by the user, for this command
+   Following following{};
 };
 
 // The tables and entities of the box that a command is about.

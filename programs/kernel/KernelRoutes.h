@@ -2,6 +2,7 @@
 
 #include "programs/kernel/Records.h"
 
+#include <ranges>
 #include <set>
 #include <tuple>
 
@@ -11,7 +12,21 @@ namespace kernel {
 // prefix, the type of service and the priority; of routes with one key the first is used (IPv4), or each stands for
 // itself, but for those with a gateway, which are the legs of one (IPv6).
 class KernelRoutes {
+ public:
+   // All routes of a prefix in one table.
+   struct Place {
+      U32 table = 0;
+      Lumen::IpGenPrefix prefix{};
+
+      auto operator<=>(Place const&) const = default;
+   };
+   static Place placeOf(KernelRoute const& route) { return {route.table, route.prefix}; }
+
+ private:
    struct InOrder {
+      using is_transparent = void;
+      bool operator()(KernelRoute const& one, Place const& other) const { return placeOf(one) < other; }
+      bool operator()(Place const& one, KernelRoute const& other) const { return one < placeOf(other); }
       bool operator()(KernelRoute const& one, KernelRoute const& other) const {
          auto const key = [](KernelRoute const& r) {
             return std::tie(r.table, r.prefix, r.sourceLength, r.tos, r.metric);
@@ -28,6 +43,11 @@ class KernelRoutes {
    void routeIs(KernelRoute route, U16 flags);
    void routeDel(KernelRoute const& route);
 
+   std::ranges::subrange<Set::const_iterator> at(Place const& place) const {
+      auto const [first, last] = routes_.equal_range(place);
+      return {first, last};
+   }
+   std::size_t size() const { return routes_.size(); }
    Set::const_iterator begin() const { return routes_.begin(); }
    Set::const_iterator end() const { return routes_.end(); }
 

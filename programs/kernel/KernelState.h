@@ -2,6 +2,7 @@
 
 #include "programs/kernel/Model.h"
 #include "programs/kernel/StableIds.h"
+#include "programs/kernel/Topology.h"
 #include "state/State.h"
 
 // The Linux kernel's forwarding as a State: how kinds of routes, tables, protocols and next hops translate is told in
@@ -21,6 +22,12 @@ struct ForwardingIds {
 
 // The machine, as seen from the caller's network namespace.
 state::State readMachine();
+
+// Whether the namespace forwards packets; true when it does not tell.
+bool forwards(Lumen::AddressFamily family);
+// Notes a static default route that has no way out left: it is not in the FIB and still a configured one.
+void unusableDefaultIs(state::VrfState& vrf, Lumen::IpGenPrefix const& prefix, U8 preference);
+Vault::Fib::Via viaOf(Hop const& hop, Topology const& topology, Tunnel::TunnelId tunnelId);
 
 state::State stateFrom(Model const& model);
 state::State stateFrom(Model const& model, ForwardingIds& ids);

@@ -25,15 +25,16 @@ bool comesAfter(Address const& one, Address const& added) {
 
 }  // namespace
 
-void LinkAddresses::addressIs(Address const& address) {
+bool LinkAddresses::addressIs(Address const& address) {
    auto& addresses = byLink_[address.link];
    auto const own = std::ranges::find_if(addresses, [&](Address const& a) { return isSame(a, address); });
    if (own != addresses.end() && own->secondary == address.secondary) {
       *own = address;
-      return;
+      return false;
    }
    addressDel(address);
    addresses.insert(std::ranges::find_if(addresses, [&](Address const& a) { return comesAfter(a, address); }), address);
+   return true;
 }
 
 void LinkAddresses::addressDel(Address const& address) {

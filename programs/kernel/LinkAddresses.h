@@ -12,8 +12,8 @@ class LinkAddresses {
  public:
    // The next one of a dump.
    void append(Address const& address) { byLink_[address.link].push_back(address); }
-   // As a notification tells it.
-   void addressIs(Address const& address);
+   // As a notification tells it; the first, whether it is new.
+   bool addressIs(Address const& address);
    void addressDel(Address const& address);
    void linkDel(U32 link) { byLink_.erase(link); }
 

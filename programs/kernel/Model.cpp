@@ -3,6 +3,8 @@
 #include "programs/kernel/Decode.h"
 #include "programs/kernel/RtnlMessages.h"
 
+#include <linux/if.h>
+#include <linux/netconf.h>
 #include <linux/rtnetlink.h>
 #include <utility>
 
@@ -10,15 +12,36 @@ namespace kernel {
 
 using Lumen::AddressFamily;
 
+namespace {
+
+// What routes depend on without being told when it changes.
+bool leavesDoubt(Link const& before, Link const& after) {
+   constexpr U32 flags = IFF_UP | IFF_RUNNING | IFF_LOWER_UP;
+   return ((before.flags ^ after.flags) & flags) != 0 || before.master != after.master;
+}
+
+// Which settings of forwarding have changed; that of dead next hops changes routes.
+void takeSettings(Message const& message, Changes& changes) {
+   ByteReader in(message.payload);
+   in.takePadded(sizeof(netconfmsg));
+   changes.settings = true;
+   forEachAttribute(in.rest(), [&](Attribute const& attribute) {
+      changes.doubt |= attribute.type == NETCONFA_IGNORE_ROUTES_WITH_LINKDOWN;
+   });
+}
+
+}  // namespace
+
 Model::Model(Dumps const& dumps) {
-   forEachMessage(dumps.links, RTM_NEWLINK, [&](Message const& message) { takeLink(message); });
+   Changes all;
+   forEachMessage(dumps.links, RTM_NEWLINK, [&](Message const& message) { takeLink(message, all); });
    forEachMessage(dumps.addresses, RTM_NEWADDR, [&](Message const& message) {
       if (auto const address = decodeAddress(message.payload)) {
          addresses_.append(*address);
       }
    });
    if (!dumps.nextHops.empty()) {
-      forEachMessage(dumps.nextHops, RTM_NEWNEXTHOP, [&](Message const& message) { takeNextHop(message); });
+      forEachMessage(dumps.nextHops, RTM_NEWNEXTHOP, [&](Message const& message) { takeNextHop(message, all); });
    }
    fillRoutes(dumps.routes4, AddressFamily::ipv4);
    fillRoutes(dumps.routes6, AddressFamily::ipv6);
@@ -35,63 +58,82 @@ void Model::fillRoutes(Bytes dump, AddressFamily family) {
    });
 }
 
-void Model::notify(Bytes datagram) {
+void Model::notify(Bytes datagram, Changes& changes) {
    for (ByteReader in(datagram); !in.atEnd();) {
-      take(takeMessage(in));
+      take(takeMessage(in), changes);
    }
 }
 
-void Model::take(Message const& message) {
+void Model::take(Message const& message, Changes& changes) {
    switch (message.type) {
       case RTM_NEWLINK:
       case RTM_DELLINK:
-         return takeLink(message);
+         return takeLink(message, changes);
       case RTM_NEWADDR:
       case RTM_DELADDR:
-         return takeAddress(message);
+         return takeAddress(message, changes);
       case RTM_NEWNEXTHOP:
       case RTM_DELNEXTHOP:
-         return takeNextHop(message);
+         return takeNextHop(message, changes);
       case RTM_NEWROUTE:
       case RTM_DELROUTE:
-         return takeRoute(message);
+         return takeRoute(message, changes);
+      case RTM_NEWNETCONF:
+         return takeSettings(message, changes);
       default:
          return;
    }
 }
 
-void Model::takeLink(Message const& message) {
+void Model::takeLink(Message const& message, Changes& changes) {
    auto link = decodeLink(message.payload);
    if (!link) {
       return;
    }
+   changes.entities = true;
    U32 const index = link->index;
+   auto const known = links_.find(index);
    if (message.type == RTM_NEWLINK) {
+      changes.doubt |= known != links_.end() && leavesDoubt(known->second, *link);
       links_.insert_or_assign(index, *std::move(link));
    } else {
+      changes.doubt = true;
       links_.erase(index);
       addresses_.linkDel(index);
    }
 }
 
-void Model::takeAddress(Message const& message) {
-   if (auto const address = decodeAddress(message.payload)) {
-      message.type == RTM_NEWADDR ? addresses_.addressIs(*address) : addresses_.addressDel(*address);
+void Model::takeAddress(Message const& message, Changes& changes) {
+   auto const address = decodeAddress(message.payload);
+   if (!address) {
+      return;
+   }
+   changes.entities = true;
+   if (message.type == RTM_NEWADDR) {
+      // Next hops that were dead live again when their link has its first IPv4 address.
+      bool const isNew = addresses_.addressIs(*address);
+      changes.doubt |= isNew && address->local.family() == AddressFamily::ipv4;
+   } else {
+      changes.doubt = true;
+      addresses_.addressDel(*address);
    }
 }
 
-void Model::takeNextHop(Message const& message) {
+void Model::takeNextHop(Message const& message, Changes& changes) {
    NextHop nextHop = decodeNextHop(message.payload);
    U32 const id = nextHop.id;
+   changes.nextHops = true;
    if (message.type == RTM_NEWNEXTHOP) {
       nextHops_.insert_or_assign(id, std::move(nextHop));
    } else {
+      changes.doubt = true;
       nextHops_.erase(id);
    }
 }
 
-void Model::takeRoute(Message const& message) {
+void Model::takeRoute(Message const& message, Changes& changes) {
    if (auto route = decodeRoute(message.payload)) {
+      changes.routes.push_back(KernelRoutes::placeOf(*route));
       KernelRoutes& routes = routesOf(*route);
       message.type == RTM_NEWROUTE ? routes.routeIs(*std::move(route), message.flags) : routes.routeDel(*route);
    }

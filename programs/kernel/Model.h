@@ -1,5 +1,6 @@
 #pragma once
 
+#include "programs/kernel/Changes.h"
 #include "programs/kernel/KernelRoutes.h"
 #include "programs/kernel/LinkAddresses.h"
 #include "programs/kernel/RtnlSocket.h"
@@ -15,10 +16,11 @@ struct Message;
 // object) stays until it is dumped again. All functions throw RtnlError for bytes that are not what they should be.
 class Model {
  public:
+   Model() = default;
    explicit Model(Dumps const& dumps);
 
-   // A datagram of notifications; of other types than those of dumps, nothing.
-   void notify(Bytes datagram);
+   // A datagram of notifications; of other types than those of dumps, nothing. Adds to what has changed.
+   void notify(Bytes datagram, Changes& changes);
 
    std::map<U32, Link> const& links() const { return links_; }
    LinkAddresses const& addresses() const { return addresses_; }
@@ -29,11 +31,11 @@ class Model {
 
  private:
    void fillRoutes(Bytes dump, Lumen::AddressFamily family);
-   void take(Message const& message);
-   void takeLink(Message const& message);
-   void takeAddress(Message const& message);
-   void takeNextHop(Message const& message);
-   void takeRoute(Message const& message);
+   void take(Message const& message, Changes& changes);
+   void takeLink(Message const& message, Changes& changes);
+   void takeAddress(Message const& message, Changes& changes);
+   void takeNextHop(Message const& message, Changes& changes);
+   void takeRoute(Message const& message, Changes& changes);
    KernelRoutes& routesOf(KernelRoute const& route);
 
    std::map<U32, Link> links_;  // by index, as are dumps

@@ -72,6 +72,10 @@ void Topology::addVrfs(std::map<U32, Link> const& links) {
    vrfByTable_.erase(Vrf::VrfIdMap::defaultVrf);
    vrfByTable_.emplace(RT_TABLE_MAIN, 0);
    vrfByTable_.emplace(RT_TABLE_LOCAL, 0);
+   tables_.resize(vrfs_.size());
+   for (auto const& [table, vrf] : vrfByTable_) {
+      tables_[vrf].push_back(table);
+   }
 }
 
 void Topology::addInterface(Link const& link, state::VrfId vrfId) {
@@ -107,6 +111,15 @@ void Topology::addAddress(Address const& address) {
 std::optional<std::size_t> Topology::vrfOfTable(U32 table) const {
    auto const found = vrfByTable_.find(table);
    return found != vrfByTable_.end() ? std::optional(found->second) : std::nullopt;
+}
+
+bool Topology::mapsLike(Topology const& other) const {
+   bool const haveSameLinks = interfaceByIndex_.size() == other.interfaceByIndex_.size() &&
+                              std::ranges::all_of(interfaceByIndex_, [&](auto const& at) {
+                                 return other.interface(at.first) == interface(at.first);
+                              });
+   return haveSameLinks && vrfByTable_ == other.vrfByTable_ && tunnelTypes_ == other.tunnelTypes_ &&
+          std::ranges::equal(vrfs_, other.vrfs_, {}, &state::VrfState::id, &state::VrfState::id);
 }
 
 Tunnel::IpEncapType Topology::tunnelType(U32 link) const {

@@ -19,15 +19,22 @@ namespace kernel {
 // links of one name.
 class Topology {
  public:
+   Topology() = default;
    explicit Topology(Model const& model);
 
    // Position of the VRF to which the table belongs; none for a table of policy routing.
    std::optional<std::size_t> vrfOfTable(U32 table) const;
+   // The tables of the VRF at a position.
+   std::vector<U32> const& tablesOf(std::size_t vrf) const { return tables_[vrf]; }
    // The link's interface; an invalid one when there is no such link.
    Lumen::IntfId interface(U32 link) const;
    // The kind of outer header that the link adds.
    Tunnel::IpEncapType tunnelType(U32 link) const;
    // Whether the prefix is the subnet of one of the link's own addresses.
+   using Subnets = std::set<std::pair<U32, Lumen::IpGenPrefix>>;
+   Subnets const& subnets() const { return subnets_; }
+   // Whether routes are the same in both but for those of subnets.
+   bool mapsLike(Topology const& other) const;
    bool isSubnet(U32 link, Lumen::IpGenPrefix const& prefix) const { return subnets_.contains({link, prefix}); }
 
    std::vector<state::Interface> const& interfaces() const { return interfaces_; }
@@ -40,10 +47,11 @@ class Topology {
 
    std::vector<state::Interface> interfaces_;
    std::vector<state::VrfState> vrfs_;
+   std::vector<std::vector<U32>> tables_;  // by position of the VRF
    std::unordered_map<U32, std::size_t> interfaceByIndex_;
    std::unordered_map<U32, std::size_t> vrfByTable_;
    std::unordered_map<U32, Tunnel::IpEncapType> tunnelTypes_;  // by link
-   std::set<std::pair<U32, Lumen::IpGenPrefix>> subnets_;
+   Subnets subnets_;
 };
 
 }  // namespace kernel

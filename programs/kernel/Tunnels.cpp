@@ -13,19 +13,19 @@ Tunnel::TunnelId Tunnels::tunnelOf(Hop const& hop) {
    auto const [index, isFirst] = tunnelIds_.use(way);
    Tunnel::TunnelId const tunnelId = Tunnel::tunnelIdOf(Tunnel::TunnelType::staticTunnel, index);
    if (isFirst) {
-      state_.tunnels.push_back({tunnelId, entryOf(hop)});
+      state_.tunnels.push_back({tunnelId, tunnelEntryOf(hop, topology_, labelStackOf(hop.encap->labels))});
    }
    return tunnelId;
 }
 
 // The device that adds an outer header knows better than the route what kind it is.
-Tunnel::TunnelFib::Entry Tunnels::entryOf(Hop const& hop) {
+Tunnel::TunnelFib::Entry tunnelEntryOf(Hop const& hop, Topology const& topology, Tunnel::TunnelFib::EncapId labels) {
    Tunnel::TunnelFib::Entry entry;
    entry.ipEncap = hop.encap->ip;
-   if (auto const type = topology_.tunnelType(hop.link); entry.ipEncap && type != Tunnel::IpEncapType::none) {
+   if (auto const type = topology.tunnelType(hop.link); entry.ipEncap && type != Tunnel::IpEncapType::none) {
       entry.ipEncap.type = type;
    }
-   entry.vias.push_back({{}, topology_.interface(hop.link), hop.gateway, labelStackOf(hop.encap->labels)});
+   entry.vias.push_back({{}, topology.interface(hop.link), hop.gateway, labels});
    return entry;
 }
 

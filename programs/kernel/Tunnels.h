@@ -7,6 +7,9 @@
 
 namespace kernel {
 
+// The tunnel of a next hop with an encapsulation, which pushes the label stack of this id, 0 for none.
+Tunnel::TunnelFib::Entry tunnelEntryOf(Hop const& hop, Topology const& topology, Tunnel::TunnelFib::EncapId labels);
+
 // Gives next hops with an encapsulation a static tunnel of their own, and puts the tunnels and their label stacks into
 // a state: equal ones once.
 class Tunnels {
@@ -22,7 +25,6 @@ class Tunnels {
    Tunnel::TunnelId tunnelOf(Hop const& hop);
 
  private:
-   Tunnel::TunnelFib::Entry entryOf(Hop const& hop);
    Tunnel::TunnelFib::EncapId labelStackOf(Lumen::MplsLabelOperation const& labels);
 
    state::State& state_;

@@ -2,6 +2,7 @@
 
 #include "programs/kiv/Check.h"
 #include "programs/kiv/Configure.h"
+#include "programs/kiv/Follow.h"
 #include "programs/kiv/Load.h"
 #include "programs/kiv/NexthopGroups.h"
 #include "programs/kiv/Program.h"
@@ -16,7 +17,7 @@ std::span<Command const> commands() {
       std::vector<Command> all;
       for (auto const family :
            {routeCommands(), summaryCommands(), showConfigurationCommands(), staticRouteCommands(), configureCommands(),
-            checkCommands(), nexthopGroupCommands(), loadCommands(), programCommands()}) {
+            checkCommands(), nexthopGroupCommands(), loadCommands(), followCommands(), programCommands()}) {
          all.insert(all.end(), family.begin(), family.end());
       }
       return all;

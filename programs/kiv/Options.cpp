@@ -33,9 +33,17 @@ class Parser {
          }
       }
       takePipe();
-      if (!sourceGiven_ && !defaultStateDir.empty()) {
-         options_.source = {SourceKind::stateDir, defaultStateDir};
+      if (kernelGiven_ && !isFollow()) {
+         sourceIs(SourceKind::kernel, {});
       }
+      if (following_.print && !isFollow()) {
+         throw UsageError("--print: command line: only a follower prints changes");
+      }
+      following_.kernel = kernelGiven_;
+      if (!sourceGiven_ && !defaultStateDir.empty()) {
+         options_.source = {.kind = SourceKind::stateDir, .path = defaultStateDir};
+      }
+      options_.source.following = following_;
       return std::move(options_);
    }
 
@@ -75,8 +83,11 @@ class Parser {
          throw UsageError("command line: only one of --state, --snapshot and --kernel can be given");
       }
       sourceGiven_ = true;
-      options_.source = {kind, std::string(path), true};
+      options_.source = {.kind = kind, .path = std::string(path), .isNamed = true};
    }
+
+   // The one command with a source and a directory.
+   bool isFollow() const { return !options_.words.empty() && options_.words.front() == "follow"; }
 
    // A command may end in "| json", as a word of its own or two.
    void takePipe() {
@@ -95,6 +106,8 @@ class Parser {
    Options options_;
    bool onlyWords_ = false;
    bool sourceGiven_ = false;
+   bool kernelGiven_ = false;
+   Following following_;
 };
 
 std::span<Parser::Option const> Parser::table() {
@@ -102,7 +115,8 @@ std::span<Parser::Option const> Parser::table() {
        {"--state", true, [](Parser& parser, std::string_view value) { parser.sourceIs(SourceKind::stateDir, value); }},
        {"--snapshot", true,
         [](Parser& parser, std::string_view value) { parser.sourceIs(SourceKind::snapshot, value); }},
-       {"--kernel", false, [](Parser& parser, std::string_view) { parser.sourceIs(SourceKind::kernel, {}); }},
+       {"--kernel", false, [](Parser& parser, std::string_view) { parser.kernelGiven_ = true; }},
+       {"--print", false, [](Parser& parser, std::string_view) { parser.following_.print = true; }},
        {"--json", false, [](Parser& parser, std::string_view) { parser.options_.json = true; }},
        {"--help", false, [](Parser& parser, std::string_view) { parser.options_.help = true; }},
    });

@@ -62,6 +62,7 @@ Sources:
   --state DIR        a state directory; default: $KIV_STATE
   --snapshot FILE    a snapshot, without loading it anywhere
   --kernel           this machine's own forwarding; what is used when nothing else is given
+  follow --kernel    keeps the directory of --state equal to the kernel; with --print it tells each change as JSON
 
 Options:
   --json             write JSON, as "| json" at the end of a command does

@@ -120,8 +120,9 @@ class Notifications {
 
    void giveTo(kernel::Model& model) {
       std::vector<std::byte> datagram(1 << 16);
+      kernel::Changes changes;
       for (ssize_t count = 0; (count = ::recv(socket_, datagram.data(), datagram.size(), 0)) > 0;) {
-         model.notify(kernel::Bytes(datagram).first(static_cast<std::size_t>(count)));
+         model.notify(kernel::Bytes(datagram).first(static_cast<std::size_t>(count)), changes);
       }
    }
 
