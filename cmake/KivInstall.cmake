@@ -8,6 +8,9 @@ install(DIRECTORY platform/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/KivCliSuppor
 install(DIRECTORY Kiv DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/KivCliSupport FILES_MATCHING PATTERN "*.h")
 if(TARGET kiv)
    install(TARGETS kiv)
+   configure_file(programs/systemd/kiv-follow.service.in kiv-follow.service @ONLY)
+   install(FILES ${PROJECT_BINARY_DIR}/kiv-follow.service DESTINATION lib/systemd/system)
+   install(FILES programs/systemd/kiv.sysusers DESTINATION lib/sysusers.d RENAME kiv.conf)
 endif()
 
 configure_package_config_file(cmake/KivCliSupportConfig.cmake.in KivCliSupportConfig.cmake

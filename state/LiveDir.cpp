@@ -85,6 +85,7 @@ LiveDir::LiveDir(std::string stateDir, std::string_view source)
       status_(OpenDir(stateDir_).fd, stateDir_) {
    LiveStatus& status = status_.value();
    status.pid = static_cast<U64>(::getpid());
+   status.networkNamespace = networkNamespace();
    status.started = status.lastSeen = systemTime();
    std::ranges::copy_n(source.begin(), static_cast<std::ptrdiff_t>(std::min(source.size(), status.source.size() - 1)),
                        status.source.begin());

@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -40,6 +41,11 @@ U64 systemTime() noexcept {
    timespec now{};
    ::clock_gettime(CLOCK_REALTIME, &now);
    return static_cast<U64>(now.tv_sec) * nanoseconds + static_cast<U64>(now.tv_nsec);
+}
+
+U64 networkNamespace() noexcept {
+   struct stat info {};
+   return ::stat("/proc/thread-self/ns/net", &info) == 0 ? info.st_ino : 0;
 }
 
 LiveStatusFile::LiveStatusFile(int dir, std::string const& stateDir)

@@ -18,6 +18,7 @@ struct LiveStatus {
 
    U64 magic = magicNumber;
    U64 pid = 0;
+   U64 networkNamespace = 0;  // whose forwarding it is
    U64 started = 0;
    U64 lastSeen = 0;    // alive, to a second or two
    U64 lastChange = 0;  // of any route or entity
@@ -57,5 +58,7 @@ struct LiveState {
 // Of the state directory; nothing of one that no daemon has kept.
 KIV_STATE_EXPORT std::optional<LiveState> liveStateOf(std::string const& stateDir);
 KIV_STATE_EXPORT U64 systemTime() noexcept;
+// What tells the network namespace of this thread from others.
+KIV_STATE_EXPORT U64 networkNamespace() noexcept;
 
 }  // namespace state

@@ -78,7 +78,7 @@ ExitStatus Session::carryOut(std::function<ExitStatus()> const& command) {
 }
 
 std::string const& Session::stateDir(std::string_view command, std::string_view toSay) const {
-   if (source_.kind != SourceKind::stateDir) {
+   if (source_.kind != SourceKind::stateDir || source_.isImplied) {
       throw UsageError(std::string(command) + ": command line: --state DIR should say " + std::string(toSay));
    }
    return source_.path;

@@ -2,6 +2,7 @@
 
 #include "state/Inputs.h"
 
+#include <optional>
 #include <string>
 
 namespace kiv {
@@ -9,7 +10,8 @@ namespace kiv {
 // What a follower keeps a directory equal to, and tells.
 struct Following {
    bool kernel = false;
-   bool print = false;  // each change
+   bool print = false;                // each change
+   std::optional<std::string> fpm{};  // where a routing daemon connects; empty for the usual place
 };
 
 // Where the state of the box is read from.
@@ -17,8 +19,9 @@ enum class SourceKind { stateDir, snapshot, kernel };
 
 struct Source {
    SourceKind kind = SourceKind::kernel;
-   std::string path{};    // of the directory or the file
-   bool isNamed = false;  // by the user, for this command
+   std::string path{};      // of the directory or the file
+   bool isNamed = false;    // by the user, for this command
+   bool isImplied = false;  // nobody named it, here or in the environment
    Following following{};
 };
 

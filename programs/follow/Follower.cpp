@@ -5,6 +5,7 @@
 #include "programs/kernel/RtnlSocket.h"
 
 #include <algorithm>
+#include <array>
 #include <csignal>
 #include <ctime>
 
@@ -44,16 +45,24 @@ class EndingSignals {
 
 Follower::Follower(Settings settings)
     : settings_(std::move(settings)),
-      subscription_(kernel::Subscription::Of::everything),
-      dir_(settings_.stateDir, "kernel") {}
+      subscription_(settings_.fpm ? kernel::Subscription::Of::entities : kernel::Subscription::Of::everything),
+      dir_(settings_.stateDir, settings_.fpm ? "fpm " + settings_.fpm->text() : "kernel") {
+   if (settings_.fpm) {
+      fpm_.emplace(*settings_.fpm, settings_.report);
+      model_.routesAreOf(kernel::Model::RoutesOf::daemon);
+   }
+}
 
 void Follower::run() {
    EndingSignals const signals;
    takeOver();
-   notifySystem("READY=1\nSTATUS=following the kernel");
+   notifySystem("READY=1");
    while (!cliprint::interrupted()) {
       waitForNews(signals.before());
       takeNotifications();
+      if (fpm_) {
+         takeFromDaemon();
+      }
       if (doubtfulSince_ && Clock::now() >= readAt_) {
          readAgain();
       }
@@ -87,20 +96,24 @@ void Follower::takeOver() {
 
 void Follower::openMirror() {
    mirror_.emplace(dir_, model_);
+   mirror_->unknownStays(fpm_.has_value());
    mirror_->applyAll();
 }
 
 void Follower::waitForNews(sigset_t const& whileWaiting) {
-   pollfd waiting{.fd = subscription_.fd(), .events = POLLIN, .revents = 0};
+   std::array<pollfd, 3> waiting{{{.fd = subscription_.fd(), .events = POLLIN, .revents = 0},
+                                  {.fd = fpm_ ? fpm_->listener() : -1, .events = POLLIN, .revents = 0},
+                                  {.fd = fpm_ ? fpm_->connection() : -1, .events = POLLIN, .revents = 0}}};
    auto const left = std::chrono::duration_cast<std::chrono::nanoseconds>(timeLeft());
    timespec const timeout{.tv_sec = left / 1s, .tv_nsec = (left % 1s).count()};
-   ::ppoll(&waiting, 1, &timeout, &whileWaiting);
+   ::ppoll(waiting.data(), waiting.size(), &timeout, &whileWaiting);
 }
 
 std::chrono::milliseconds Follower::timeLeft() const {
    auto until = std::min(auditAt_, beatAt_);
    until = doubtfulSince_ ? std::min(until, readAt_) : until;
    until = tidyAt_ ? std::min(until, *tidyAt_) : until;
+   until = graceEnds_ ? std::min(until, *graceEnds_) : until;
    return std::max(std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now()), 0ms);
 }
 
@@ -123,6 +136,30 @@ void Follower::takeNotifications() {
       tidyAt_ = mirror_->tidy();
    }
    changes_ = {};
+}
+
+// What it takes away and gives again at once is one change.
+void Follower::takeFromDaemon() {
+   if (fpm_->isNewConnection()) {
+      daemonIsNew();
+   }
+   fpm_->receive([&](kernel::Bytes messages) { model_.notify(messages, changes_); });
+   mirror_->apply(changes_);
+   if (!changes_.routes.empty() && !tidyAt_) {
+      tidyAt_ = mirror_->tidy();
+   }
+   changes_ = {};
+   if (graceEnds_ && Clock::now() >= *graceEnds_) {
+      graceEnds_.reset();
+      mirror_->unknownStays(false);
+      mirror_->applyAll();
+   }
+}
+
+void Follower::daemonIsNew() {
+   model_.routesDel();
+   mirror_->unknownStays(true);
+   graceEnds_ = Clock::now() + settings_.grace;
 }
 
 void Follower::noteDoubt() {
@@ -149,7 +186,11 @@ void Follower::readAgain() {
 // False when it changed all the time.
 bool Follower::isRead() {
    try {
-      model_ = kernel::Model(kernel::readDumps());
+      if (fpm_) {
+         model_.entitiesAre(kernel::readEntityDumps());
+      } else {
+         model_ = kernel::Model(kernel::readDumps());
+      }
       return true;
    } catch (kernel::DumpInterrupted const&) {
       return false;
@@ -159,7 +200,7 @@ bool Follower::isRead() {
 // Only where nothing changed meanwhile is a difference a drift.
 void Follower::audit() {
    auto const began = Clock::now();
-   if (!doubtfulSince_ && isQuiet() && isRead() && isQuiet()) {
+   if (!fpm_ && !doubtfulSince_ && isQuiet() && isRead() && isQuiet()) {
       auto& status = dir_.status();
       U64 const drift = mirror_->applyAll();
       ++status.audits;

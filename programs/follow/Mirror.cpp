@@ -43,8 +43,11 @@ void Mirror::apply(kernel::Changes const& changes) {
 U64 Mirror::applyAll() {
    std::vector<kernel::KernelRoutes::Place> touched;
    topologyIsNew(touched);
-   U64 const changes = stageAll(ip4_) + stageAll(ip6_) + stageGone(ip4_) + stageGone(ip6_);
-   return changes + commit();
+   U64 changes = stageAll(ip4_) + stageAll(ip6_) + commit();
+   if (!unknownStays_) {
+      changes += stageGone(ip4_) + stageGone(ip6_);
+   }
+   return changes;
 }
 
 std::optional<Time> Mirror::tidy() {
@@ -160,7 +163,7 @@ U64 Mirror::stageAll(OfFamily<Family>& family) {
 // What only the tables have.
 template <class Family>
 U64 Mirror::stageGone(OfFamily<Family>& family) {
-   U64 changes = commit();
+   U64 changes = 0;
    for (std::size_t vrf = 0; vrf < topology_.vrfs().size(); ++vrf) {
       VrfId const vrfId = topology_.vrfs()[vrf].id;
       family.tables.walk(vrfId, [&](auto const& route) {

@@ -29,6 +29,9 @@ class Mirror {
    // Writes whatever differs; how many routes did.
    U64 applyAll();
 
+   // Whether routes stay that only the tables have, until the source has told whether it has them.
+   void unknownStays(bool stays) { unknownStays_ = stays; }
+
    // Takes out what readers need no more; when to call again, if ever.
    std::optional<Time> tidy();
 
@@ -83,6 +86,7 @@ class Mirror {
    Zam::Ptr<Vault::Fib::UnprogrammedRouteStatusWriter> unprogrammed_;
    std::array<bool, 2> forwards_{true, true};
    bool entitiesChanged_ = true;
+   bool unknownStays_ = false;
    std::function<void(Told const&)> tell_;
 };
 

@@ -94,6 +94,16 @@ void KernelRoutes::routeDel(KernelRoute const& route) {
    left.hops.empty() ? void(routes_.erase(place)) : replace(place, std::move(left));
 }
 
+void KernelRoutes::onlyRouteIs(KernelRoute route) {
+   placeDel(placeOf(route));
+   routes_.insert(std::move(route));
+}
+
+void KernelRoutes::placeDel(Place const& place) {
+   auto const [first, last] = routes_.equal_range(place);
+   routes_.erase(first, last);
+}
+
 template <class Matches>
 KernelRoutes::Set::iterator KernelRoutes::find(KernelRoute const& like, Matches&& matches) const {
    auto const [first, last] = routes_.equal_range(like);

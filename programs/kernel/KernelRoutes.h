@@ -43,6 +43,10 @@ class KernelRoutes {
    void routeIs(KernelRoute route, U16 flags);
    void routeDel(KernelRoute const& route);
 
+   // As a daemon tells it that has one route per prefix and table.
+   void onlyRouteIs(KernelRoute route);
+   void placeDel(Place const& place);
+
    std::ranges::subrange<Set::const_iterator> at(Place const& place) const {
       auto const [first, last] = routes_.equal_range(place);
       return {first, last};

@@ -33,18 +33,32 @@ void takeSettings(Message const& message, Changes& changes) {
 }  // namespace
 
 Model::Model(Dumps const& dumps) {
+   entitiesAre(dumps);
    Changes all;
+   if (!dumps.nextHops.empty()) {
+      forEachMessage(dumps.nextHops, RTM_NEWNEXTHOP, [&](Message const& message) { takeNextHop(message, all); });
+   }
+   fillRoutes(dumps.routes4, AddressFamily::ipv4);
+   fillRoutes(dumps.routes6, AddressFamily::ipv6);
+}
+
+void Model::entitiesAre(Dumps const& dumps) {
+   Changes all;
+   links_.clear();
+   addresses_ = {};
    forEachMessage(dumps.links, RTM_NEWLINK, [&](Message const& message) { takeLink(message, all); });
    forEachMessage(dumps.addresses, RTM_NEWADDR, [&](Message const& message) {
       if (auto const address = decodeAddress(message.payload)) {
          addresses_.append(*address);
       }
    });
-   if (!dumps.nextHops.empty()) {
-      forEachMessage(dumps.nextHops, RTM_NEWNEXTHOP, [&](Message const& message) { takeNextHop(message, all); });
-   }
-   fillRoutes(dumps.routes4, AddressFamily::ipv4);
-   fillRoutes(dumps.routes6, AddressFamily::ipv6);
+}
+
+void Model::routesDel() {
+   routes4_ = {};
+   routes6_ = {};
+   nextHops_.clear();
+   missedNextHops_.clear();
 }
 
 // A kernel without IPv6 answers with its IPv4 routes when it is asked for the IPv6 ones.
@@ -119,22 +133,35 @@ void Model::takeAddress(Message const& message, Changes& changes) {
    }
 }
 
+// What has become of an object says what has become of its routes: the kernel may take them away with it, a daemon
+// moves them elsewhere first.
 void Model::takeNextHop(Message const& message, Changes& changes) {
    NextHop nextHop = decodeNextHop(message.payload);
    U32 const id = nextHop.id;
-   changes.nextHops = true;
+   bool const isKernel = routesOf_ == RoutesOf::kernel;
    if (message.type == RTM_NEWNEXTHOP) {
-      nextHops_.insert_or_assign(id, std::move(nextHop));
+      bool const isNew = nextHops_.insert_or_assign(id, std::move(nextHop)).second;
+      changes.nextHops |= !isNew || missedNextHops_.erase(id) != 0;
    } else {
-      changes.doubt = true;
+      changes.doubt |= isKernel;
+      changes.nextHops |= isKernel;
       nextHops_.erase(id);
    }
 }
 
 void Model::takeRoute(Message const& message, Changes& changes) {
-   if (auto route = decodeRoute(message.payload)) {
-      changes.routes.push_back(KernelRoutes::placeOf(*route));
-      KernelRoutes& routes = routesOf(*route);
+   auto route = decodeRoute(message.payload);
+   if (!route) {
+      return;
+   }
+   changes.routes.push_back(KernelRoutes::placeOf(*route));
+   if (route->nextHopId != 0 && !nextHops_.contains(route->nextHopId)) {
+      missedNextHops_.insert(route->nextHopId);
+   }
+   KernelRoutes& routes = routesOf(*route);
+   if (routesOf_ == RoutesOf::daemon) {
+      message.type == RTM_NEWROUTE ? routes.onlyRouteIs(*std::move(route)) : routes.placeDel(changes.routes.back());
+   } else {
       message.type == RTM_NEWROUTE ? routes.routeIs(*std::move(route), message.flags) : routes.routeDel(*route);
    }
 }

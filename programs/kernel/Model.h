@@ -6,6 +6,7 @@
 #include "programs/kernel/RtnlSocket.h"
 
 #include <unordered_map>
+#include <unordered_set>
 
 namespace kernel {
 
@@ -13,11 +14,21 @@ struct Message;
 
 // What rtnetlink tells of a machine, keyed as the kernel has it: filled from dumps, and kept as the kernel's
 // notifications say. What the kernel changes without a word (IPv4 routes that go with a link, an address or a next-hop
-// object) stays until it is dumped again. All functions throw RtnlError for bytes that are not what they should be.
+// object) stays until it is dumped again. Routes may come from a routing daemon instead, which tells all that it
+// changes in the same words, but has one route per prefix. All functions throw RtnlError for bytes that are not what
+// they should be.
 class Model {
  public:
    Model() = default;
    explicit Model(Dumps const& dumps);
+
+   // Links and addresses as dumped, instead of those that were known.
+   void entitiesAre(Dumps const& dumps);
+   // Whose routes and next hops are kept: the kernel's unless said.
+   enum class RoutesOf { kernel, daemon };
+   void routesAreOf(RoutesOf whose) { routesOf_ = whose; }
+   // Forgets them.
+   void routesDel();
 
    // A datagram of notifications; of other types than those of dumps, nothing. Adds to what has changed.
    void notify(Bytes datagram, Changes& changes);
@@ -41,6 +52,8 @@ class Model {
    std::map<U32, Link> links_;  // by index, as are dumps
    LinkAddresses addresses_;
    std::unordered_map<U32, NextHop> nextHops_;
+   std::unordered_set<U32> missedNextHops_;  // that routes referred to before they were known
+   RoutesOf routesOf_ = RoutesOf::kernel;
    KernelRoutes routes4_;
    KernelRoutes routes6_;
 };

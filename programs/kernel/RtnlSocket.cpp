@@ -109,12 +109,20 @@ std::vector<std::byte> noneIfUnsupported(std::vector<std::byte> dump) {
 
 }  // namespace
 
-Dumps readDumps() {
+Dumps readEntityDumps() {
    return {.links = readDump(RTM_GETLINK, ifinfomsg{}, RTEXT_FILTER_SKIP_STATS),
            .addresses = readDump(RTM_GETADDR, ifaddrmsg{}),
-           .nextHops = noneIfUnsupported(readDump(RTM_GETNEXTHOP, nhmsg{})),
-           .routes4 = readDump(RTM_GETROUTE, routesOf(AF_INET)),
-           .routes6 = readDump(RTM_GETROUTE, routesOf(AF_INET6))};
+           .nextHops = {},
+           .routes4 = {},
+           .routes6 = {}};
+}
+
+Dumps readDumps() {
+   Dumps dumps = readEntityDumps();
+   dumps.nextHops = noneIfUnsupported(readDump(RTM_GETNEXTHOP, nhmsg{}));
+   dumps.routes4 = readDump(RTM_GETROUTE, routesOf(AF_INET));
+   dumps.routes6 = readDump(RTM_GETROUTE, routesOf(AF_INET6));
+   return dumps;
 }
 
 }  // namespace kernel

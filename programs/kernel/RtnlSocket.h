@@ -18,5 +18,7 @@ struct Dumps {
 // Asks this machine's kernel, in the caller's network namespace; needs no privilege. A dump during which its contents
 // changed is read again, a bounded number of times. Throws RtnlError.
 Dumps readDumps();
+// The same of links and addresses alone.
+Dumps readEntityDumps();
 
 }  // namespace kernel

@@ -1,6 +1,7 @@
 #include "programs/kiv/Follow.h"
 
 #include "programs/command/Age.h"
+#include "programs/command/Errors.h"
 #include "programs/command/Kinds.h"
 #include "programs/command/Session.h"
 #include "programs/follow/Follower.h"
@@ -13,6 +14,7 @@ namespace {
 
 struct FollowArguments {
    U32 audit = 60;
+   U32 grace = 60;
 };
 
 // A line of JSON for each change.
@@ -27,9 +29,21 @@ void print(Session const& session, follow::Told const& told) {
    }
 }
 
+follow::FpmAddress fpmAddress(std::string const& word) {
+   try {
+      return word.empty() ? follow::FpmAddress() : follow::FpmAddress::parse(word);
+   } catch (std::invalid_argument const& error) {
+      throw UsageError('"' + word + "\": command line: " + error.what());
+   }
+}
+
 ExitStatus followSource(Session& session, FollowArguments const& asked) {
+   auto const& fpm = session.source().following.fpm;
    follow::Settings settings{.stateDir = session.stateDir("follow", "which directory is kept"),
+                             .fpm = fpm ? std::optional(fpmAddress(*fpm)) : std::nullopt,
+                             .grace = std::chrono::seconds(asked.grace),
                              .audit = std::chrono::seconds(asked.audit),
+                             .tell = {},
                              .report = [&session](std::string_view line) { session.report(line); }};
    if (session.source().following.print) {
       settings.tell = [&session](follow::Told const& told) { print(session, told); };
@@ -38,8 +52,12 @@ ExitStatus followSource(Session& session, FollowArguments const& asked) {
    return ExitStatus::ok;
 }
 
-constexpr auto followClauses = clauses(clause<&FollowArguments::audit, Number<1, 86400>>(
-    {.keyword = "audit", .help = "compare the tables with the kernel this often, in seconds; 60 unless said"}));
+constexpr auto followClauses = clauses(
+    clause<&FollowArguments::audit, Number<1, 86400>>(
+        {.keyword = "audit", .help = "compare the tables with the kernel this often, in seconds; 60 unless said"}),
+    clause<&FollowArguments::grace, Number<1, 86400>>(
+        {.keyword = "grace",
+         .help = "keep what a daemon that is back does not repeat so long, in seconds; 60 unless said"}));
 
 // What is shown of a state, in both forms.
 struct Fact {
@@ -145,7 +163,7 @@ ExitStatus showState(Session& session, NoArguments const&) {
 
 constexpr auto table = std::to_array<Command>({
     display<showState>("show state", "where the state comes from, who keeps it and how up to date it is", noClauses),
-    command<followSource>("follow", "keep the directory given with --state equal to the kernel, until it is stopped",
+    command<followSource>("follow", "keep the directory given with --state equal to the kernel or to a routing daemon",
                           followClauses),
 });
 

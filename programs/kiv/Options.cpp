@@ -23,7 +23,7 @@ class Parser {
  public:
    explicit Parser(std::span<char const* const> arguments) : arguments_(arguments) {}
 
-   Options parse(std::string const& defaultStateDir) {
+   Options parse(Source const& usual) {
       while (at_ < arguments_.size()) {
          std::string_view const argument = arguments_[at_++];
          if (!onlyWords_ && argument.starts_with("--")) {
@@ -36,12 +36,12 @@ class Parser {
       if (kernelGiven_ && !isFollow()) {
          sourceIs(SourceKind::kernel, {});
       }
-      if (following_.print && !isFollow()) {
-         throw UsageError("--print: command line: only a follower prints changes");
+      if ((following_.print || following_.fpm) && !isFollow()) {
+         throw UsageError("command line: --print and --fpm are options of follow");
       }
       following_.kernel = kernelGiven_;
-      if (!sourceGiven_ && !defaultStateDir.empty()) {
-         options_.source = {.kind = SourceKind::stateDir, .path = defaultStateDir};
+      if (!sourceGiven_) {
+         options_.source = usual;
       }
       options_.source.following = following_;
       return std::move(options_);
@@ -86,6 +86,14 @@ class Parser {
       options_.source = {.kind = kind, .path = std::string(path), .isNamed = true};
    }
 
+   // The next word when it can be a place to connect to.
+   void takeFpm() {
+      std::string_view const next = at_ < arguments_.size() ? arguments_[at_] : "";
+      bool const isPlace = !next.empty() && next.find_first_not_of("0123456789abcdefABCDEF:.[]") == std::string::npos &&
+                           next.find_first_of("0123456789") != std::string::npos;
+      following_.fpm = isPlace ? arguments_[at_++] : "";
+   }
+
    // The one command with a source and a directory.
    bool isFollow() const { return !options_.words.empty() && options_.words.front() == "follow"; }
 
@@ -116,6 +124,7 @@ std::span<Parser::Option const> Parser::table() {
        {"--snapshot", true,
         [](Parser& parser, std::string_view value) { parser.sourceIs(SourceKind::snapshot, value); }},
        {"--kernel", false, [](Parser& parser, std::string_view) { parser.kernelGiven_ = true; }},
+       {"--fpm", false, [](Parser& parser, std::string_view) { parser.takeFpm(); }},
        {"--print", false, [](Parser& parser, std::string_view) { parser.following_.print = true; }},
        {"--json", false, [](Parser& parser, std::string_view) { parser.options_.json = true; }},
        {"--help", false, [](Parser& parser, std::string_view) { parser.options_.help = true; }},
@@ -125,8 +134,8 @@ std::span<Parser::Option const> Parser::table() {
 
 }  // namespace
 
-Options parseOptions(std::span<char const* const> arguments, std::string const& defaultStateDir) {
-   return Parser(arguments).parse(defaultStateDir);
+Options parseOptions(std::span<char const* const> arguments, Source const& usual) {
+   return Parser(arguments).parse(usual);
 }
 
 }  // namespace kiv

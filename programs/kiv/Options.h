@@ -16,7 +16,7 @@ struct Options {
    bool help = false;
 };
 
-// `defaultStateDir` is used when no source is given; empty for the machine's own kernel. Throws UsageError.
-Options parseOptions(std::span<char const* const> arguments, std::string const& defaultStateDir);
+// `usual` is the source when none is given. Throws UsageError.
+Options parseOptions(std::span<char const* const> arguments, Source const& usual);
 
 }  // namespace kiv

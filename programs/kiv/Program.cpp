@@ -6,6 +6,7 @@
 #include "programs/command/Session.h"
 #include "programs/kiv/Commands.h"
 #include "programs/kiv/Options.h"
+#include "state/LiveStatus.h"
 
 #include <signal.h>
 #include <unistd.h>
@@ -61,8 +62,13 @@ constexpr std::string_view optionsText = R"(
 Sources:
   --state DIR        a state directory; default: $KIV_STATE
   --snapshot FILE    a snapshot, without loading it anywhere
-  --kernel           this machine's own forwarding; what is used when nothing else is given
-  follow --kernel    keeps the directory of --state equal to the kernel; with --print it tells each change as JSON
+  --kernel           this machine's own forwarding
+When none is given, /run/kiv while a follower keeps it, and else the kernel.
+
+Of follow:
+  --kernel           the routes that are kept are the kernel's, as without a word
+  --fpm [[ADDRESS:]PORT]  they are those of a routing daemon that connects there, to 127.0.0.1:2620 unless said
+  --print            each change, a line of JSON
 
 Options:
   --json             write JSON, as "| json" at the end of a command does
@@ -102,11 +108,24 @@ ExitStatus runCommand(Session& session, Options const& options) {
    return parseCommand(commands(), options.words).run(session);
 }
 
+// Where it is not said: what the environment names, what a follower of this network namespace keeps, or else the
+// kernel.
+Source usualSource() {
+   constexpr char const* followed = "/run/kiv";
+   if (char const* const named = std::getenv("KIV_STATE"); named != nullptr && *named != '\0') {
+      return {.kind = SourceKind::stateDir, .path = named};
+   }
+   auto const live = state::liveStateOf(followed);
+   if (live && live->isKept && live->status.networkNamespace == state::networkNamespace()) {
+      return {.kind = SourceKind::stateDir, .path = followed, .isImplied = true};
+   }
+   return {};
+}
+
 ExitStatus run(std::span<char const* const> arguments) {
-   char const* const stateDir = std::getenv("KIV_STATE");
    Options options;
    ExitStatus const status = Session({}, false).carryOut([&] {
-      options = parseOptions(arguments, stateDir != nullptr ? stateDir : "");
+      options = parseOptions(arguments, usualSource());
       return ExitStatus::ok;
    });
    if (status != ExitStatus::ok) {

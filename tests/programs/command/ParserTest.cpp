@@ -89,14 +89,18 @@ std::string options(std::string arguments, std::string const& defaultStateDir) {
       each.push_back(arguments.c_str() + at);
    }
    try {
-      Options const read = parseOptions(each, defaultStateDir);
+      bool const isDir = !defaultStateDir.empty();
+      Options const read = parseOptions(
+          each, {.kind = isDir ? SourceKind::stateDir : SourceKind::kernel, .path = defaultStateDir});
       std::string text;
       for (std::string const& word : read.words) {
          text.append("<").append(word).append(">");
       }
       constexpr std::array kinds{" state ", " snapshot ", " kernel"};
       return text + (read.json ? " json" : "") + (read.help ? " help" : "") +
-             kinds[static_cast<std::size_t>(read.source.kind)] + read.source.path;
+             kinds[static_cast<std::size_t>(read.source.kind)] + read.source.path +
+             (read.source.following.kernel && read.words.front() == "follow" ? " follows" : "") +
+             (read.source.following.fpm ? " fpm " + *read.source.following.fpm : "");
    } catch (UsageError const& error) {
       return error.what();
    }

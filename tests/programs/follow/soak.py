@@ -135,7 +135,7 @@ def entity():
 def burst():
     """More than the socket holds while nobody reads it."""
     what = draw.choice(["add", "del", "replace"])
-    return "\n".join(f"route {what} 11.{i >> 8}.{i & 255}.0/24 via 192.0.2.{draw.choice([130, 131])}" for i in range(20000))
+    return "\n".join(f"route {what} 11.{i >> 8}.{i & 255}.0/24 via 192.0.2.{draw.choice([130, 131])}" for i in range(12000))
 
 
 def settle(follower, what):

@@ -1,0 +1,77 @@
+#include "tests/programs/kiv/ProgramRun.h"
+
+using testsupport::Finished;
+using testsupport::ProgramRun;
+
+namespace {
+
+// In a network namespace of its own, where "$STATE" is followed and "show" compares what it shows with the kernel.
+Finished inNamespace(ProgramRun const& run, std::string const& script) {
+   return run(R"(unshare -rn bash -s <<'IN_NAMESPACE'
+STATE=$DIR/state
+ip link set lo up; ip link add a0 type veth peer name a1; ip link set a0 up; ip link set a1 up
+ip addr add 192.0.2.1/24 dev a0 || exit 77
+follow() { "$KIV" --state "$STATE" follow --kernel "$@" & follower=$!; until "$KIV" --state "$STATE" show state >/dev/null 2>&1; do sleep 0.02; done; }
+stop() { kill "$@" $follower; wait $follower; }
+)" + script + "\nIN_NAMESPACE");
+}
+
+}  // namespace
+
+// The short form of ./dev soak.
+TEST(Follow, readersFindWhatIsThereThroughAdversarialChanges) {
+   ProgramRun const run;
+   Finished const done = run("unshare -rn python3 " KIV_SOURCE_DIR "/tests/programs/follow/soak.py \"$KIV\" 6");
+   if (done.status == 77) {
+      GTEST_SKIP() << done.out;
+   }
+   std::cout << done.out;
+   EXPECT_EQ(done.status, 0) << done.err;
+}
+
+TEST(Follow, isDoneByOneProcessWhichIsToldOfWhenItHasGone) {
+   ProgramRun const run;
+   Finished const done = inNamespace(run, R"(
+follow
+"$KIV" --state "$STATE" follow --kernel; echo "second: $?"
+"$KIV" --state "$STATE" load "$DEMO"; echo "load: $?"
+stop; echo "stopped: $?"
+"$KIV" --state "$STATE" show ip route 192.0.2.1 | grep -c 192.0.2.1
+follow; stop -9 2>/dev/null
+"$KIV" --state "$STATE" show state | grep 'Kept by'
+"$KIV" --state "$DIR" follow --kernel; echo "foreign: $?"
+)");
+   if (done.status == 77) {
+      GTEST_SKIP() << done.err;
+   }
+   EXPECT_EQ(done.out.substr(0, 42), "second: 1\nload: 1\nstopped: 0\n1\nKept by: no") << done.err;
+   EXPECT_NE(done.out.find("was killed\nforeign: 1\n"), std::string::npos) << done.out;
+   for (char const* const line :
+        {"/state: is kept by another follower, process ", "is being written by another process",
+         "/state: nobody has kept this state for 0.", "is there and is not a followed state"}) {
+      EXPECT_NE(done.err.find(line), std::string::npos) << line << " is not in " << done.err;
+   }
+}
+
+TEST(Follow, takesOverWhatIsThereAndPrintsWhatChanges) {
+   ProgramRun const run;
+   Finished const done = inNamespace(run, R"(
+follow; stop -9 2>/dev/null
+ip route add 10.1.0.0/16 via 192.0.2.2
+follow --print
+ip route replace 10.1.0.0/16 nexthop via 192.0.2.2 nexthop via 192.0.2.3 weight 2
+ip route del 10.1.0.0/16
+sleep 0.5; "$KIV" --state "$STATE" show state --json | grep -o '"changes":[0-9]*'
+stop
+)");
+   if (done.status == 77) {
+      GTEST_SKIP() << done.err;
+   }
+   EXPECT_EQ(
+       std::regex_replace(done.out, std::regex(R"("time":"[-0-9]*T[:.0-9]*Z",)"), ""),
+       R"lines({"family":"ipv4","vrf":"default","prefix":"10.1.0.0/16","old":{"type":"staticConfig","preference":1,"metric":0,"vias":[{"interface":"a0","nexthop":"192.0.2.2","weight":1}]},"new":{"type":"staticConfig","preference":1,"metric":0,"vias":[{"interface":"a0","nexthop":"192.0.2.2","weight":1},{"interface":"a0","nexthop":"192.0.2.3","weight":2}]}}
+{"family":"ipv4","vrf":"default","prefix":"10.1.0.0/16","old":{"type":"staticConfig","preference":1,"metric":0,"vias":[{"interface":"a0","nexthop":"192.0.2.2","weight":1},{"interface":"a0","nexthop":"192.0.2.3","weight":2}]},"new":null}
+"changes":3
+)lines")
+       << done.err;
+}
