@@ -22,9 +22,6 @@
 namespace state {
 namespace {
 
-// Only its owner may open it, so nobody else can keep writers waiting. It holds the number of the process that has it.
-constexpr char const* lockFile = ".lock";
-
 std::atomic<void (*)(std::string_view)> waitTeller{nullptr};
 
 [[noreturn]] void refuse(std::string const& stateDir, std::string const& why) {

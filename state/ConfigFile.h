@@ -13,6 +13,8 @@
 namespace state {
 
 inline constexpr char const* configFile = "config.json";
+// Only its owner may open it, so nobody else can keep writers waiting. It holds the number of the process that has it.
+inline constexpr char const* lockFile = ".lock";
 
 // Which directory is in a place: another load puts another one there.
 class KIV_STATE_EXPORT StateDirId {

@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -25,9 +26,12 @@ namespace fs = std::filesystem;
 
 constexpr char const* privatePrefix = ".kiv-private.";
 
+// A state, or nothing that anybody put there.
 bool isReplaceable(fs::path const& dir) {
    std::error_code error;
-   return fs::exists(dir / "hive.json", error) || fs::is_empty(dir, error);
+   auto const isLock = [](fs::directory_entry const& entry) { return entry.path().filename() == lockFile; };
+   return fs::exists(dir / "hive.json", error) ||
+          (std::all_of(fs::directory_iterator(dir, error), {}, isLock) && !error);
 }
 
 [[noreturn]] void refuse(fs::path const& dir, std::string const& why) {

@@ -1,4 +1,3 @@
-#include "FlexCounters/CounterTable.h"
 #include "Vault/ForwardingStatus.h"
 #include "Vault/RouteStatus.h"
 #include "Zam/Error.h"

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
 #include <span>
 
 // The places where foreign bytes come in. Each target takes any bytes and ends the process when what it calls does
@@ -26,6 +27,10 @@ inline constexpr Target targets[] = {
     {"table", table}, {"snapshot", snapshot}, {"commandLine", commandLine}, {"rtnetlink", rtnetlink}};
 
 // Ends the process when something cannot be.
-void must(bool condition);
+inline void must(bool condition) {
+   if (!condition) {
+      std::abort();
+   }
+}
 
 }  // namespace fuzz

@@ -11,7 +11,6 @@
 
 #include <linux/netlink.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -25,12 +24,6 @@ std::string textOf(Input input) {
 }
 
 }  // namespace
-
-void must(bool condition) {
-   if (!condition) {
-      std::abort();
-   }
-}
 
 // What is taken is written as it was read.
 void snapshot(Input input) try {
