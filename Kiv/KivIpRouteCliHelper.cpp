@@ -13,7 +13,6 @@ namespace Kiv {
 using Routing::Route;
 using Routing::RouteList;
 using Routing::RouteType;
-using Routing::Via;
 
 struct IpRouteCliPluginHelper::NewRoute {
    Zam::String const& vrfName;
@@ -40,7 +39,7 @@ struct IpRouteCliPluginHelper::NewRoute {
 
 namespace {
 
-constexpr char const* function = "bool IpRouteCliPluginHelper::manageRoute()";
+constexpr char const* manageRouteName = "bool IpRouteCliPluginHelper::manageRoute()";
 
 constexpr Lumen::IpAddr firstMulticast(0xe0000000);
 
@@ -96,7 +95,7 @@ bool IpRouteCliPluginHelper::manageRoute(Zam::Ptr<RouteList> const& rConfig, Zam
                                          Zam::String const& hopStr, Zam::String const& nextHopName, bool bfdTracked,
                                          Zam::String const& nexthopGroupName, Lumen::IntfId const& vxlanIntf,
                                          Routing::RouteMetric metric) {
-   Zam::assertThat(rConfig != nullptr, "rConfig", traceSource, function);
+   Zam::assertThat(rConfig != nullptr, "rConfig", traceSource, manageRouteName);
    NewRoute const added{.vrfName = vrfName,
                         .prefix = prefix,
                         .routeType = routeType,
@@ -141,7 +140,7 @@ bool IpRouteCliPluginHelper::manageRoute(Zam::Ptr<RouteList> const& rConfig, Zam
          return true;
    }
    Zam::assertionFailed("routeType == Routing::nexthopGroup() || routeType == Routing::l2NexthopGroup()", traceSource,
-                        function);
+                        manageRouteName);
 }
 
 // Whether a route that is there takes what is added to it as one more way. L2 nexthop groups are not policed: they may
@@ -162,10 +161,10 @@ bool IpRouteCliPluginHelper::mayJoin(RouteType existing, NewRoute const& added) 
 }
 
 bool IpRouteCliPluginHelper::manageVia(Route& route, NewRoute const& added) {
-   Zam::assertThat(route.routeType() == added.routeType, "r->routeType() == routeType", traceSource, function);
-   Via via;
+   Zam::assertThat(route.routeType() == added.routeType, "r->routeType() == routeType", traceSource, manageRouteName);
+   Routing::Via via;
    via.hop = Lumen::IpGenAddr::parse(added.hop);
-   Zam::assertThat(!added.isEvpn() || via.hop.isZero(), "!via.vtepAddr()", traceSource, function);
+   Zam::assertThat(!added.isEvpn() || via.hop.isZero(), "!via.vtepAddr()", traceSource, manageRouteName);
    via.intfId = Lumen::IntfId::parse(added.intfName);
    if (!via.intfId.isValid() && !added.egressVrf.empty() && added.egressVrf != added.vrfName) {
       via.egressVrf = std::string_view(added.egressVrf);
@@ -181,7 +180,7 @@ bool IpRouteCliPluginHelper::manageVia(Route& route, NewRoute const& added) {
    }
    if (added.isEvpn()) {
       // There is one via to a VTEP, whether it validates or not.
-      Via opposite = via;
+      Routing::Via opposite = via;
       opposite.vtepSipValidation = !via.vtepSipValidation;
       route.viaDel(opposite);
    }
@@ -195,7 +194,7 @@ bool IpRouteCliPluginHelper::manageVia(Route& route, NewRoute const& added) {
    return true;
 }
 
-bool IpRouteCliPluginHelper::labelIs(Via& via, NewRoute const& added) {
+bool IpRouteCliPluginHelper::labelIs(Routing::Via& via, NewRoute const& added) {
    if (!added.hasLabel) {
       return true;
    }
@@ -206,7 +205,7 @@ bool IpRouteCliPluginHelper::labelIs(Via& via, NewRoute const& added) {
    return true;
 }
 
-bool IpRouteCliPluginHelper::evpnIs(Via& via, NewRoute const& added) {
+bool IpRouteCliPluginHelper::evpnIs(Routing::Via& via, NewRoute const& added) {
    if (!added.isEvpn()) {
       return true;
    }
@@ -229,8 +228,8 @@ bool IpRouteCliPluginHelper::evpnIs(Via& via, NewRoute const& added) {
 
 // A via that is there already is replaced and needs no room. An EVPN via whose validation changes does, although the
 // one that it takes the place of goes.
-bool IpRouteCliPluginHelper::hasRoomFor(Route const& route, Via const& via) {
-   Zam::assertThat(routingHardwareStatus_.get() != nullptr, "routingHardwareStatus()", traceSource, function);
+bool IpRouteCliPluginHelper::hasRoomFor(Route const& route, Routing::Via const& via) {
+   Zam::assertThat(routingHardwareStatus_.get() != nullptr, "routingHardwareStatus()", traceSource, manageRouteName);
    U32 const limit = routingHardwareStatus_->maxVias();
    if (limit == 0 || route.via().size() != limit || route.via().contains(via)) {
       return true;
@@ -247,8 +246,8 @@ namespace {
 
 // Of a map by vias, those through the interface.
 template <class ByVia>
-std::vector<Via> viasThrough(ByVia const& byVia, Lumen::IntfId const& intfId) {
-   std::vector<Via> vias;
+std::vector<Routing::Via> viasThrough(ByVia const& byVia, Lumen::IntfId const& intfId) {
+   std::vector<Routing::Via> vias;
    for (auto const& [via, value] : byVia) {
       if (via.intfId == intfId) {
          vias.push_back(via);

@@ -15,6 +15,10 @@ find_package(PkgConfig REQUIRED)
 
 add_library(kiv_warnings INTERFACE)
 target_compile_options(kiv_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+if(CMAKE_UNITY_BUILD)
+   # What one source declares is no concern of the next. The debug build and the lint compile each alone.
+   target_compile_options(kiv_warnings INTERFACE -Wno-shadow $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
    # This compiler sees overlapping copies in plain `"text" + std::string` once it optimises.
    target_compile_options(kiv_warnings INTERFACE -Wno-restrict)
@@ -31,11 +35,3 @@ elseif(KIV_SANITIZE)
 endif()
 add_compile_options(${kiv_sanitize})
 add_link_options(${kiv_sanitize})
-
-# The objects carry machine code beside what link-time optimisation reads: the library and its programs are optimised as
-# a whole, while the many test binaries link the same objects in a moment.
-if(KIV_LTO AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-   set(kiv_lto_compile -flto=auto -ffat-lto-objects)
-   set(kiv_lto_link -flto=auto)
-   set(kiv_no_lto_link -fno-lto)
-endif()

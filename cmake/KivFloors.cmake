@@ -8,7 +8,7 @@ function(kiv_object_library name)
    add_library(${name} OBJECT ${ARGN})
    target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/platform)
    target_link_libraries(${name} PRIVATE kiv_warnings PUBLIC Threads::Threads)
-   target_compile_options(${name} PRIVATE ${kiv_lto_compile} -ffunction-sections -fdata-sections)
+   target_compile_options(${name} PRIVATE -ffunction-sections -fdata-sections)
 endfunction()
 
 # Makes the object libraries; leaves their names in kiv_floors and, of these, the entity folders in kiv_entities.

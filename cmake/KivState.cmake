@@ -11,7 +11,7 @@ target_sources(KivState PRIVATE $<TARGET_OBJECTS:KivStateObjects>)
 set_target_properties(KivState PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
    LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/exports.map
    BUILD_RPATH_USE_ORIGIN ON INSTALL_RPATH "$ORIGIN")
-target_link_options(KivState PRIVATE ${kiv_lto_link} -Wl,-O1,--gc-sections,--as-needed
+target_link_options(KivState PRIVATE -Wl,-O1,--gc-sections,--as-needed
    -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map)
 target_link_libraries(KivState PUBLIC KivCliSupport PRIVATE PkgConfig::simdjson)
 

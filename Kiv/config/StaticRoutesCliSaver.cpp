@@ -18,7 +18,6 @@ namespace {
 
 using Lumen::IpGenAddr;
 using Routing::Route;
-using Routing::Via;
 
 void append(std::string& out, std::string_view text) {
    out += text;
@@ -98,7 +97,7 @@ class TailWriter {
       return info;
    }
 
-   void nexthop(Route const& route, Via const& via) {
+   void nexthop(Route const& route, Routing::Via const& via) {
       bool const isInOtherVrf = !via.egressVrf.isDefaultVrf();
       if (isInOtherVrf) {
          piece(" egress-vrf ", via.egressVrf);
@@ -119,7 +118,7 @@ class TailWriter {
    }
 
    // The bypass of the RIB is a property of the route that only the command for an EVPN via can set.
-   void evpn(Route const& route, Via const& via) {
+   void evpn(Route const& route, Routing::Via const& via) {
       if (via.vtepAddr.isEmpty()) {
          return;
       }

@@ -16,7 +16,6 @@ using cliprint::JsonScope;
 using cliprint::RendererV2;
 using cliprint::StringAttrInfo;
 using Routing::Route;
-using Routing::Via;
 
 // Number of characters written.
 template <class... Args>
@@ -111,7 +110,7 @@ class Dump {
       }
    }
 
-   void printVia(Route const& route, Via const& via) {
+   void printVia(Route const& route, Routing::Via const& via) {
       renderer_.startLine(indent_);
       bool const hasHop = !via.hop.isEmpty();
       if (hasHop) {

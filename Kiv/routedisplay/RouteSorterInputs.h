@@ -25,7 +25,6 @@
 #include "Zam/Ptr.h"
 #include "Zam/Value.h"
 
-#include <tuple>
 #include <type_traits>
 #include <utility>
 
@@ -92,18 +91,18 @@ struct RouteSorterInputs : Zam::ValueType {
    // From the inputs in their order.
    template <class... Arguments>
    static RouteSorterInputs fromArguments(Arguments&&... arguments) {
-      constexpr auto const& attributes = Zam::descriptionOf<RouteSorterInputs>.attributes;
-      static_assert(sizeof...(Arguments) == std::tuple_size_v<std::remove_cvref_t<decltype(attributes)>>);
+      constexpr auto const& description = Zam::descriptionOf<RouteSorterInputs>;
+      static_assert(sizeof...(Arguments) == description.size);
       RouteSorterInputs inputs;
-      std::apply([&](auto const&... at) { ((inputs.*at.member = std::forward<Arguments>(arguments)), ...); },
-                 attributes);
+      description.with([&](auto const&... at) { ((inputs.*at.member = std::forward<Arguments>(arguments)), ...); });
       return inputs;
    }
 
    static constexpr auto zamDescription() {
       using I = RouteSorterInputs;
-      auto const ordered = std::tuple_cat(
-          std::tuple(Zam::attribute("routingConfig", &I::routingConfig), Zam::attribute("routeList", &I::routeList),
+      constexpr auto all = [](auto const&... attributes) { return Zam::describe<I>(Family::inputsName, attributes...); };
+      return Zam::withAttributes(
+          all, Zam::attributes(Zam::attribute("routingConfig", &I::routingConfig), Zam::attribute("routeList", &I::routeList),
                      Zam::attribute("routingStatus", &I::routingStatus),
                      Zam::attribute("forwardingStatus", &I::forwardingStatus),
                      Zam::attribute("forwarding6Status", &I::forwarding6Status),
@@ -130,7 +129,7 @@ struct RouteSorterInputs : Zam::ValueType {
                      Zam::attribute("reserved31", &I::reserved31), Zam::attribute("startTime", &I::startTime),
                      Zam::attribute("prefixHasMask", &I::prefixHasMask)),
           familySwitchHere<!Family::switchReducesLegend>(),
-          std::tuple(Zam::attribute("cbfFecOverrideMap", &I::cbfFecOverrideMap),
+          Zam::attributes(Zam::attribute("cbfFecOverrideMap", &I::cbfFecOverrideMap),
                      Zam::attribute("policyStatus", &I::policyStatus),
                      Zam::attribute("policyForwardingStatus", &I::policyForwardingStatus),
                      Zam::attribute("nexthopGroupDisplay", &I::nexthopGroupDisplay),
@@ -142,20 +141,18 @@ struct RouteSorterInputs : Zam::ValueType {
                      Zam::attribute("routeCacheEvpnViaConfig", &I::routeCacheEvpnViaConfig),
                      Zam::attribute("secondRouteConfig", &I::secondRouteConfig)),
           familySwitchHere<Family::switchReducesLegend>(),
-          std::tuple(Zam::attribute("protocolTunnelNameStatus", &I::protocolTunnelNameStatus),
+          Zam::attributes(Zam::attribute("protocolTunnelNameStatus", &I::protocolTunnelNameStatus),
                      Zam::attribute("flexAlgoConfig", &I::flexAlgoConfig),
                      Zam::attribute("reserved49", &I::reserved49)));
-      return std::apply([](auto... attributes) { return Zam::describe<I>(Family::inputsName, attributes...); },
-                        ordered);
    }
 
  private:
    template <bool Here>
    static constexpr auto familySwitchHere() {
       if constexpr (Here) {
-         return std::tuple(Zam::attribute(Family::switchName, &RouteSorterInputs::familySwitch));
+         return Zam::attributes(Zam::attribute(Family::switchName, &RouteSorterInputs::familySwitch));
       } else {
-         return std::tuple();
+         return Zam::attributes();
       }
    }
 };

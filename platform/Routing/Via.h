@@ -35,8 +35,8 @@ struct Via : Zam::ValueType {
           Zam::attribute("vtepSipValidation", &Via::vtepSipValidation));
    }
    friend std::strong_ordering operator<=>(Via const& a, Via const& b) noexcept {
-      return std::apply([&a, &b](auto const&... at) { return std::tie(a.*at.member...) <=> std::tie(b.*at.member...); },
-                        Zam::descriptionOf<Via>.attributes);
+      return Zam::descriptionOf<Via>.with(
+          [&a, &b](auto const&... at) { return std::tie(a.*at.member...) <=> std::tie(b.*at.member...); });
    }
 };
 

@@ -172,7 +172,6 @@ class OrderedMap {
    static constexpr bool hasSortWord = std::is_same_v<Less, std::less<K>> && requires(K const& key) {
       { key.sortWord() } -> std::same_as<U64>;
    };
-   static constexpr std::size_t wordSortAtLeast = 1024;
 
    // The first block whose last key is not less than this one.
    std::size_t blockOf(K const& key) const {
@@ -207,35 +206,28 @@ class OrderedMap {
          }
          return;
       }
-      // Of equal keys the one inserted last comes last.
-      if constexpr (hasSortWord) {
-         if (waiting.size() >= wordSortAtLeast) {
-            return merge(InWordOrder(waiting));
-         }
-      }
-      std::stable_sort(waiting.begin(), waiting.end(), byKey);
-      merge(InOrder{waiting});
+      merge(InOrder(waiting));
    }
 
    static constexpr bool byKey(Entry const& a, Entry const& b) { return Less{}(a.key, b.key); }
 
-   // Elements in key order, for merging them in.
-   struct InOrder {
-      std::size_t size() const noexcept { return entries.size(); }
-      Entry& operator[](std::size_t i) const noexcept { return entries[i]; }
-      bool isBefore(std::size_t i, Entry const& other) const { return byKey(entries[i], other); }
+   static U64 wordOf(Entry const& entry) {
+      if constexpr (hasSortWord) {
+         return entry.key.sortWord();
+      } else {
+         return 0;
+      }
+   }
 
-      std::vector<Entry>& entries;
-   };
-   // The same for elements that stay where they are while what stands for them is sorted: by the words of their keys,
-   // and by the keys where those are equal. Which of two comes first shows in the words, so that merging seldom waits
-   // for an element that is anywhere in memory.
-   class InWordOrder {
+   // Elements in key order, of equal ones that inserted last coming last, for merging them in. They stay where they are
+   // while what stands for them is sorted: by the words of their keys, and by the keys where those are equal. Which of
+   // two comes first shows in the words, so that merging seldom waits for an element that is anywhere in memory.
+   class InOrder {
     public:
-      explicit InWordOrder(std::vector<Entry>& entries) : entries_(entries) {
+      explicit InOrder(std::vector<Entry>& entries) : entries_(entries) {
          order_.reserve(entries.size());
          for (auto const& entry : entries) {
-            order_.push_back({entry.key.sortWord(), static_cast<U32>(order_.size())});
+            order_.push_back({wordOf(entry), static_cast<U32>(order_.size())});
          }
          sortByWord(order_, [&entries](U32 a, U32 b) { return byKey(entries[a], entries[b]); });
       }
@@ -249,7 +241,7 @@ class OrderedMap {
       }
       bool isBefore(std::size_t i, Entry const& other) const {
          U64 const word = order_[i].word;
-         U64 const otherWord = other.key.sortWord();
+         U64 const otherWord = wordOf(other);
          return word != otherWord ? word < otherWord : byKey(entries_[order_[i].index], other);
       }
 
@@ -260,8 +252,7 @@ class OrderedMap {
       std::vector<WordAndIndex> order_;
    };
 
-   template <class Sorted>
-   void merge(Sorted const& sorted) const {
+   void merge(InOrder const& sorted) const {
       auto old = std::exchange(blocks_, {});
       size_ = 0;
       std::size_t next = 0;

@@ -8,7 +8,6 @@
 #include <ostream>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <utility>
 
 // Value types that are described once. A value type is an aggregate of public attributes that derives from ValueType
@@ -50,13 +49,31 @@ constexpr Attribute<X, M, true> collection(std::string_view name, M X::*member, 
    return {name, member, line};
 }
 
-template <class X, class... Attributes>
+// Attributes in a row: a function that hands them on all at once, attributes(a, b)(function) being function(a, b). It
+// compiles quicker than a tuple.
+template <class... Attributes>
+constexpr auto attributes(Attributes... attributes) noexcept {
+   return [attributes...](auto const& function) { return function(attributes...); };
+}
+// Hands the attributes of several rows on, one row behind the other.
+template <class Function>
+constexpr auto withAttributes(Function const& function) {
+   return function();
+}
+template <class Function, class Row, class... Rows>
+constexpr auto withAttributes(Function const& function, Row const& row, Rows const&... rows) {
+   return row([&](auto const&... first) {
+      return withAttributes([&](auto const&... others) { return function(first..., others...); }, rows...);
+   });
+}
+
+template <class Row, std::size_t Size, bool HasCollection>
 struct Description {
-   static constexpr std::size_t size = sizeof...(Attributes);
-   static constexpr bool hasCollection = (Attributes::isCollection || ...);
+   static constexpr std::size_t size = Size;
+   static constexpr bool hasCollection = HasCollection;
 
    std::string_view typeName;
-   std::tuple<Attributes...> attributes;
+   Row with;  // the row
 };
 
 namespace detail {
@@ -80,11 +97,12 @@ constexpr bool takesInitializers = []<std::size_t... I>(std::index_sequence<I...
 }  // namespace detail
 
 template <class X, class... Attributes>
-constexpr Description<X, Attributes...> describe(std::string_view typeName, Attributes... attributes) noexcept {
+constexpr auto describe(std::string_view typeName, Attributes... attributes) noexcept {
    constexpr std::size_t count = sizeof...(Attributes);
    static_assert(detail::takesInitializers<X, count>, "the description lists more attributes than the type has");
    static_assert(!detail::takesInitializers<X, count + 1>, "an attribute is missing from the description");
-   return {typeName, {attributes...}};
+   auto const row = Zam::attributes(attributes...);
+   return Description<decltype(row), count, (Attributes::isCollection || ...)>{typeName, row};
 }
 
 template <class T>
@@ -98,13 +116,12 @@ inline constexpr auto descriptionOf = T::zamDescription();
 // Calls function(attribute) for each attribute in declaration order.
 template <Described T, class Function>
 constexpr void forEachAttribute(Function&& function) {
-   std::apply([&function](auto const&... attributes) { (function(attributes), ...); }, descriptionOf<T>.attributes);
+   descriptionOf<T>.with([&function](auto const&... attributes) { (function(attributes), ...); });
 }
 
 template <Described T>
 constexpr bool operator==(T const& a, T const& b) {
-   return std::apply([&a, &b](auto const&... at) { return ((a.*at.member == b.*at.member) && ...); },
-                     descriptionOf<T>.attributes);
+   return descriptionOf<T>.with([&a, &b](auto const&... at) { return ((a.*at.member == b.*at.member) && ...); });
 }
 
 // The truth value: whether it differs from the default-constructed value.
@@ -166,7 +183,7 @@ std::ostream& operator<<(std::ostream& out, T const& value) {
 template <Zam::Described T>
 struct std::hash<T> {
    std::size_t operator()(T const& value) const {
-      return std::apply([&value](auto const&... at) { return Zam::combinedHash(Zam::hashOf(value.*at.member)...); },
-                        Zam::descriptionOf<T>.attributes);
+      return Zam::descriptionOf<T>.with(
+          [&value](auto const&... at) { return Zam::combinedHash(Zam::hashOf(value.*at.member)...); });
    }
 };

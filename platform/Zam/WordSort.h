@@ -1,12 +1,8 @@
 #pragma once
 
+#include "Zam/Export.h"
 #include "Zam/Int.h"
 
-#include <algorithm>
-#include <array>
-#include <bit>
-#include <cstddef>
-#include <utility>
 #include <vector>
 
 namespace Zam {
@@ -17,44 +13,17 @@ struct WordAndIndex {
    U32 index;
 };
 
-// Sorts by word, stably: digit by digit from the lowest, over the bits in which the words differ at all.
-inline void sortByWord(std::vector<WordAndIndex>& items) {
-   constexpr int digitBits = 11;
-   constexpr std::size_t digits = std::size_t{1} << digitBits;
-   U64 differing = 0;
-   for (auto const& item : items) {
-      differing |= item.word ^ items.front().word;
-   }
-   std::vector<WordAndIndex> sorted(items.size());
-   int const end = 64 - std::countl_zero(differing);
-   for (int shift = std::countr_zero(differing); shift < end; shift += digitBits) {
-      auto const digit = [shift](WordAndIndex const& item) { return item.word >> shift & (digits - 1); };
-      std::array<U32, digits> places{};
-      for (auto const& item : items) {
-         ++places[digit(item)];
-      }
-      U32 place = 0;
-      for (auto& count : places) {
-         place += std::exchange(count, place);
-      }
-      for (auto const& item : items) {
-         sorted[places[digit(item)]++] = item;
-      }
-      items.swap(sorted);
-   }
-}
+// Sorts by word, stably.
+KIV_EXPORT void sortByWord(std::vector<WordAndIndex>& items);
+// The same, and elements of equal words by `isBefore(context, index, index)`.
+KIV_EXPORT void sortByWord(std::vector<WordAndIndex>& items, void const* context,
+                           bool (*isBefore)(void const* context, U32 a, U32 b));
 
-// The same, and elements of equal words by `isBefore(index, index)`, stably.
+// The same, by `isBefore(index, index)`.
 template <class IsBefore>
 void sortByWord(std::vector<WordAndIndex>& items, IsBefore const& isBefore) {
-   sortByWord(items);
-   for (auto run = items.begin(); run != items.end();) {
-      auto const end = std::find_if(run + 1, items.end(), [run](auto const& next) { return next.word != run->word; });
-      if (end - run > 1) {
-         std::stable_sort(run, end, [&](auto const& a, auto const& b) { return isBefore(a.index, b.index); });
-      }
-      run = end;
-   }
+   sortByWord(items, &isBefore,
+              [](void const* function, U32 a, U32 b) { return (*static_cast<IsBefore const*>(function))(a, b); });
 }
 
 }  // namespace Zam

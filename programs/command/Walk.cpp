@@ -36,7 +36,7 @@ std::string alternatives(std::vector<std::string> const& words) {
    return text;
 }
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
    return '"' + std::string(text) + '"';
 }
 
@@ -62,7 +62,7 @@ Walk::Walk(std::span<Command const> commands, std::vector<std::string> const& wo
 
 Command const& Walk::command() {
    if (pending_ != nullptr) {
-      throw UsageError(quoted(pending_->keyword) + ": end of " + line() + ": " + std::string(pending_->parameter) +
+      throw UsageError(inQuotes(pending_->keyword) + ": end of " + line() + ": " + std::string(pending_->parameter) +
                        " should follow");
    }
    if (!pendingWord_.empty()) {
@@ -340,13 +340,13 @@ void Walk::wrong(std::string_view what, std::vector<Choice> const& choices) cons
 
 // About the word that the walk is at.
 void Walk::wrong(std::string_view what) const {
-   throw UsageError(quoted(words_[at_]) + ": word " + std::to_string(at_ + 1) + " of " + line() + ": " +
+   throw UsageError(inQuotes(words_[at_]) + ": word " + std::to_string(at_ + 1) + " of " + line() + ": " +
                     std::string(what));
 }
 
 // About the word before the one that the walk is at.
 void Walk::keywordGoesOn() const {
-   throw UsageError(quoted(words_[at_ - 1]) + ": word " + std::to_string(at_) + " of " + line() + ": " +
+   throw UsageError(inQuotes(words_[at_ - 1]) + ": word " + std::to_string(at_) + " of " + line() + ": " +
                     std::string(pendingWord_) + " should follow");
 }
 
@@ -365,7 +365,7 @@ std::string Walk::line() const {
    for (std::string const& word : words_) {
       text.append(text.empty() ? "" : " ").append(word);
    }
-   return text.empty() ? "command line" : quoted(text);
+   return text.empty() ? "command line" : inQuotes(text);
 }
 
 }  // namespace kiv

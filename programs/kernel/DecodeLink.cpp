@@ -2,7 +2,7 @@
 
 #include <linux/if_link.h>
 #include <linux/rtnetlink.h>
-#include <net/if.h>
+#include <linux/if.h>
 
 namespace kernel {
 

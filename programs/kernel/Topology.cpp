@@ -4,7 +4,7 @@
 #include "Zam/Error.h"
 
 #include <linux/rtnetlink.h>
-#include <net/if.h>
+#include <linux/if.h>
 #include <algorithm>
 #include <unordered_set>
 

@@ -167,7 +167,7 @@ constexpr auto rdClauses = clauses(
         {.keyword = "", .help = "the route distinguisher", .required = true}),
     clause<&RdArguments::vrf, VrfName>({.keyword = "vrf", .help = "the VRF that is to have it", .required = true}));
 
-constexpr auto table = std::to_array<Command>({
+constexpr auto checkTable = std::to_array<Command>({
     display<checkIpAddress>("check ip address", "may an interface have this IPv4 address?", addressClauses),
     display<checkIpv6Address>("check ipv6 address", "may an interface have this IPv6 address?", address6Clauses),
     display<checkRouteDistinguisher>("check route-distinguisher", "may a VRF have this route distinguisher?",
@@ -177,7 +177,7 @@ constexpr auto table = std::to_array<Command>({
 }  // namespace
 
 std::span<Command const> checkCommands() {
-   return table;
+   return checkTable;
 }
 
 }  // namespace kiv

@@ -97,7 +97,7 @@ ExitStatus configureFromFile(Session& session, ConfigureArguments const& asked) 
 constexpr auto configureClauses = clauses(clause<&ConfigureArguments::file, FileName>(
     {.keyword = "", .help = "file of ip route, ipv6 route, no and clear commands, one a line", .required = true}));
 
-constexpr std::array table{
+constexpr std::array configureTable{
     command<configureFromFile>("configure", "carry out all commands of a file, or none", configureClauses)};
 
 }  // namespace
@@ -110,7 +110,7 @@ ExitStatus changeConfiguration(Session& session, Request const& request) {
 }
 
 std::span<Command const> configureCommands() {
-   return table;
+   return configureTable;
 }
 
 }  // namespace kiv

@@ -39,7 +39,7 @@ ExitStatus removeLeftovers(Session& /*session*/, GcArguments const& asked) {
 constexpr auto gcClauses = clauses(clause<&GcArguments::stateDir, FileName>(
     {.keyword = "", .parameter = "DIR", .help = "the state directory beside which they lie", .required = true}));
 
-constexpr auto table = std::to_array<Command>({
+constexpr auto loadTable = std::to_array<Command>({
     command<loadSnapshot>("load", "make the directory given with --state hold the state of a snapshot", loadClauses),
     command<removeLeftovers>("gc", "remove what killed loads and displays of this user left behind", gcClauses),
 });
@@ -47,7 +47,7 @@ constexpr auto table = std::to_array<Command>({
 }  // namespace
 
 std::span<Command const> loadCommands() {
-   return table;
+   return loadTable;
 }
 
 }  // namespace kiv

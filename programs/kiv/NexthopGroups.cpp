@@ -148,7 +148,7 @@ ExitStatus clearCounters(Session& session, NoArguments const&) {
    return ExitStatus::ok;
 }
 
-constexpr auto table = std::to_array<Command>({
+constexpr auto groupTable = std::to_array<Command>({
     display<showNexthopGroup>("show nexthop-group", "all nexthop groups with their entries and counters", groupClauses),
     command<clearCounters>("clear nexthop-group counters", "let the counters in the state directory start again from 0",
                            noClauses),
@@ -157,7 +157,7 @@ constexpr auto table = std::to_array<Command>({
 }  // namespace
 
 std::span<Command const> nexthopGroupCommands() {
-   return table;
+   return groupTable;
 }
 
 }  // namespace kiv

@@ -91,7 +91,7 @@ ExitStatus help(Session& session, NoArguments const&) {
    return session.write(wholeHelp());
 }
 
-constexpr std::array table{command<help>("help", "the commands and options", noClauses)};
+constexpr std::array programTable{command<help>("help", "the commands and options", noClauses)};
 
 ExitStatus runCommand(Session& session, Options const& options) {
    bool const asksWhatMayFollow = !options.words.empty() && options.words.back() == "?";
@@ -139,7 +139,7 @@ ExitStatus run(std::span<char const* const> arguments) {
 }  // namespace
 
 std::span<Command const> programCommands() {
-   return table;
+   return programTable;
 }
 
 int runProgram(std::span<char const* const> arguments) {

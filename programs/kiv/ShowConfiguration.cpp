@@ -73,7 +73,7 @@ constexpr auto staticTableClauses =
     clauses(clause<&StaticTableArguments::tag, AnyNumber>({.keyword = "tag", .help = "with this tag; 0 for any"}),
             vrfOrAllClause<&StaticTableArguments::vrf>);
 
-constexpr auto table = std::to_array<Command>({
+constexpr auto configurationTable = std::to_array<Command>({
     display<showStatic<Ip4>>("show ip route static configured", "the IPv4 static routes as they are configured",
                              staticTableClauses),
     display<showStatic<Ip6>>("show ipv6 route static configured", "the IPv6 static routes as they are configured",
@@ -87,7 +87,7 @@ constexpr auto table = std::to_array<Command>({
 }  // namespace
 
 std::span<Command const> showConfigurationCommands() {
-   return table;
+   return configurationTable;
 }
 
 }  // namespace kiv

@@ -233,7 +233,7 @@ ExitStatus showRoute(Session& session, RouteArguments<typename Family::Prefix> c
    return status;
 }
 
-constexpr auto table = std::to_array<Command>({
+constexpr auto routeTable = std::to_array<Command>({
     display<showRoute<Ip4>>("show ip route", "the IPv4 route table", routeClauses<Lumen::Prefix>),
     display<showRoute<Ip6>>("show ipv6 route", "the IPv6 route table", routeClauses<Lumen::Ip6Prefix>),
 });
@@ -241,7 +241,7 @@ constexpr auto table = std::to_array<Command>({
 }  // namespace
 
 std::span<Command const> routeCommands() {
-   return table;
+   return routeTable;
 }
 
 }  // namespace kiv

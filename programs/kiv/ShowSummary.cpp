@@ -219,7 +219,7 @@ ExitStatus showSummary(Session& session, SummaryArguments const& asked) {
 
 constexpr auto summaryClauses = clauses(vrfOrAllClause<&SummaryArguments::vrf>);
 
-constexpr auto table = std::to_array<Command>({
+constexpr auto summaryTable = std::to_array<Command>({
     display<showSummary<Ip4>>("show ip route summary", "how many IPv4 routes there are", summaryClauses),
     display<showSummary<Ip6>>("show ipv6 route summary", "how many IPv6 routes there are", summaryClauses),
 });
@@ -235,7 +235,7 @@ std::span<SummaryRow const> ipv6SummaryRows() {
 }
 
 std::span<Command const> summaryCommands() {
-   return table;
+   return summaryTable;
 }
 
 }  // namespace kiv

@@ -120,7 +120,7 @@ constexpr auto vtep =
                                .excludes = keys<&A::egressVrf, &A::interface, &A::nexthop, &A::label, &A::trackBfd>});
 
 template <class Prefix>
-constexpr StaticRouteClauses routeClauses = clauses(
+constexpr StaticRouteClauses staticRouteClauses = clauses(
     clause<&A::prefix, DestinationKind<Prefix>>(
         {.keyword = "", .help = "the destination", .required = true, .needs = leadsTo}),
     drop, nexthopGroup, cached, egressVrf,
@@ -154,7 +154,7 @@ constexpr StaticRouteClauses routeClauses = clauses(
 // To take a route away, the prefix is enough, and so is anything that tells which of its vias.
 template <class Prefix>
 constexpr StaticRouteClauses noRouteClauses = [] {
-   auto made = routeClauses<Prefix>;
+   auto made = staticRouteClauses<Prefix>;
    for (Clause& clause : made.list) {
       clause.needs = {};
    }
@@ -180,8 +180,8 @@ std::string ConfigInterface::read(std::string_view word) {
    return std::string(word);
 }
 
-constinit StaticRouteClauses const ipStaticRouteClauses = routeClauses<Lumen::Prefix>;
-constinit StaticRouteClauses const ipv6StaticRouteClauses = routeClauses<Lumen::Ip6Prefix>;
+constinit StaticRouteClauses const ipStaticRouteClauses = staticRouteClauses<Lumen::Prefix>;
+constinit StaticRouteClauses const ipv6StaticRouteClauses = staticRouteClauses<Lumen::Ip6Prefix>;
 constinit StaticRouteClauses const noIpStaticRouteClauses = noRouteClauses<Lumen::Prefix>;
 constinit StaticRouteClauses const noIpv6StaticRouteClauses = noRouteClauses<Lumen::Ip6Prefix>;
 

@@ -208,7 +208,7 @@ void addRoute(Routing::RouteList& list, StaticRoute const& read, Node const& nod
    }
 }
 
-struct ViaRecord {
+struct StaticViaRecord {
    using Value = StaticVia;
    using Via = Routing::Via;
    static constexpr std::string_view name = "staticVia";
@@ -231,7 +231,7 @@ struct ViaRecord {
    }
 };
 
-struct RouteRecord {
+struct StaticRouteRecord {
    using Value = StaticRoute;
    using Key = Routing::RouteKey;
    static constexpr std::string_view name = "staticRoute";
@@ -248,7 +248,7 @@ struct RouteRecord {
        member<ConfigWord, &Value::name>("name").about("Of a drop route; a via has its own."),
        member<ConfigWord, &Value::nexthopGroup>("nexthopGroup"),
        member<Number<U32>, &Value::metric>("metric").about("Of a route to a nexthop group."),
-       member<List<Object<ViaRecord>>, &Value::vias>("vias"),
+       member<List<Object<StaticViaRecord>>, &Value::vias>("vias"),
    });
    static void check(Node const& node, Reading const& reading, Value const& route) {
       checkRoute(node, *reading.vrfName, route);
@@ -298,7 +298,7 @@ StaticRoutes StaticRouteList::read(Node const& node, Reading& reading) {
    }
    StaticRoutes routes;
    node.forEachElement([&](Node const& element) {
-      StaticRoute const route = Object<RouteRecord>::read(element, reading);
+      StaticRoute const route = Object<StaticRouteRecord>::read(element, reading);
       Routing::RouteList& ofFamily = routes.of(route.key.prefix.family());
       if (ofFamily.route(route.key) != nullptr) {
          element.fail("given twice");
@@ -311,13 +311,13 @@ StaticRoutes StaticRouteList::read(Node const& node, Reading& reading) {
 void StaticRouteList::write(JsonWriter& out, Writing const& writing, StaticRoutes const& routes) {
    out.open('[');
    for (Routing::Route const* const route : sorted(routes)) {
-      Object<RouteRecord>::write(out, writing, state::read(*route));
+      Object<StaticRouteRecord>::write(out, writing, state::read(*route));
    }
    out.close(']');
 }
 
 std::string StaticRouteList::schema(Schema& schema) {
-   return List<Object<RouteRecord>>::schema(schema);
+   return List<Object<StaticRouteRecord>>::schema(schema);
 }
 
 bool StaticRoutes::operator==(StaticRoutes const& other) const {

@@ -26,7 +26,7 @@ struct TunnelViaRecord {
 };
 
 using TunnelWays = OfTunnel<Tunnel::TunnelFib::Entry>;
-struct TunnelRecord {
+struct TunnelWaysRecord {
    using Value = TunnelWays;
    using Entry = Tunnel::TunnelFib::Entry;
    using WayList = List<Object<TunnelViaRecord>>;
@@ -132,7 +132,7 @@ struct FlexAlgoRecord {
        std::to_array<Member<Value>>({indexMember<TunnelEntry>, endpointMember,
                                      member<FlexAlgorithmId, &Value::value, &TunnelEntry::algorithm>("algorithm")});
 };
-struct EvpnRecord {
+struct EvpnTunnelRecord {
    using Value = OfTunnel<EvpnVxlanTunnelEntry>;
    static constexpr auto members = std::to_array<Member<Value>>(
        {indexMember<EvpnVxlanTunnelEntry>, member<EvpnVia, &Value::value>("via").required()});
@@ -145,7 +145,7 @@ using Table = UniqueList<Object<Record>, By<&Record::Value::tunnelId>>;
 template <class Act>
 auto ofTable(TunnelType type, Act&& act) {
    if (type == TunnelType::evpnVxlan) {
-      return act(Table<EvpnRecord>(), &State::evpnTunnels);
+      return act(Table<EvpnTunnelRecord>(), &State::evpnTunnels);
    }
    return type == TunnelType::isisFlexAlgo ? act(Table<FlexAlgoRecord>(), &State::tunnelEntries)
                                            : act(Table<EndpointRecord>(), &State::tunnelEntries);
@@ -253,7 +253,7 @@ struct Algorithms : Named<NamedAlgorithm> {
 
 std::span<Member<State> const> tunnelSections() {
    static constexpr auto sections = std::to_array<Member<State>>({
-       member<UniqueList<Object<TunnelRecord>, By<&TunnelWays::tunnelId>>, &State::tunnels>("tunnels").about(
+       member<UniqueList<Object<TunnelWaysRecord>, By<&TunnelWays::tunnelId>>, &State::tunnels>("tunnels").about(
            "The tunnel FIB: the ways that each tunnel takes."),
        member<UniqueList<Object<LabelStackRecord>, By<&LabelStack::id>>, &State::labelStacks>("labelStacks")
            .about("What the vias of tunnels do to a packet's labels, outermost label first."),
