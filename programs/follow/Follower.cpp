@@ -140,15 +140,15 @@ void Follower::takeNotifications() {
 
 // What it takes away and gives again at once is one change.
 void Follower::takeFromDaemon() {
-   if (fpm_->isNewConnection()) {
-      daemonIsNew();
-   }
    fpm_->receive([&](kernel::Bytes messages) { model_.notify(messages, changes_); });
    mirror_->apply(changes_);
    if (!changes_.routes.empty() && !tidyAt_) {
       tidyAt_ = mirror_->tidy();
    }
    changes_ = {};
+   if (fpm_->isNewConnection()) {
+      daemonIsNew();
+   }
    if (graceEnds_ && Clock::now() >= *graceEnds_) {
       graceEnds_.reset();
       mirror_->unknownStays(false);

@@ -90,24 +90,18 @@ FpmServer::~FpmServer() {
    ::close(listener_);
 }
 
-// A daemon that was killed has closed its connection; what is left of that is read before the next one is taken.
-void FpmServer::accept() {
+bool FpmServer::isNewConnection() {
    int const accepted = ::accept4(listener_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
    if (accepted < 0) {
-      return;
+      return false;
    }
    if (connection_ >= 0) {
       ::close(accepted);
       report_("fpm: a second daemon was refused, one is connected");
-      return;
+      return false;
    }
    connection_ = accepted;
-   isNew_ = true;
-}
-
-bool FpmServer::isNewConnection() {
-   accept();
-   return std::exchange(isNew_, false);
+   return true;
 }
 
 void FpmServer::receive(std::function<void(kernel::Bytes messages)> const& take) {

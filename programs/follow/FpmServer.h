@@ -37,20 +37,19 @@ class FpmServer {
    int listener() const noexcept { return listener_; }
    int connection() const noexcept { return connection_; }
 
-   // Whether another connection has come since this was asked last.
+   // Takes a connection that has come, unless there is one; whether it did. What is left of an earlier one that has
+   // ended is received first.
    bool isNewConnection();
    // Hands over what has come, messages one after the other. What `take` throws as an RtnlError is the daemon's fault.
    void receive(std::function<void(kernel::Bytes messages)> const& take);
 
  private:
-   void accept();
    void takeFrames(std::function<void(kernel::Bytes messages)> const& take);
    void end(std::string_view why);
 
    Report report_;
    int listener_ = -1;
    int connection_ = -1;
-   bool isNew_ = false;
    std::vector<std::byte> received_;
 };
 

@@ -66,9 +66,9 @@ Sources:
 When none is given, /run/kiv while a follower keeps it, and else the kernel.
 
 Of follow:
-  --kernel           the routes that are kept are the kernel's, as without a word
-  --fpm [[ADDRESS:]PORT]  they are those of a routing daemon that connects there, to 127.0.0.1:2620 unless said
-  --print            each change, a line of JSON
+  --fpm [PLACE]      keep the routes of a routing daemon that connects to [ADDRESS:]PORT, 127.0.0.1:2620 unless said
+  --kernel           keep the kernel's, as it does unless told otherwise
+  --print            write each change as a line of JSON
 
 Options:
   --json             write JSON, as "| json" at the end of a command does
