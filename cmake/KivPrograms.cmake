@@ -6,6 +6,8 @@ file(GLOB_RECURSE sources CONFIGURE_DEPENDS programs/*.cpp)
 list(REMOVE_ITEM sources ${kiv_main})
 if(sources)
    kiv_object_library(programs ${sources})
+   # The kernel's headers and the C library's both define addresses; which of them come first matters.
+   set_source_files_properties(programs/follow/FpmServer.cpp PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
    target_include_directories(programs PUBLIC ${PROJECT_SOURCE_DIR}/programs)
    target_link_libraries(programs PUBLIC PkgConfig::libmnl)
 endif()

@@ -2,6 +2,7 @@
 
 #include "Hive/EntityManager.h"
 #include "state/Interrupts.h"
+#include "state/Refuse.h"
 #include "state/StateDir.h"
 #include "state/text/Documents.h"
 
@@ -23,10 +24,6 @@ namespace state {
 namespace {
 
 std::atomic<void (*)(std::string_view)> waitTeller{nullptr};
-
-[[noreturn]] void refuse(std::string const& stateDir, std::string const& why) {
-   throw Hive::StateError(stateDir + ": " + why);
-}
 
 int opened(std::string const& stateDir) {
    refuseLinkOfOthers(stateDir);

@@ -2,6 +2,7 @@
 
 #include "state/ConfigFile.h"
 #include "state/OneLoad.h"
+#include "state/Refuse.h"
 #include "state/StateDir.h"
 #include "state/text/Documents.h"
 
@@ -22,10 +23,6 @@ namespace fs = std::filesystem;
 
 constexpr char const* stamp = "hive.json";
 constexpr char const* laterStamp = ".hive.json.later";
-
-[[noreturn]] void refuse(std::string const& what, std::string const& why) {
-   throw Hive::StateError(what + ": " + why);
-}
 
 int openedDir(std::string const& stateDir) {
    std::error_code error;

@@ -1,6 +1,7 @@
 #include "state/NewDir.h"
 
 #include "Hive/EntityManager.h"
+#include "state/Refuse.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -19,10 +20,6 @@ namespace state {
 namespace {
 
 namespace fs = std::filesystem;
-
-[[noreturn]] void refuse(fs::path const& what, char const* why) {
-   throw Hive::StateError(what.string() + ": " + why + ": " + std::strerror(errno));
-}
 
 std::string unguessable() {
    std::array<U64, 2> random{};
@@ -73,7 +70,7 @@ NewDir::NewDir(fs::path const& parent, std::string const& prefix, mode_t mode) t
 // False when somebody who looked for leftovers was there before the lock.
 bool NewDir::isMade(std::string const& name, mode_t mode) {
    if (::mkdirat(parent_.fd(), name.c_str(), mode) != 0) {
-      refuse(parentPath_, "nothing can be made there");
+      refuse(parentPath_, std::string("nothing can be made there: ") + std::strerror(errno));
    }
    name_ = name;
    struct stat named {};
@@ -103,7 +100,7 @@ void NewDir::putInPlace(std::string const& name, bool replacing) const {
    ::fchmod(dir_->fd(), mode_);
    unsigned const flags = replacing ? RENAME_EXCHANGE : RENAME_NOREPLACE;
    if (::renameat2(parent_.fd(), name_.c_str(), parent_.fd(), name.c_str(), flags) != 0) {
-      refuse(parentPath_ / name, "cannot be put in place");
+      refuse(parentPath_ / name, std::string("cannot be put in place: ") + std::strerror(errno));
    }
 }
 

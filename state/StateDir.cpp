@@ -4,6 +4,7 @@
 #include "state/ConfigFile.h"
 #include "state/NewDir.h"
 #include "state/OneLoad.h"
+#include "state/Refuse.h"
 #include "state/text/Documents.h"
 
 #include <fcntl.h>
@@ -32,10 +33,6 @@ bool isReplaceable(fs::path const& dir) {
    auto const isLock = [](fs::directory_entry const& entry) { return entry.path().filename() == lockFile; };
    return fs::exists(dir / "hive.json", error) ||
           (std::all_of(fs::directory_iterator(dir, error), {}, isLock) && !error);
-}
-
-[[noreturn]] void refuse(fs::path const& dir, std::string const& why) {
-   throw Hive::StateError(dir.string() + ": " + why);
 }
 
 // The directory itself, whatever links and dots lead there.

@@ -1,6 +1,6 @@
 #include "programs/kernel/RtnlAddress.h"
 
-#include <arpa/inet.h>
+#include <endian.h>
 #include <sys/socket.h>
 #include <array>
 
@@ -22,7 +22,7 @@ AddressFamily familyOf(U16 linuxFamily) {
 Lumen::IpGenAddr addressOf(Attribute const& attribute, AddressFamily family) {
    switch (family) {
       case AddressFamily::ipv4:
-         return Lumen::IpGenAddr(Lumen::IpAddr(ntohl(attribute.as<U32>())));
+         return Lumen::IpGenAddr(Lumen::IpAddr(be32toh(attribute.as<U32>())));
       case AddressFamily::ipv6:
          return Lumen::IpGenAddr(Lumen::Ip6Addr(attribute.as<std::array<U8, 16>>()));
       case AddressFamily::unknown:

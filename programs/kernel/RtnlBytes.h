@@ -3,6 +3,7 @@
 #include "Zam/Int.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <span>
@@ -22,6 +23,10 @@ using Bytes = std::span<std::byte const>;
 class RtnlError : public std::runtime_error {
  public:
    using std::runtime_error::runtime_error;
+   // What a system call could not do, by errno.
+   static RtnlError ofSystem(char const* what) {
+      return RtnlError(std::string("rtnetlink: ") + what + ": " + std::strerror(errno));
+   }
 };
 
 // What was dumped changed meanwhile: the dump may have missed or repeated entries, and reading it again may help.

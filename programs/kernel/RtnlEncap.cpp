@@ -2,7 +2,6 @@
 
 #include "Lumen/Vni.h"
 
-#include <arpa/inet.h>
 #include <endian.h>
 #include <linux/if_link.h>
 #include <linux/if_tunnel.h>
@@ -22,7 +21,7 @@ namespace {
 // Of the family that its size tells; an unspecified address is none.
 Lumen::IpGenAddr addressOf(Attribute const& attribute) {
    bool const isIp4 = attribute.payload.size() == sizeof(U32);
-   auto const address = isIp4 ? Lumen::IpGenAddr(Lumen::IpAddr(ntohl(attribute.as<U32>())))
+   auto const address = isIp4 ? Lumen::IpGenAddr(Lumen::IpAddr(be32toh(attribute.as<U32>())))
                               : Lumen::IpGenAddr(Lumen::Ip6Addr(attribute.as<std::array<U8, 16>>()));
    return address.isZero() ? Lumen::IpGenAddr() : address;
 }
@@ -31,7 +30,7 @@ MplsLabelOperation labelStack(Bytes bytes) {
    MplsLabelOperation stack(MplsLabelOperation::Operation::push, {});
    for (ByteReader in(bytes); !in.atEnd();) {
       constexpr unsigned labelShift = 12;  // below it are the traffic class, the bottom mark and the time to live
-      Lumen::MplsLabel const label(ntohl(in.take<U32>()) >> labelShift);
+      Lumen::MplsLabel const label(be32toh(in.take<U32>()) >> labelShift);
       if (stack.stackSize() == MplsLabelOperation::maxLabels) {
          return {};
       }
@@ -128,7 +127,7 @@ constexpr std::array tunnelKinds{
 
 // GRE keys are in network byte order, VNIs are not.
 U32 keyOf(IpEncapType type, U32 value) {
-   return type == IpEncapType::gre ? ntohl(value) : value & Lumen::Vni::max;
+   return type == IpEncapType::gre ? be32toh(value) : value & Lumen::Vni::max;
 }
 
 // 1 stands for the packet's own, 0 for zero: the nearest that there is here is 0 for both.

@@ -23,10 +23,6 @@ constexpr int maxAttempts = 8;
 constexpr int socketBufferSize = 4 << 20;
 constexpr std::size_t datagramSize = 256 << 10;  // the kernel fills up to 32 KiB if the reader has room for it
 
-[[noreturn]] void throwErrno(char const* what) {
-   throw RtnlError(std::string("rtnetlink: ") + what + ": " + std::strerror(errno));
-}
-
 struct SocketCloser {
    void operator()(mnl_socket* socket) const noexcept { mnl_socket_close(socket); }
 };
@@ -35,7 +31,7 @@ using Socket = std::unique_ptr<mnl_socket, SocketCloser>;
 Socket openSocket() {
    Socket socket(mnl_socket_open2(NETLINK_ROUTE, SOCK_CLOEXEC));
    if (!socket || mnl_socket_bind(socket.get(), 0, MNL_SOCKET_AUTOPID) < 0) {
-      throwErrno("cannot open a socket");
+      throw RtnlError::ofSystem("cannot open a socket");
    }
    // Both only help: older kernels filter less, and the system bounds the buffer.
    int one = 1;
@@ -56,7 +52,7 @@ void request(mnl_socket* socket, U16 type, Header const& header, std::optional<U
       mnl_attr_put_u32(message, IFLA_EXT_MASK, *extendedMask);
    }
    if (mnl_socket_sendto(socket, message, message->nlmsg_len) < 0) {
-      throwErrno("cannot ask");
+      throw RtnlError::ofSystem("cannot ask");
    }
 }
 
@@ -74,7 +70,7 @@ std::optional<std::vector<std::byte>> receive(mnl_socket* socket) {
          return std::nullopt;
       }
       if (count < 0) {
-         throwErrno("cannot receive");
+         throw RtnlError::ofSystem("cannot receive");
       }
       Bytes const received = Bytes(datagram).first(static_cast<std::size_t>(count));
       dump.insert(dump.end(), received.begin(), received.end());

@@ -14,10 +14,6 @@ namespace {
 // Room for a burst while something else is done. More than the system's bound takes privilege.
 constexpr int bufferSize = 64 << 20;
 
-[[noreturn]] void throwErrno(char const* what) {
-   throw RtnlError(std::string("rtnetlink: ") + what + ": " + std::strerror(errno));
-}
-
 bool join(int socket, int group) {
    return ::setsockopt(socket, SOL_NETLINK, NETLINK_ADD_MEMBERSHIP, &group, sizeof group) == 0;
 }
@@ -26,12 +22,12 @@ void joinAll(int socket, Subscription::Of what) {
    for (int const group :
         {RTNLGRP_LINK, RTNLGRP_IPV4_IFADDR, RTNLGRP_IPV6_IFADDR, RTNLGRP_IPV4_NETCONF, RTNLGRP_IPV6_NETCONF}) {
       if (!join(socket, group)) {
-         throwErrno("cannot subscribe");
+         throw RtnlError::ofSystem("cannot subscribe");
       }
    }
    if (what == Subscription::Of::everything) {
       if (!join(socket, RTNLGRP_IPV4_ROUTE) || !join(socket, RTNLGRP_IPV6_ROUTE)) {
-         throwErrno("cannot subscribe");
+         throw RtnlError::ofSystem("cannot subscribe");
       }
       join(socket, RTNLGRP_NEXTHOP);  // older kernels have none
    }
@@ -44,7 +40,7 @@ Subscription::Subscription(Of what)
    sockaddr_nl address{};
    address.nl_family = AF_NETLINK;
    if (socket_ < 0 || ::bind(socket_, reinterpret_cast<sockaddr const*>(&address), sizeof address) != 0) {
-      throwErrno("cannot open a socket");
+      throw RtnlError::ofSystem("cannot open a socket");
    }
    if (::setsockopt(socket_, SOL_SOCKET, SO_RCVBUFFORCE, &bufferSize, sizeof bufferSize) != 0) {
       ::setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &bufferSize, sizeof bufferSize);
