@@ -24,6 +24,7 @@
 #include <memory>
 #include <optional>
 #include <random>
+#include <regex>
 #include <set>
 #include <span>
 #include <sstream>
