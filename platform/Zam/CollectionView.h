@@ -138,4 +138,20 @@ M const* detail::seenIn(std::any const& argument) {
    return view != nullptr ? view->as<M>() : nullptr;
 }
 
+template <Collection M>
+M detail::collectionOf(Elements const& elements) {
+   using Parts = CollectionParts<M>;
+   constexpr OperationName name{"collection", "element"};
+   M made;
+   for (auto const& [key, value] : elements.elements) {
+      auto converted = argumentAs<typename Parts::Key>(key, name, {0, "key"});
+      if constexpr (SetCollection<M>) {
+         made.insert(std::move(converted));
+      } else {
+         elementIs(made, std::move(converted), argumentAs<typename Parts::Value>(value, name, {1, "value"}));
+      }
+   }
+   return made;
+}
+
 }  // namespace Zam

@@ -12,11 +12,12 @@
 #include <string_view>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 // Arguments of the runtime's operations, which arrive as std::any and are converted to what the operation takes:
 // any integer to an integer type that can hold it, text to a string type, nullptr and handles of more derived or less
-// constant entities to a Ptr, a view of a collection to that collection, and an explicit fromText(...) to every type
-// that has a textual form.
+// constant entities to a Ptr, a view of a collection or its Elements to that collection, an explicit fromText(...) to
+// every type that has a textual form, and DefaultValue to every type that has a default.
 namespace Zam {
 
 // The caller named a type, an operation or arguments that do not exist.
@@ -33,6 +34,14 @@ struct FromText {
 inline FromText fromText(std::string text) {
    return {std::move(text)};
 }
+
+// An argument that is left out: the default of its type or, of a described value, that of its attribute.
+struct DefaultValue {};
+
+// An argument that is a collection, by its elements; the value of a set's element is empty, the key in a list its place.
+struct Elements {
+   std::vector<std::pair<std::any, std::any>> elements;
+};
 
 // Which operation is being called, for messages.
 struct OperationName {
@@ -101,10 +110,17 @@ T integerAs(Integer integer) {
 // What an argument that is a view of an M shows; null for any other.
 template <Collection M>
 M const* seenIn(std::any const& argument);
+template <Collection M>
+M collectionOf(Elements const& elements);
 
 // The argument as a T, if it can be one without being a T already.
 template <class T>
 std::optional<T> convertedArgument(std::any const& argument) {
+   if constexpr (std::default_initializable<T>) {
+      if (std::any_cast<DefaultValue>(&argument) != nullptr) {
+         return T{};
+      }
+   }
    if constexpr (HasTextualForm<T>) {
       if (auto const* const text = std::any_cast<FromText>(&argument)) {
          return strepToValue<T>(text->text);
@@ -119,6 +135,9 @@ std::optional<T> convertedArgument(std::any const& argument) {
       auto const real = realOf(argument);
       return real ? std::optional(static_cast<T>(*real)) : std::nullopt;
    } else if constexpr (Collection<T>) {
+      if (auto const* const given = std::any_cast<Elements>(&argument)) {
+         return collectionOf<T>(*given);
+      }
       auto const* const seen = seenIn<T>(argument);
       return seen != nullptr ? std::optional(*seen) : std::nullopt;
    } else if constexpr (std::constructible_from<T, std::string_view>) {

@@ -207,7 +207,9 @@ class TypeBuilder {
       Inputs inputs{};
       std::size_t i = 0;
       forEachAttribute<Inputs>([&]<class At>(At const& at) {
-         inputs.*at.member = detail::argumentAs<typename At::Type>(arguments[i], name, {i, at.name});
+         if (std::any_cast<DefaultValue>(&arguments[i]) == nullptr) {
+            inputs.*at.member = detail::argumentAs<typename At::Type>(arguments[i], name, {i, at.name});
+         }
          ++i;
       });
       return inputs;
@@ -336,7 +338,9 @@ class TypeBuilder {
           .hash = [](void const* object) { return std::hash<T>()(value(object)); },
           .isSet = [](void const* object) { return !(value(object) == T()); },
           .fromText = [](std::string_view text) { return std::any(strepToValue<T>(text)); },
+          .string = stringOf(),
           .allocations = nullptr,
+          .isEnumeration = std::is_enum_v<T>,
       };
    }
    static TypeInfo::Basics entityBasics() {
@@ -352,8 +356,17 @@ class TypeBuilder {
           .hash = [](void const* object) { return std::hash<void const*>()(object); },
           .isSet = [](void const* object) { return object != nullptr; },
           .fromText = nullptr,
+          .string = nullptr,
           .allocations = [] { return allocationsOf<T>.load(std::memory_order_relaxed); },
+          .isEnumeration = false,
       };
+   }
+   static auto stringOf() -> std::string_view (*)(void const*) {
+      if constexpr (std::convertible_to<T const&, std::string_view>) {
+         return [](void const* object) -> std::string_view { return *static_cast<T const*>(object); };
+      } else {
+         return nullptr;
+      }
    }
 
    TypeInfo& type_;

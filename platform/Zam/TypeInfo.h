@@ -64,6 +64,9 @@ class KIV_EXPORT TypeInfo {
    bool isSettable(std::string_view attribute) const;
    // Held through a Ptr and compared by identity, or else a value.
    bool isEntity() const noexcept { return basics_.fromText == nullptr; }
+   bool isEnumeration() const noexcept { return basics_.isEnumeration; }
+   // A value that is nothing but characters: Zam::String and its kin.
+   bool isString() const noexcept { return basics_.string != nullptr; }
    // How many entities of the type were made in this process.
    U64 allocations() const noexcept { return basics_.allocations != nullptr ? basics_.allocations() : 0; }
 
@@ -79,6 +82,8 @@ class KIV_EXPORT TypeInfo {
    std::any call(std::string_view operation, Arguments arguments = {}) const;
 
    std::string toText(std::any const& object) const;
+   // Of a string, its characters, which are those of the object.
+   std::string_view string(std::any const& object) const { return basics_.string(valueOf(object, "string")); }
    // Values by content, entities by identity.
    bool equal(std::any const& a, std::any const& b) const;
    std::size_t hash(std::any const& object) const;
@@ -130,8 +135,11 @@ class KIV_EXPORT TypeInfo {
       bool (*isSet)(void const*) = nullptr;
       // Null for an entity.
       std::any (*fromText)(std::string_view) = nullptr;
+      // Null for what is no string.
+      std::string_view (*string)(void const*) = nullptr;
       // Null for a value.
       U64 (*allocations)() = nullptr;
+      bool isEnumeration = false;
    };
 
    void basicsIs(Basics const& basics) noexcept { basics_ = basics; }

@@ -6,6 +6,9 @@
 namespace kiv {
 
 state::Inputs inputsFrom(Source const& source) {
+   if (source.mounted) {
+      return *source.mounted;
+   }
    switch (source.kind) {
       case SourceKind::stateDir:
          return state::mountStateDir(source.path);

@@ -2,6 +2,7 @@
 
 #include "state/Inputs.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -23,6 +24,8 @@ struct Source {
    bool isNamed = false;    // by the user, for this command
    bool isImplied = false;  // nobody named it, here or in the environment
    Following following{};
+   // What was mounted from there before, for those who ask one state several times; null to mount it now.
+   std::shared_ptr<state::Inputs const> mounted{};
 };
 
 // The tables and entities of the box that a command is about.

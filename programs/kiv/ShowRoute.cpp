@@ -240,6 +240,22 @@ constexpr auto routeTable = std::to_array<Command>({
 
 }  // namespace
 
+template <class Family>
+Zam::Ptr<typename Family::Sorter> selectedRoutes(state::Inputs& inputs,
+                                                 RouteArguments<typename Family::Prefix> const& asked) {
+   auto of = requestedRoutes<Family>(inputs, asked);
+   auto const vias = requestedVias(inputs, asked);
+   auto const filters = requestedFilters(inputs, asked, vias);
+   of.routeFilterColl = filters;
+   vrfIs<Family>(of, inputs, requestedVrf(inputs, asked.vrf));
+   return selected<Family>(of, filters, vias);
+}
+
+template Zam::Ptr<Kiv::RouteSorter> selectedRoutes<Ip4>(state::Inputs& inputs,
+                                                        RouteArguments<Lumen::Prefix> const& asked);
+template Zam::Ptr<Kiv::Route6Sorter> selectedRoutes<Ip6>(state::Inputs& inputs,
+                                                         RouteArguments<Lumen::Ip6Prefix> const& asked);
+
 std::span<Command const> routeCommands() {
    return routeTable;
 }
