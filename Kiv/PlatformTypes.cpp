@@ -31,6 +31,7 @@
 #include "SrTePolicy/CbfFecOverrideMap.h"
 #include "SrTePolicy/PolicyStatus.h"
 #include "Tunnel/CliSupport/CachedTunVia.h"
+#include "Tunnel/CliSupport/ViaText.h"
 #include "Tunnel/IpTunnelEncap.h"
 #include "Tunnel/TunnelFib/TunnelFib.h"
 #include "Tunnel/TunnelTable/ProtocolTunnelNameStatus.h"
@@ -38,6 +39,7 @@
 #include "Vault/ForwardingStatus.h"
 #include "Vault/KernelUnprogrammedRoute.h"
 #include "Vault/RouteStatus.h"
+#include "Vault/RouteText.h"
 #include "Vault/UnprogrammedRouteStatus.h"
 #include "Vrf/VrfIdMap/Status.h"
 #include "Zam/Dir.h"
@@ -75,6 +77,32 @@ void registerValues(Zam::TypeRegistry& registry) {
    registry.enumeration<Routing::NexthopGroup::NexthopGroupType>("Routing::NexthopGroup::NexthopGroupType");
    registry.enumeration<Routing::Rib::DecapActionType>("Routing::Rib::DecapActionType");
    registry.enumeration<Vault::Fib::ForwardingAction>("Vault::Fib::ForwardingAction");
+}
+
+// Plain records, by the attributes of their text.
+template <class Attributes, class Record>
+void registerRecord(Zam::TypeRegistry& registry, Record (Attributes::*record)() const) {
+   auto builder = registry.value<Record>(Zam::descriptionOf<Attributes>.typeName);
+   builder.constructor(
+       +[] { return Record(); }, "The default value.");
+   builder.template constructorFrom<Attributes>([record](Attributes const& from) { return (from.*record)(); },
+                                                "From all attributes.");
+   Zam::forEachAttribute<Attributes>([&builder]<class At>(At const& at) {
+      builder.attributeBy(
+          at.name, [member = at.member](Record const& of) { return Attributes::of(of).*member; }, at.line);
+   });
+}
+
+void registerRecords(Zam::TypeRegistry& registry) {
+   using Vault::RouteAttributes;
+   registerRecord(registry, &RouteAttributes<Vault::Fib::Route>::route);
+   registerRecord(registry, &RouteAttributes<Vault::Fib6::Route>::route);
+   registerRecord(registry, &Tunnel::CliSupport::ViaAttributes::via);
+   registry.enumeration<Tunnel::IpEncapType>("Tunnel::IpEncapType");
+   registry.value<Tunnel::IpTunnelEncap>();
+   registry.value<Tunnel::CliSupport::CachedIpTunnelInfo>("Tunnel::CliSupport::CachedIpTunnelInfo")
+       .attribute("name", &Tunnel::CliSupport::CachedIpTunnelInfo::name, "The kind of header, as displays call it.")
+       .attribute("encap", &Tunnel::CliSupport::CachedIpTunnelInfo::encap, "The header.");
 }
 
 void registerConfiguration(Zam::TypeRegistry& registry) {
@@ -141,6 +169,7 @@ void registerTunnels(Zam::TypeRegistry& registry) {
 void registerPlatformTypes() {
    auto& registry = Zam::TypeRegistry::instance();
    registerValues(registry);
+   registerRecords(registry);
    registerConfiguration(registry);
    registerStatus(registry);
    registerSharedTables(registry);

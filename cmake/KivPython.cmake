@@ -3,8 +3,8 @@
 set(Python_ROOT_DIR /usr CACHE PATH "Where the Python is that the module is for; the distribution's unless told")
 find_package(Python 3.11 COMPONENTS Interpreter Development.Module)
 find_package(pybind11 2.10 CONFIG)
-if(NOT Python_Development.Module_FOUND OR NOT pybind11_FOUND)
-   message(STATUS "Python module: pybind11 or the headers of Python 3.11 are not there")
+if(KIV_SANITIZE OR NOT Python_Development.Module_FOUND OR NOT pybind11_FOUND)
+   message(STATUS "No Python module: it wants pybind11 and the headers of Python 3.11, and no sanitizer")
    return()
 endif()
 
@@ -12,10 +12,9 @@ set(kiv_python_package ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/python/kiv)
 file(GLOB sources CONFIGURE_DEPENDS python/src/*.cpp)
 pybind11_add_module(kivPython MODULE NO_EXTRAS ${sources})
 set_target_properties(kivPython PROPERTIES OUTPUT_NAME _kiv LIBRARY_OUTPUT_DIRECTORY ${kiv_python_package}
-   INTERPROCEDURAL_OPTIMIZATION OFF BUILD_RPATH_USE_ORIGIN ON INSTALL_RPATH "$ORIGIN/../..")
+   UNITY_BUILD OFF BUILD_RPATH_USE_ORIGIN ON INSTALL_RPATH "$ORIGIN/../..")
 target_include_directories(kivPython PRIVATE ${PROJECT_SOURCE_DIR})
-target_compile_options(kivPython PRIVATE ${kiv_lto_compile})
-target_link_options(kivPython PRIVATE ${kiv_no_lto_link} -Wl,--gc-sections)
+target_link_options(kivPython PRIVATE -Wl,--gc-sections)
 target_link_libraries(kivPython PRIVATE kiv_warnings programs KivState KivCliSupport)
 
 file(GLOB kiv_python_files RELATIVE ${PROJECT_SOURCE_DIR}/python/kiv CONFIGURE_DEPENDS python/kiv/*)
@@ -25,7 +24,15 @@ foreach(name IN LISTS kiv_python_files)
       DEPENDS python/kiv/${name})
    list(APPEND kiv_python_copies ${kiv_python_package}/${name})
 endforeach()
-add_custom_target(kivPythonPackage ALL DEPENDS ${kiv_python_copies} kivPython)
+# The stub of the extension, from what is registered in it.
+set(kiv_python_stub ${kiv_python_package}/_kiv.pyi)
+file(GLOB kiv_stub_sources CONFIGURE_DEPENDS python/stubs/*)
+add_custom_command(OUTPUT ${kiv_python_stub}
+   COMMAND ${CMAKE_COMMAND} -E env PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/python
+      ${Python_EXECUTABLE} ${PROJECT_SOURCE_DIR}/python/stubs/write.py ${kiv_python_stub}
+   DEPENDS kivPython ${kiv_python_copies} ${kiv_stub_sources})
+add_custom_target(kivPythonPackage ALL DEPENDS ${kiv_python_copies} ${kiv_python_stub})
 
 install(TARGETS kivPython DESTINATION ${CMAKE_INSTALL_LIBDIR}/python/kiv)
 install(DIRECTORY python/kiv DESTINATION ${CMAKE_INSTALL_LIBDIR}/python)
+install(FILES ${kiv_python_stub} DESTINATION ${CMAKE_INSTALL_LIBDIR}/python/kiv)

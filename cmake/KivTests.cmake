@@ -60,4 +60,15 @@ if(TARGET kiv)
    add_test(NAME faults COMMAND Python3::Interpreter ${PROJECT_SOURCE_DIR}/tests/faults/run $<TARGET_FILE:kiv> --short
       --patience ${patience})
    set_tests_properties(faults PROPERTIES TIMEOUT 600)
+
+# The Python module, as it lies in the build tree.
+if(TARGET kivPython)
+   execute_process(COMMAND ${Python_EXECUTABLE} -c "import pytest, mypy" RESULT_VARIABLE kiv_no_pytest ERROR_QUIET)
+   if(kiv_no_pytest)
+      message(STATUS "No tests of the Python module: they want pytest and mypy")
+   else()
+      add_test(NAME python COMMAND ${Python_EXECUTABLE} -m pytest -q -p no:cacheprovider ${PROJECT_SOURCE_DIR}/tests/python)
+      set_tests_properties(python PROPERTIES TIMEOUT 300 ENVIRONMENT
+         "PYTHONPATH=${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/python;PYTHONDONTWRITEBYTECODE=1;KIV_SOURCE_DIR=${PROJECT_SOURCE_DIR};KIV_PROGRAM=${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/kiv")
+   endif()
 endif()

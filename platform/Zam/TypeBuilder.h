@@ -85,6 +85,11 @@ class TypeBuilder {
       return readOnly(
           name, [getter](T const& object) -> R { return getter(object); }, told);
    }
+   // By whatever makes it of an object.
+   template <class Get>
+   TypeBuilder& attributeBy(std::string_view name, Get get, Told const& told = {}) {
+      return readOnly(name, get, told);
+   }
    template <class G, class R, class C, class P>
    requires std::is_member_function_pointer_v<G> TypeBuilder& attribute(std::string_view name, G getter,
                                                                         R (C::*setter)(P), Told const& told = {}) {

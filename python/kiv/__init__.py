@@ -23,3 +23,32 @@ from ._kiv import (
 )
 from .collections import Mapping, Sequence, Set
 from .state import State, kernel, load, open
+
+__all__ = [
+    "DamageError",
+    "Error",
+    "Mapping",
+    "Object",
+    "Operation",
+    "ParseError",
+    "RangeError",
+    "Refused",
+    "Route",
+    "Routes",
+    "Sequence",
+    "Set",
+    "State",
+    "TypeError",
+    "UsageError",
+    "Via",
+    "call",
+    "describe",
+    "kernel",
+    "load",
+    "new",
+    "open",
+    "parse",
+    "text",
+    "type_name",
+    "types",
+]

@@ -114,14 +114,18 @@ std::size_t positionOf(Zam::Signature const& signature, std::string_view name) {
    return static_cast<std::size_t>(found - signature.parameters.begin());
 }
 
-bool isNamed(Zam::Signature const& signature) {
-   return std::ranges::none_of(signature.parameters, &std::string_view::empty, &Zam::Signature::Parameter::name);
+// A constructor whose arguments have names may leave out any.
+bool hasDefaults(Zam::Signature const& signature) {
+   return signature.name == Zam::constructorName &&
+          std::ranges::none_of(signature.parameters, &std::string_view::empty, &Zam::Signature::Parameter::name);
 }
 
-// All by position, or any by name with the others left to their defaults.
+// All by position, or the first by position and others by name.
 bool takes(Zam::Signature const& signature, std::size_t positional, py::kwargs const& named) {
    auto const size = signature.parameters.size();
-   if (positional > size || (named.empty() && positional != size && (positional != 0 || !isNamed(signature)))) {
+   auto const given = positional + named.size();
+   bool const areMissingDefaults = hasDefaults(signature) && (given == 0 || !named.empty());
+   if (given > size || (given < size && !areMissingDefaults)) {
       return false;
    }
    return std::all_of(named.begin(), named.end(), [&](auto const& argument) {

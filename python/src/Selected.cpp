@@ -88,6 +88,16 @@ std::vector<ViaValue> viasOf(Zam::Ptr<Kiv::CachedFec const> const& fec) {
    return values;
 }
 
+// A route to a nexthop group whose group is not known is not shown.
+template <class Sorter, class Route>
+bool lacksGroup(Sorter const& sorter, Route const& route) {
+   if (route.routeType != decltype(route.routeType)::nexthopGroup) {
+      return false;
+   }
+   auto const fec = sorter.fec(route.fecId);
+   return !fec || fec->vias() == 0;
+}
+
 template <class Family>
 Selected selected(state::Inputs& inputs, kiv::RouteArguments<typename Family::Prefix> const& asked) {
    auto const sorter = kiv::selectedRoutes<Family>(inputs, asked);
@@ -99,6 +109,9 @@ Selected selected(state::Inputs& inputs, kiv::RouteArguments<typename Family::Pr
    for (auto const& [prefix, route] : sorter->sortedRoute()) {
       if (made.rows.size() % interruptEvery == 0) {
          kiv::endWhenInterrupted();
+      }
+      if (lacksGroup(*sorter, route)) {
+         continue;
       }
       made.rows.push_back({.address = wide(prefix.address()),
                            .metric = route.metric,
@@ -127,7 +140,7 @@ Kiv::RouteTypeStrings const* stringsOf(Lumen::AddressFamily family, U8 type) {
 
 }  // namespace
 
-Selected selectedBy(state::Inputs& inputs, kiv::Request const& request) {
+Selected selectedBy(state::Inputs& inputs, kiv::Request const& request) try {
    if (auto const* const asked = std::any_cast<kiv::RouteArguments<Lumen::Prefix>>(&request.arguments)) {
       return selected<kiv::Ip4>(inputs, *asked);
    }
@@ -135,6 +148,8 @@ Selected selectedBy(state::Inputs& inputs, kiv::Request const& request) {
       return selected<kiv::Ip6>(inputs, *asked);
    }
    throw kiv::UsageError('"' + std::string(request.command.words) + "\": does not tell of routes");
+} catch (kiv::Refusal const& refusal) {
+   throw std::runtime_error(refusal.line(request.command.words));
 }
 
 std::string_view typeWord(Lumen::AddressFamily family, U8 type) {

@@ -24,6 +24,7 @@ class KIV_EXPORT CachedIpTunnelInfo {
    CachedIpTunnelInfo() = default;
    explicit CachedIpTunnelInfo(IpTunnelEncap const& encap) : encap_(encap) {}
 
+   IpTunnelEncap const& encap() const noexcept { return encap_; }
    explicit operator bool() const noexcept { return static_cast<bool>(encap_); }
    // "IP-in-IP", "GRE", "VXLAN" or "UDP"; empty without an outer header.
    std::string_view name() const noexcept;
