@@ -60,6 +60,7 @@ if(TARGET kiv)
    add_test(NAME faults COMMAND Python3::Interpreter ${PROJECT_SOURCE_DIR}/tests/faults/run $<TARGET_FILE:kiv> --short
       --patience ${patience})
    set_tests_properties(faults PROPERTIES TIMEOUT 600)
+endif()
 
 # The Python module, as it lies in the build tree.
 if(TARGET kivPython)
