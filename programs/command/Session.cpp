@@ -84,13 +84,14 @@ std::string const& Session::stateDir(std::string_view command, std::string_view 
    return source_.path;
 }
 
-state::Inputs Session::inputs() const {
+state::Inputs Session::inputs(kernel::Need need) const {
    if (source_.kind == SourceKind::stateDir) {
       if (auto const live = state::liveStateOf(source_.path); live && !live->isKept) {
          report(source_.path + ": nobody has kept this state for " + ageText(live->status.lastSeen));
       }
    }
-   return inputsFrom(source_);
+   need.tell = [this](std::string_view line) { report(line); };
+   return inputsFrom(source_, need);
 }
 
 std::vector<Name> Session::names(NamesQuery const& query) const {

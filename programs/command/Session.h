@@ -36,7 +36,8 @@ class Session {
 
    Source const& source() const { return source_; }
    // Tells when nobody keeps any more what a follower kept.
-   state::Inputs inputs() const;
+   // Of what the command does not need there may be nothing.
+   state::Inputs inputs(kernel::Need need = {}) const;
    // The directory that a command changes; a usage error with what `toSay` tells when the source is none.
    std::string const& stateDir(std::string_view command, std::string_view toSay) const;
    // What is called how now; nothing of a box that cannot be read.

@@ -5,7 +5,7 @@
 
 namespace kiv {
 
-state::Inputs inputsFrom(Source const& source) {
+state::Inputs inputsFrom(Source const& source, kernel::Need const& need) {
    if (source.mounted) {
       return *source.mounted;
    }
@@ -17,7 +17,7 @@ state::Inputs inputsFrom(Source const& source) {
       case SourceKind::kernel:
          break;
    }
-   return state::mountPrivately(kernel::readMachine());
+   return state::mountPrivately(kernel::readMachine(need));
 }
 
 }  // namespace kiv

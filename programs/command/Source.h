@@ -1,5 +1,6 @@
 #pragma once
 
+#include "programs/kernel/Need.h"
 #include "state/Inputs.h"
 
 #include <memory>
@@ -29,6 +30,6 @@ struct Source {
 };
 
 // The tables and entities of the box that a command is about.
-state::Inputs inputsFrom(Source const& source);
+state::Inputs inputsFrom(Source const& source, kernel::Need const& need = {});
 
 }  // namespace kiv

@@ -1,5 +1,6 @@
 #include "programs/kernel/KernelState.h"
 
+#include "programs/kernel/Lookup.h"
 #include "programs/kernel/RouteChoice.h"
 #include "programs/kernel/Tunnels.h"
 
@@ -142,7 +143,15 @@ state::State stateFrom(Model const& model, ForwardingIds& ids) {
 }
 
 state::State readMachine() {
-   state::State state = stateFrom(Model(readDumps()));
+   return readMachine({});
+}
+
+state::State readMachine(Need const& need) {
+   auto lookup = need.address ? lookUp(*need.address) : Lookup{};
+   state::State state = stateFrom(lookup.model ? *std::move(lookup.model) : Model(readDumps(need.family)));
+   if (std::string const told = need.address ? decidedElsewhere(lookup, *need.address, state) : ""; !told.empty()) {
+      need.tell(told);
+   }
    for (state::VrfState& vrf : state.vrfs) {
       vrf.routing = forwards(Lumen::AddressFamily::ipv4);
       vrf.routing6 = forwards(Lumen::AddressFamily::ipv6);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "programs/kernel/Model.h"
+#include "programs/kernel/Need.h"
 #include "programs/kernel/StableIds.h"
 #include "programs/kernel/Topology.h"
 #include "state/State.h"
@@ -22,6 +23,8 @@ struct ForwardingIds {
 
 // The machine, as seen from the caller's network namespace.
 state::State readMachine();
+// What a command needs of it.
+state::State readMachine(Need const& need);
 
 // Whether the namespace forwards packets; true when it does not tell.
 bool forwards(Lumen::AddressFamily family);

@@ -7,12 +7,14 @@
 #include <linux/if_link.h>
 #include <linux/nexthop.h>
 #include <linux/rtnetlink.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 #include <array>
 #include <cerrno>
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 
 namespace kernel {
@@ -99,6 +101,21 @@ rtmsg routesOf(U8 family) {
    return header;
 }
 
+bool isWanted(Lumen::AddressFamily family, std::optional<Lumen::AddressFamily> wanted) {
+   return !wanted || *wanted == family;
+}
+
+// Of nothing.
+std::vector<std::byte> emptyDump() {
+   std::array<nlmsghdr, 1> end{};
+   end[0].nlmsg_len = sizeof(nlmsghdr) + sizeof(S32);
+   end[0].nlmsg_type = NLMSG_DONE;
+   auto const bytes = std::as_bytes(std::span(end));
+   std::vector<std::byte> dump(bytes.begin(), bytes.end());
+   dump.resize(end[0].nlmsg_len);
+   return dump;
+}
+
 std::vector<std::byte> noneIfUnsupported(std::vector<std::byte> dump) {
    return inspectDatagram(dump).error == EOPNOTSUPP ? std::vector<std::byte>{} : dump;
 }
@@ -114,11 +131,42 @@ Dumps readEntityDumps() {
 }
 
 Dumps readDumps() {
+   return readDumps({});
+}
+
+Dumps readDumps(std::optional<Lumen::AddressFamily> family) {
+   using Lumen::AddressFamily;
    Dumps dumps = readEntityDumps();
    dumps.nextHops = noneIfUnsupported(readDump(RTM_GETNEXTHOP, nhmsg{}));
-   dumps.routes4 = readDump(RTM_GETROUTE, routesOf(AF_INET));
-   dumps.routes6 = readDump(RTM_GETROUTE, routesOf(AF_INET6));
+   dumps.routes4 = isWanted(AddressFamily::ipv4, family) ? readDump(RTM_GETROUTE, routesOf(AF_INET)) : emptyDump();
+   dumps.routes6 = isWanted(AddressFamily::ipv6, family) ? readDump(RTM_GETROUTE, routesOf(AF_INET6)) : emptyDump();
    return dumps;
+}
+
+std::vector<std::byte> askForRoute(Lumen::IpGenAddr const& address) {
+   bool const isIp4 = address.family() == Lumen::AddressFamily::ipv4;
+   U32 const ip4 = htonl(address.ip().value());
+   auto const ip6 = address.ip6().bytes();
+   Socket const socket = openSocket();
+   alignas(nlmsghdr) std::array<char, 128> buffer{};
+   nlmsghdr* const message = mnl_nlmsg_put_header(buffer.data());
+   message->nlmsg_type = RTM_GETROUTE;
+   message->nlmsg_flags = NLM_F_REQUEST;
+   rtmsg header = routesOf(isIp4 ? AF_INET : AF_INET6);
+   header.rtm_dst_len = isIp4 ? 32 : 128;
+   header.rtm_flags = RTM_F_FIB_MATCH | RTM_F_LOOKUP_TABLE;
+   std::memcpy(mnl_nlmsg_put_extra_header(message, sizeof header), &header, sizeof header);
+   isIp4 ? mnl_attr_put(message, RTA_DST, sizeof ip4, &ip4) : mnl_attr_put(message, RTA_DST, sizeof ip6, ip6.data());
+   std::vector<std::byte> reply(datagramSize);
+   ssize_t count = mnl_socket_sendto(socket.get(), message, message->nlmsg_len);
+   if (count >= 0) {
+      count = mnl_socket_recvfrom(socket.get(), reply.data(), reply.size());
+   }
+   if (count < 0) {
+      throwErrno("cannot ask");
+   }
+   reply.resize(static_cast<std::size_t>(count));
+   return reply;
 }
 
 }  // namespace kernel

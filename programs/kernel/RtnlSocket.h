@@ -1,6 +1,9 @@
 #pragma once
 
+#include "Lumen/IpGenAddr.h"
+
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 namespace kernel {
@@ -18,7 +21,12 @@ struct Dumps {
 // Asks this machine's kernel, in the caller's network namespace; needs no privilege. A dump during which its contents
 // changed is read again, a bounded number of times. Throws RtnlError.
 Dumps readDumps();
+// Without the routes of other families than this one, if one is given.
+Dumps readDumps(std::optional<Lumen::AddressFamily> family);
 // The same of links and addresses alone.
 Dumps readEntityDumps();
+
+// What the kernel answers when it is asked which route forwards an address: RTM_NEWROUTE, or NLMSG_ERROR.
+std::vector<std::byte> askForRoute(Lumen::IpGenAddr const& address);
 
 }  // namespace kernel

@@ -212,9 +212,22 @@ ExitStatus print(Session const& session, Sorter& sorter, bool& leftOut) {
    return session.ended(complete || error == EOVERFLOW ? 0 : error != 0 ? error : EINTR);
 }
 
+// The longest match of an address that nothing hides is what the kernel itself looks up.
+template <class Family>
+kernel::Need neededBy(RouteArguments<typename Family::Prefix> const& asked) {
+   bool const isLookup = asked.prefix && !asked.prefix->hasMask && !asked.longerPrefixes && asked.protocol.empty() &&
+                         !asked.nexthop && !asked.interface && !asked.nexthopGroup && !asked.all &&
+                         asked.vrf == L3::VrfName::defaultVrf;
+   kernel::Need need{.family = Family::family};
+   if (isLookup) {
+      need.address = Lumen::IpGenAddr(asked.prefix->prefix.address());
+   }
+   return need;
+}
+
 template <class Family>
 ExitStatus showRoute(Session& session, RouteArguments<typename Family::Prefix> const& asked) {
-   state::Inputs inputs = session.inputs();
+   state::Inputs inputs = session.inputs(neededBy<Family>(asked));
    auto const vrfs = requestedVrfs(inputs, asked.vrf);
    auto of = requestedRoutes<Family>(inputs, asked);
    auto const vias = requestedVias(inputs, asked);

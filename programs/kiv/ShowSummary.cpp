@@ -206,7 +206,7 @@ struct SummaryArguments {
 
 template <class Family>
 ExitStatus showSummary(Session& session, SummaryArguments const& asked) {
-   state::Inputs inputs = session.inputs();
+   state::Inputs inputs = session.inputs({.family = Family::family});
    auto const vrfs = requestedVrfs(inputs, asked.vrf);
    std::map<state::VrfId, typename Family::Summary> counts;
    for (auto const& vrf : vrfs) {

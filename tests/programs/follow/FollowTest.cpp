@@ -11,7 +11,7 @@ Finished inNamespace(ProgramRun const& run, std::string const& script) {
 STATE=$DIR/state
 ip link set lo up; ip link add a0 type veth peer name a1; ip link set a0 up; ip link set a1 up
 ip addr add 192.0.2.1/24 dev a0 || exit 77
-follow() { "$KIV" --state "$STATE" follow --kernel "$@" & follower=$!; until "$KIV" --state "$STATE" show state >/dev/null 2>&1; do sleep 0.02; done; }
+follow() { "$KIV" --state "$STATE" follow --kernel "$@" & follower=$!; until "$KIV" --state "$STATE" show state >/dev/null 2>&1; do sleep 0.02; done; sleep 0.5; }
 stop() { kill "$@" $follower; wait $follower; }
 )" + script + "\nIN_NAMESPACE");
 }
@@ -36,7 +36,7 @@ follow
 "$KIV" --state "$STATE" follow --kernel; echo "second: $?"
 "$KIV" --state "$STATE" load "$DEMO"; echo "load: $?"
 stop; echo "stopped: $?"
-"$KIV" --state "$STATE" show ip route 192.0.2.1 | grep -c 192.0.2.1
+"$KIV" --state "$STATE" show ip route 192.0.2.1 | grep -c 192.0.2.0/24
 follow; stop -9 2>/dev/null
 "$KIV" --state "$STATE" show state | grep 'Kept by'
 "$KIV" --state "$DIR" follow --kernel; echo "foreign: $?"
@@ -84,4 +84,32 @@ TEST(Follow, takesTheRoutesOfADaemonAndForgetsWhatItDoesNotRepeat) {
       GTEST_SKIP() << done.out;
    }
    EXPECT_EQ(done.status, 0) << done.out << done.err;
+}
+
+// Of an address the kernel is asked for its route alone, which shows as it does among all of them.
+TEST(Kernel, tellsWhatDecidesAboutAnAddressBesideTheRoutes) {
+   ProgramRun const run;
+   Finished const done = inNamespace(run, R"(
+ip route add default via 192.0.2.3; ip route add 10.3.0.0/16 via 192.0.2.4
+ip route add throw 10.4.0.0/16; ip route add blackhole 10.6.0.0/16
+for address in 192.0.2.1 192.0.2.9 10.3.0.1 10.4.0.1 10.6.0.1; do
+   "$KIV" --kernel show ip route $address >"$DIR/one" 2>"$DIR/error"
+   grep -o '[0-9.]*/[0-9]* .*' "$DIR/one"; cat "$DIR/error"
+done
+if ip rule add to 10.5.0.0/16 lookup 77; then
+   ip route add 10.5.0.0/16 via 192.0.2.5 table 77; "$KIV" --kernel show ip route 10.5.0.1 2>&1 >/dev/null
+else echo "kiv: 10.5.0.1: the kernel forwards it by table 77, as a rule says"; fi
+)");
+   if (done.status == 77) {
+      GTEST_SKIP() << done.err;
+   }
+   EXPECT_EQ(done.out,
+             "192.0.2.0/24 is directly connected, a0\n"
+             "192.0.2.0/24 is directly connected, a0\n"
+             "10.3.0.0/16 [1/0] via 192.0.2.4, a0\n"
+             "0.0.0.0/0 [1/0] via 192.0.2.3, a0\n"
+             "kiv: 10.4.0.1: the kernel does not forward it: a throw route or a rule decides\n"
+             "10.6.0.0/16 is directly connected, Null0\n"
+             "kiv: 10.5.0.1: the kernel forwards it by table 77, as a rule says\n")
+       << done.err;
 }

@@ -13,8 +13,11 @@ seed = int(sys.argv[3]) if len(sys.argv) > 3 else random.randrange(1 << 30)
 draw = random.Random(seed)
 folder = tempfile.mkdtemp(dir="/dev/shm" if os.path.isdir("/dev/shm") else None)
 state = folder + "/state"
-shows = ["show ip route vrf all", "show ipv6 route vrf all", "show ip route summary vrf all", "show ip route host",
-         "show ip route vrf all --json", "show ipv6 route vrf all --json"]
+shows = ["show ip route vrf all", "show ipv6 route vrf all --json", "show ip route summary vrf all", "show ip route host", "show ip route 10.3.1.1", "show ip route 192.0.2.1",
+         "show ip route 192.0.2.77 --json", "show ip route 8.8.8.8", "show ipv6 route 2001:db8:102::1", "show ipv6 route 2001:db8:1::2"]
+
+
+followers = []
 
 
 def run(command, text=None):
@@ -23,6 +26,7 @@ def run(command, text=None):
 
 def fail(why):
     print(f"seed {seed}: {why}", file=sys.stderr)
+    followers[-1].kill()
     os._exit(1)
 
 
@@ -49,6 +53,7 @@ class Follower:
 
     def start(self):
         self.process = subprocess.Popen([kiv, "follow", "--kernel", "--state", state, "audit", "2"], stderr=subprocess.PIPE, text=True)
+        followers.append(self.process)
 
     def kill(self):
         self.process.kill()
@@ -135,11 +140,11 @@ def entity():
 def burst():
     """More than the socket holds while nobody reads it."""
     what = draw.choice(["add", "del", "replace"])
-    return "\n".join(f"route {what} 11.{i >> 8}.{i & 255}.0/24 via 192.0.2.{draw.choice([130, 131])}" for i in range(12000))
+    return "\n".join(f"route {what} 11.{i >> 8}.{i & 255}.0/24 via 192.0.2.{draw.choice([130, 131])}" for i in [*range(3000)] * 4)
 
 
 def settle(follower, what):
-    for attempt in range(100):
+    for attempt in range(20):
         outputs = [(run([kiv, "--kernel", show]).stdout, run([kiv, "--state", state, show]).stdout) for show in shows]
         different = [i for i, (kernel, kept) in enumerate(outputs) if kernel != kept]
         if not different:
@@ -189,4 +194,6 @@ def main():
 try:
     main()
 finally:
+    if followers:
+        followers[-1].kill()
     shutil.rmtree(folder, ignore_errors=True)
