@@ -32,7 +32,7 @@ bool isWhole(KernelRoute const& route) {
 template <class Routes, class Prefix>
 bool isForwarded(Routes const& routes, Prefix const& host) {
    return std::ranges::any_of(routes, [&](auto const& route) {
-      return route.fecId && Prefix(host.address(), route.prefix.length()) == route.prefix;
+      return route.fecId && Prefix::masked(host.address(), route.prefix.length()) == route.prefix;
    });
 }
 
