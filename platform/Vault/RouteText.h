@@ -20,18 +20,19 @@ struct RouteAttributes : Zam::ValueType {
 
    static constexpr auto zamDescription() {
       using A = RouteAttributes;
-      return Zam::describe<A>(
-          std::same_as<Route, Fib::Route> ? "Vault::Fib::Route" : "Vault::Fib6::Route",
-          Zam::attribute("prefix", &A::prefix, "Where it leads."),
-          Zam::attribute("routeType", &A::routeType, "The number of its type."),
-          Zam::attribute("preference", &A::preference, "The smallest wins."), Zam::attribute("metric", &A::metric),
-          Zam::attribute("srcVrfId", &A::srcVrfId, "The VRF that it was leaked from, or none."),
-          Zam::attribute("fecId", &A::fecId, "The FEC that it is forwarded by."));
+      return Zam::describe<A>(std::same_as<Route, Fib::Route> ? "Vault::Fib::Route" : "Vault::Fib6::Route",
+                              Zam::attribute("prefix", &A::prefix, "Where it leads."),
+                              Zam::attribute("routeType", &A::routeType, "The number of its type."),
+                              Zam::attribute("preference", &A::preference, "The smallest wins."),
+                              Zam::attribute("metric", &A::metric),
+                              Zam::attribute("srcVrfId", &A::srcVrfId, "The VRF that it was leaked from, or none."),
+                              Zam::attribute("fecId", &A::fecId, "The FEC that it is forwarded by."));
    }
 
    static RouteAttributes of(Route const& route) {
-      return {{},           route.prefix,   static_cast<U8>(route.routeType), route.preference, route.metric,
-              route.srcVrfId, route.fecId};
+      return {
+          {},         route.prefix, static_cast<U8>(route.routeType), route.preference, route.metric, route.srcVrfId,
+          route.fecId};
    }
    Route route() const {
       return {.prefix = prefix,
@@ -68,7 +69,5 @@ using Fib::strepParse;
 
 template <Vault::AnyRoute Route>
 struct std::hash<Route> {
-   std::size_t operator()(Route const& route) const {
-      return Zam::hashOf(Vault::RouteAttributes<Route>::of(route));
-   }
+   std::size_t operator()(Route const& route) const { return Zam::hashOf(Vault::RouteAttributes<Route>::of(route)); }
 };

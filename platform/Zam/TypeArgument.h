@@ -38,7 +38,8 @@ inline FromText fromText(std::string text) {
 // An argument that is left out: the default of its type or, of a described value, that of its attribute.
 struct DefaultValue {};
 
-// An argument that is a collection, by its elements; the value of a set's element is empty, the key in a list its place.
+// An argument that is a collection, by its elements; the value of a set's element is empty, the key in a list its
+// place.
 struct Elements {
    std::vector<std::pair<std::any, std::any>> elements;
 };

@@ -21,7 +21,8 @@ py::str textToPython(std::string_view text) {
 }
 
 std::string textOf(py::handle value) {
-   auto const bytes = py::reinterpret_steal<py::bytes>(PyUnicode_AsEncodedString(value.ptr(), "utf-8", "surrogateescape"));
+   auto const bytes =
+       py::reinterpret_steal<py::bytes>(PyUnicode_AsEncodedString(value.ptr(), "utf-8", "surrogateescape"));
    return bytes ? std::string(bytes) : throw py::error_already_set();
 }
 
@@ -67,7 +68,8 @@ std::any textArgument(std::string text, TypeUse const& expected) {
    }
    std::string quoted;
    Zam::strepAppendQuoted(quoted, text);
-   bool const isPlain = type->isEnumeration() || isNumber(expected) || text.starts_with("Value(") || isFormOf(*type, text);
+   bool const isPlain =
+       type->isEnumeration() || isNumber(expected) || text.starts_with("Value(") || isFormOf(*type, text);
    return Zam::fromText(isPlain ? std::move(text) : std::move(quoted));
 }
 

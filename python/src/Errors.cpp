@@ -33,10 +33,9 @@ class DamageMet : public std::runtime_error {
 };
 
 PyObject* exception(py::module_& module, char const* name, char const* line, PyObject* base, PyObject* builtIn) {
-   auto const bases = builtIn != nullptr ? py::make_tuple(py::handle(base), py::handle(builtIn))
-                                         : py::make_tuple(py::handle(base));
-   PyObject* const type =
-       PyErr_NewExceptionWithDoc((std::string("kiv.") + name).c_str(), line, bases.ptr(), nullptr);
+   auto const bases =
+       builtIn != nullptr ? py::make_tuple(py::handle(base), py::handle(builtIn)) : py::make_tuple(py::handle(base));
+   PyObject* const type = PyErr_NewExceptionWithDoc((std::string("kiv.") + name).c_str(), line, bases.ptr(), nullptr);
    if (type == nullptr) {
       throw py::error_already_set();
    }
@@ -84,15 +83,14 @@ void defineErrors(py::module_& module) {
    types.error = exception(module, "Error", "What this module fails with.", PyExc_Exception, nullptr);
    types.type = exception(module, "TypeError", "No such type, operation or argument, or one of another type.",
                           types.error, PyExc_TypeError);
-   types.range =
-       exception(module, "RangeError", "A value that its type cannot hold.", types.error, PyExc_ValueError);
+   types.range = exception(module, "RangeError", "A value that its type cannot hold.", types.error, PyExc_ValueError);
    types.parse = exception(module, "ParseError", "A text that is not the form of its type.", types.range, nullptr);
    types.usage = exception(module, "UsageError", "No command, or a command with a wrong parameter.", types.error,
                            PyExc_ValueError);
-   types.refused = exception(module, "Refused", "What was asked for is not there, or cannot be done now.",
-                             types.error, nullptr);
-   types.damage = exception(module, "DamageError", "A table is damaged; what could be read is not all.", types.error,
-                            nullptr);
+   types.refused =
+       exception(module, "Refused", "What was asked for is not there, or cannot be done now.", types.error, nullptr);
+   types.damage =
+       exception(module, "DamageError", "A table is damaged; what could be read is not all.", types.error, nullptr);
    py::register_exception_translator(&translate);
 }
 

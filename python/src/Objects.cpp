@@ -71,8 +71,7 @@ void attributeIs(Object& object, std::string const& name, py::handle value) {
    if (!object.type->isSettable(name)) {
       throw py::attribute_error(std::string(object.type->name()) + "." + name + " cannot be set");
    }
-   object.type->attributeIs(object.held, name,
-                            fromPython(value, object.type->attributeSignature(name).result));
+   object.type->attributeIs(object.held, name, fromPython(value, object.type->attributeSignature(name).result));
 }
 
 std::vector<std::string> members(Object const& object) {
@@ -143,7 +142,10 @@ py::dict describe(std::string const& name) {
       operationsOf[py::str(std::string(each))] = told(type.operationSignature(each));
    }
    described["name"] = name;
-   described["kind"] = type.isEntity() ? "entity" : type.isEnumeration() ? "enumeration" : type.isString() ? "string" : "value";
+   described["kind"] = type.isEntity()        ? "entity"
+                       : type.isEnumeration() ? "enumeration"
+                       : type.isString()      ? "string"
+                                              : "value";
    described["constructors"] = constructors;
    described["attributes"] = attributes;
    described["operations"] = operationsOf;
@@ -167,10 +169,10 @@ py::object Operation::call(py::args const& args, py::kwargs const& named) const 
 
 std::any View::find(py::handle key) const {
    auto const seenAs = use();
-   Zam::TypeUse const keyUse{Zam::TypeUse::Kind::value,
-                             seenAs.kind == Zam::TypeUse::Kind::map    ? seenAs.key
-                             : seenAs.kind == Zam::TypeUse::Kind::list ? std::type_index(typeid(U32))
-                                                                       : seenAs.type};
+   Zam::TypeUse const keyUse{Zam::TypeUse::Kind::value, seenAs.kind == Zam::TypeUse::Kind::map ? seenAs.key
+                                                        : seenAs.kind == Zam::TypeUse::Kind::list
+                                                            ? std::type_index(typeid(U32))
+                                                            : seenAs.type};
    return seen.find(fromPython(key, keyUse));
 }
 
@@ -209,7 +211,10 @@ void defineObjects(py::module_& module) {
        });
    py::class_<View>(module, "_View")
        .def("size", [](View const& view) { return view.seen.size(); })
-       .def("walk", [](py::object const& self) { return ViewWalk{self, self.cast<View const&>().seen.walk()}; })
+       .def("walk",
+            [](py::object const& self) {
+               return ViewWalk{self, self.cast<View const&>().seen.walk()};
+            })
        .def("has", [](View const& view, py::handle key) { return view.find(key).has_value(); })
        .def("find", [](View const& view, py::handle key) { return toPython(view.find(key)); })
        .def("name", [](View const& view) { return view.use().name(); })
@@ -233,25 +238,28 @@ void defineObjects(py::module_& module) {
                view.change("Del", {fromPython(key, {Zam::TypeUse::Kind::value, keyType})});
             })
        .def("clear", [](View const& view) { view.change("DelAll", {}); });
-   module.def("types",
-              [] {
-                 auto const names = Zam::TypeRegistry::instance().typeNames();
-                 return std::vector<std::string>(names.begin(), names.end());
-              },
-              "The names of all registered types.");
+   module.def(
+       "types",
+       [] {
+          auto const names = Zam::TypeRegistry::instance().typeNames();
+          return std::vector<std::string>(names.begin(), names.end());
+       },
+       "The names of all registered types.");
    module.def("new", &construct, "An object of a type, from the arguments of a constructor, by position or name.");
    module.def("parse", &parse, "A value of a type from its textual form.");
-   module.def("text", [](Object const& object) { return object.type->toText(object.held); },
-              "The textual form of an object, from which parse() makes it again.");
-   module.def("type_name", [](Object const& object) { return std::string(object.type->name()); },
-              "The name of the type of an object.");
+   module.def(
+       "text", [](Object const& object) { return object.type->toText(object.held); },
+       "The textual form of an object, from which parse() makes it again.");
+   module.def(
+       "type_name", [](Object const& object) { return std::string(object.type->name()); },
+       "The name of the type of an object.");
    module.def("describe", &describe, "What is known about a type.");
-   module.def("call",
-              [](std::string const& type, std::string const& operation, py::args const& args,
-                 py::kwargs const& named) {
-                 return Operation{py::none(), &typeNamed(type), operation}.call(args, named);
-              },
-              "Calls an operation that needs no object.");
+   module.def(
+       "call",
+       [](std::string const& type, std::string const& operation, py::args const& args, py::kwargs const& named) {
+          return Operation{py::none(), &typeNamed(type), operation}.call(args, named);
+       },
+       "Calls an operation that needs no object.");
    module.def("_collections_are", [](py::object types) { collectionTypes = types.release().ptr(); });
 }
 

@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-// Every registered type in Python, by what the registry tells of it and nothing else. Numbers, truth values, strings and
-// the names of enumerators are Python's own; all other values and entities are Objects. A value that is read from an
-// attribute is a copy; a collection is a view.
+// Every registered type in Python, by what the registry tells of it and nothing else. Numbers, truth values, strings
+// and the names of enumerators are Python's own; all other values and entities are Objects. A value that is read from
+// an attribute is a copy; a collection is a view.
 namespace kivPython {
 
 struct Object {

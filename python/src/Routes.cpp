@@ -16,7 +16,7 @@ namespace {
 struct RoutesObject {
    PyObject_HEAD  //
        Selected* selected;
-   PyObject** vias;     // by FEC; null until the first route asks
+   PyObject** vias;  // by FEC; null until the first route asks
    PyObject* vrf;
    bool addresses;
 };
@@ -86,17 +86,18 @@ PyObject* nexthopOf(ViaValue const& via, bool addresses) {
    return addressObject(isIpv4 ? Lumen::Ip6Addr(0, via.nexthop->ip().value()) : via.nexthop->ip6(), isIpv4);
 }
 
-std::array<PyStructSequence_Field, 11> viaFields{{{"nexthop", "the address that packets are sent to; None on the link"},
-                                                  {"interface", "the name of the interface; None without one"},
-                                                  {"vrf", "the VRF that packets leave through"},
-                                                  {"label", "the MPLS label; None without one"},
-                                                  {"weight", "its share; None among vias of equal weight"},
-                                                  {"is_backup", "whether it carries traffic only when others fail"},
-                                                  {"nexthop_group", "the name of a nexthop group; None without one"},
-                                                  {"tunnel", "the id of a tunnel; None without one"},
-                                                  {"fec", "the id of the FEC that it resolves through; None without one"},
-                                                  {"action", "forward, forwardVrf, decap, or decapForwardVrf"},
-                                                  {nullptr, nullptr}}};
+std::array<PyStructSequence_Field, 11> viaFields{
+    {{"nexthop", "the address that packets are sent to; None on the link"},
+     {"interface", "the name of the interface; None without one"},
+     {"vrf", "the VRF that packets leave through"},
+     {"label", "the MPLS label; None without one"},
+     {"weight", "its share; None among vias of equal weight"},
+     {"is_backup", "whether it carries traffic only when others fail"},
+     {"nexthop_group", "the name of a nexthop group; None without one"},
+     {"tunnel", "the id of a tunnel; None without one"},
+     {"fec", "the id of the FEC that it resolves through; None without one"},
+     {"action", "forward, forwardVrf, decap, or decapForwardVrf"},
+     {nullptr, nullptr}}};
 
 PyObject* viaObject(ViaValue const& via, bool addresses) {
    PyObject* const made = PyStructSequence_New(viaType);
@@ -236,7 +237,8 @@ PyObject* routeTruth(PyObject* self, void*) {
 }
 
 std::array<PyGetSetDef, 15> routeAttributes{
-    {{"prefix", routePrefix, nullptr, "the destination: a string, or an ipaddress network when that was asked for", nullptr},
+    {{"prefix", routePrefix, nullptr, "the destination: a string, or an ipaddress network when that was asked for",
+      nullptr},
      {"length", routeNumber<&Row::length>, nullptr, "the length of the prefix", nullptr},
      {"vias", routeVias, nullptr, "the ways out, as a tuple of Via", nullptr},
      {"nexthops", routeNexthops, nullptr, "the next hops of the vias; None for one on the link", nullptr},
@@ -272,7 +274,8 @@ PyObject* routeCompare(PyObject* self, PyObject* other, int operation) {
                              std::tuple(listOf(other).family, b.address, b.length));
    }
    int equal = sameRow(asRoute(self), asRoute(other)) ? 1 : 0;
-   equal = equal == 1 ? PyObject_RichCompareBool(asRoute(self)->routes->vrf, asRoute(other)->routes->vrf, Py_EQ) : equal;
+   equal =
+       equal == 1 ? PyObject_RichCompareBool(asRoute(self)->routes->vrf, asRoute(other)->routes->vrf, Py_EQ) : equal;
    if (equal == 1) {
       PyObject* const vias = viasAt(asRoute(self)->routes, rowOf(self).fec);
       PyObject* const otherVias = viasAt(asRoute(other)->routes, rowOf(other).fec);
@@ -397,7 +400,8 @@ PyObject* routesRepr(PyObject* self) {
 std::array<PyMethodDef, 2> routesMethods{
     {{"columns", routesColumns, METH_NOARGS,
       "All routes as columns: a dictionary of memory views of numbers, one number a route.\n\n"
-      "address (unsigned of 32 bits; of IPv6 16 bytes a route), length, type, preference, metric, and via: the place of "
+      "address (unsigned of 32 bits; of IPv6 16 bytes a route), length, type, preference, metric, and via: the place "
+      "of "
       "the route's vias in the list vias."},
      {nullptr, nullptr, 0, nullptr}}};
 
@@ -407,7 +411,8 @@ PyType_Slot slot(int number, Function* function) {
 }
 
 PyTypeObject* typeOf(py::module_& module, char const* name, char const* fullName, int size, PyType_Slot* slots) {
-   PyType_Spec spec{fullName, size, 0, Py_TPFLAGS_DEFAULT | Py_TPFLAGS_DISALLOW_INSTANTIATION | Py_TPFLAGS_SEQUENCE, slots};
+   PyType_Spec spec{fullName, size, 0, Py_TPFLAGS_DEFAULT | Py_TPFLAGS_DISALLOW_INSTANTIATION | Py_TPFLAGS_SEQUENCE,
+                    slots};
    if (std::string_view(name) == "Route") {
       spec.flags &= ~static_cast<unsigned>(Py_TPFLAGS_SEQUENCE);
    }
@@ -440,9 +445,11 @@ void defineRoutes(py::module_& module) {
                                 {Py_tp_doc, const_cast<char*>(routesDoc)},
                                 {0, nullptr}};
    routesType = typeOf(module, "Routes", "kiv.Routes", sizeof(RoutesObject), routesSlots);
-   PyStructSequence_Desc via{"kiv.Via", "One way out of a route.", viaFields.data(), static_cast<int>(viaFields.size()) - 1};
+   PyStructSequence_Desc via{"kiv.Via", "One way out of a route.", viaFields.data(),
+                             static_cast<int>(viaFields.size()) - 1};
    viaType = PyStructSequence_NewType(&via);
-   module.attr("Via") = viaType != nullptr ? py::handle(reinterpret_cast<PyObject*>(viaType)) : throw py::error_already_set();
+   module.attr("Via") =
+       viaType != nullptr ? py::handle(reinterpret_cast<PyObject*>(viaType)) : throw py::error_already_set();
 }
 
 py::object routesOf(Selected selected, bool addresses) {

@@ -169,10 +169,8 @@ void defineState(py::module_& module) {
        .def(py::init([](kiv::SourceKind kind, std::string path) {
           return std::make_unique<State>(kiv::Source{.kind = kind, .path = std::move(path), .isNamed = true});
        }))
-       .def("output",
-            [](State& state, std::vector<std::string> const& words, bool asModel) {
-               return py::bytes(state.output(words, asModel));
-            })
+       .def("output", [](State& state, std::vector<std::string> const& words,
+                         bool asModel) { return py::bytes(state.output(words, asModel)); })
        .def("routes", &State::routes)
        .def("vrfs", &State::vrfs)
        .def("configure", &State::configure)

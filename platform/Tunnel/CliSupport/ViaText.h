@@ -48,5 +48,7 @@ inline void strepParse(Zam::StrepReader& in, CachedIpTunnelInfo& info) {
 
 template <>
 struct std::hash<Tunnel::CliSupport::CachedIpTunnelInfo> {
-   std::size_t operator()(Tunnel::CliSupport::CachedIpTunnelInfo const& info) const { return Zam::hashOf(info.encap()); }
+   std::size_t operator()(Tunnel::CliSupport::CachedIpTunnelInfo const& info) const {
+      return Zam::hashOf(info.encap());
+   }
 };
