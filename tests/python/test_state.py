@@ -147,4 +147,4 @@ def test_an_interrupt_ends_a_long_call(tmp_path):
     threading.Event().wait(0.3)
     child.send_signal(signal.SIGINT)
     out, _ = child.communicate(timeout=60)
-    assert (child.returncode, out) == (0, "100000\n")
+    assert (child.returncode, out.splitlines()[-1]) == (0, "100000")  # the display may tell of its end before
