@@ -35,7 +35,7 @@ class Dump {
 
    void printAll() {
       auto const routes = JsonScope::object(renderer_, "routes");
-      renderer_.addFrills("%s\n", request_.legend());
+      renderer_.addFrills("%s\n", cliprint::OwnText{request_.legend()});
       auto const& sorted = request_.sortedRoute;
       auto at = shown(sorted.begin());
       while (at != sorted.end() && renderer_.error() == 0) {

@@ -127,7 +127,7 @@ bool printHostRoutes(TableFacts const& facts, RouteOutput const& output, Rendere
       addHardwareWarning(renderer);
       renderer.addFrills("%s", warningSeparator);
    }
-   renderer.addFrills("%s\n", Family::hostLegend);
+   renderer.addFrills("%s\n", cliprint::OwnText{Family::hostLegend});
    BoolAttrInfo const disabled("routingDisabled", renderer, facts.routingDisabled);
    BoolAttrInfo const hardware("allRoutesProgrammedHardware", renderer, !facts.hardwareWarning);
    renderer.addAttributes("", disabled.getArg(), hardware.getArg());

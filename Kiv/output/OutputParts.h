@@ -5,7 +5,7 @@
 // What the route table and the host route table both print around their routes.
 namespace Kiv {
 
-inline constexpr char const* warningSeparator = "======================================================\n";
+inline constexpr cliprint::OwnText warningSeparator{"======================================================\n"};
 
 // Opens the box of the hardware warning; the caller closes it with the separator.
 void addHardwareWarning(cliprint::RendererV2& renderer);

@@ -25,7 +25,7 @@ template <class Family>
 void RouteTable<Family>::printAbove(TableHeader<Family> const& header, std::string_view legend) {
    printHeader(header);
    printWarnings();
-   renderer_.addFrills("%s\n", legend);
+   renderer_.addFrills("%s\n", cliprint::OwnText{legend});
 }
 
 template <class Family>

@@ -48,6 +48,12 @@ concept SelfFormatting = requires(T const& value, char* to) {
 template <class T>
 concept TextLike = std::convertible_to<T const&, std::string_view>;
 
+// A text of the program's own, which may have lines and is printed as it is: no word of it was chosen by anybody else.
+struct OwnText {
+   std::string_view text;
+   constexpr operator std::string_view() const noexcept { return text; }  // NOLINT(google-explicit-constructor)
+};
+
 // An argument that stands for another value in text, as attributes do.
 template <class T>
 concept StandsForText = requires(T const& value) {

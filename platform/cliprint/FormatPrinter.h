@@ -12,8 +12,8 @@
 namespace cliprint {
 
 // Carries a parsed format out into a print buffer, argument by argument. Numbers are converted in the buffer itself;
-// only what needs padding goes through a local one. Texts come out plain (PlainText.h). Allocates nothing
-// for texts that are printable ASCII.
+// only what needs padding goes through a local one. Texts come out plain (PlainText.h), but for an OwnText. Allocates
+// nothing for texts that are printable ASCII.
 class FormatPrinter {
  public:
    FormatPrinter(CliPrintBuffer& out, char const* format) noexcept : out_(out), format_(format) {}
@@ -37,6 +37,8 @@ class FormatPrinter {
    void convert(Conversion const& c, T const& value) noexcept {
       if constexpr (StandsForText<T>) {
          convert(c, value.textValue());
+      } else if constexpr (std::same_as<T, OwnText>) {
+         put(c, value.text);
       } else if constexpr (std::convertible_to<T const&, char const*>) {
          char const* const text = value;
          putText(c, text != nullptr ? std::string_view(text) : std::string_view());

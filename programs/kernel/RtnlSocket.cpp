@@ -163,7 +163,7 @@ std::vector<std::byte> askForRoute(Lumen::IpGenAddr const& address) {
       count = mnl_socket_recvfrom(socket.get(), reply.data(), reply.size());
    }
    if (count < 0) {
-      throwErrno("cannot ask");
+      throw RtnlError::ofSystem("cannot ask");
    }
    reply.resize(static_cast<std::size_t>(count));
    return reply;

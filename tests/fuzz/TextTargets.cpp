@@ -47,7 +47,7 @@ void commandLine(Input input) {
       arguments.push_back(word.c_str());
    }
    try {
-      kiv::Options const options = kiv::parseOptions(arguments, "");
+      kiv::Options const options = kiv::parseOptions(arguments, {});
       (void)kiv::nextText(kiv::commands(), options.words,
                           [](kiv::NamesQuery const&) { return std::vector<kiv::Name>(); });
       (void)kiv::parseCommand(kiv::commands(), options.words);
@@ -77,8 +77,9 @@ void rtnetlink(Input input) try {
    kernel::Model model(dumps);
    kernel::ForwardingIds ids;
    (void)kernel::stateFrom(model, ids);
+   kernel::Changes changes;
    for (auto const& notice : notices) {
-      model.notify(notice);
+      model.notify(notice, changes);
    }
    (void)kernel::stateFrom(model, ids);
 } catch (kernel::RtnlError const&) {
