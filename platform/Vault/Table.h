@@ -135,6 +135,9 @@ auto Table<Record>::follow(Key const& key, U32 bucket, U32& steps, Record& out, 
          file_.vanishedInc();
          return ChainEnd::absent;
       }
+      if (out.key == key && state == SlotState::free) {
+         return ChainEnd::strayed;  // unlinked first, it is not met again
+      }
       if (state == SlotState::filling || bucketOf(out.key) != bucket) {
          return ChainEnd::strayed;
       }

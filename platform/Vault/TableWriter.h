@@ -329,7 +329,7 @@ bool TableWriter<Record>::isIndexSound() {
          sound = sound && place.index == i;
          ++live;
       } else {
-         sound = sound && place.index == nowhere;
+         sound = sound && place.index == nowhere && !follow(recordAt(i).key).broken;
          free_.push_back(i);
       }
    }

@@ -135,6 +135,13 @@ TYPED_TEST(DamageTest, anEntryThatIsBeingWrittenIsWaitedForButNotForLong) {
    this->expectRepaired(1);
 }
 
+TYPED_TEST(DamageTest, aLinkedSlotThatIsFreeIsSaid) {
+   patch(this->path_, this->slot(5), nextSequence(peek<U32>(this->path_, this->slot(5)), SlotState::free));
+   typename TypeParam::Reader const reader(this->path_);
+   EXPECT_THROW((void)reader.route(TypeParam::distinctPrefix(5)), CorruptionError);
+   this->expectRepaired(1);
+}
+
 TYPED_TEST(DamageTest, allStaysInReachWhileTheIndexIsInPieces) {
    // As a writer leaves it that ends while it rebuilds the index.
    patch(this->path_, offsetof(TableHeader, structure), Twice::of(1));
