@@ -1,8 +1,8 @@
 #include "programs/kernel/Decode.h"
 
+#include <linux/if.h>
 #include <linux/if_link.h>
 #include <linux/rtnetlink.h>
-#include <linux/if.h>
 
 namespace kernel {
 

@@ -3,8 +3,8 @@
 #include "L3/VrfName.h"
 #include "Zam/Error.h"
 
-#include <linux/rtnetlink.h>
 #include <linux/if.h>
+#include <linux/rtnetlink.h>
 #include <algorithm>
 #include <unordered_set>
 

@@ -90,8 +90,8 @@ std::string options(std::string arguments, std::string const& defaultStateDir) {
    }
    try {
       bool const isDir = !defaultStateDir.empty();
-      Options const read = parseOptions(
-          each, {.kind = isDir ? SourceKind::stateDir : SourceKind::kernel, .path = defaultStateDir});
+      Options const read =
+          parseOptions(each, {.kind = isDir ? SourceKind::stateDir : SourceKind::kernel, .path = defaultStateDir});
       std::string text;
       for (std::string const& word : read.words) {
          text.append("<").append(word).append(">");
