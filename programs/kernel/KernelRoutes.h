@@ -2,9 +2,9 @@
 
 #include "programs/kernel/Records.h"
 
-#include <ranges>
 #include <set>
 #include <tuple>
+#include <utility>
 
 namespace kernel {
 
@@ -47,10 +47,18 @@ class KernelRoutes {
    void onlyRouteIs(KernelRoute route);
    void placeDel(Place const& place);
 
-   std::ranges::subrange<Set::const_iterator> at(Place const& place) const {
-      auto const [first, last] = routes_.equal_range(place);
-      return {first, last};
-   }
+   // The routes of one place, as they are in the set.
+   class At {
+    public:
+      explicit At(std::pair<Set::const_iterator, Set::const_iterator> const& range) noexcept : range_(range) {}
+      Set::const_iterator begin() const noexcept { return range_.first; }
+      Set::const_iterator end() const noexcept { return range_.second; }
+      bool empty() const noexcept { return begin() == end(); }
+
+    private:
+      std::pair<Set::const_iterator, Set::const_iterator> range_;
+   };
+   At at(Place const& place) const { return At(routes_.equal_range(place)); }
    std::size_t size() const { return routes_.size(); }
    Set::const_iterator begin() const { return routes_.begin(); }
    Set::const_iterator end() const { return routes_.end(); }
