@@ -9,12 +9,21 @@ namespace kernel {
 
 namespace {
 
+// A nexthop_grp. Newer kernels carry the upper half of the weight in what was reserved, and zero, before; headers call
+// it by different names.
+struct GroupEntry {
+   U32 id;
+   U8 weight;
+   U8 weightHigh;
+   U16 reserved;
+};
+static_assert(sizeof(GroupEntry) == sizeof(nexthop_grp));
+
 std::vector<GroupMember> decodeGroup(Bytes bytes) {
    std::vector<GroupMember> members;
    for (ByteReader in(bytes); !in.atEnd();) {
-      auto const entry = in.take<nexthop_grp>();
-      // Newer kernels carry the upper half of the weight in what was reserved, and zero, before.
-      U32 const weight = entry.weight + (U32{entry.resvd1} << 8) + 1;
+      auto const entry = in.take<GroupEntry>();
+      U32 const weight = entry.weight + (U32{entry.weightHigh} << 8) + 1;
       if (weight > 0xffff) {
          throw RtnlError("rtnetlink: weight of a next-hop group out of range");
       }
