@@ -16,10 +16,20 @@ stop() { kill "$@" $follower; wait $follower; }
 )" + script + "\nIN_NAMESPACE");
 }
 
+// Not everybody may make namespaces everywhere.
+class Follow : public testing::Test {
+ protected:
+   void SetUp() override {
+      if (ProgramRun()("unshare -rn true").status != 0) {
+         GTEST_SKIP() << "no namespaces to be had here";
+      }
+   }
+};
+
 }  // namespace
 
 // The short form of ./dev soak.
-TEST(Follow, readersFindWhatIsThereThroughAdversarialChanges) {
+TEST_F(Follow, readersFindWhatIsThereThroughAdversarialChanges) {
    ProgramRun const run;
    Finished const done = run("unshare -rn python3 " KIV_SOURCE_DIR "/tests/programs/follow/soak.py \"$KIV\" 6");
    if (done.status == 77) {
@@ -29,7 +39,7 @@ TEST(Follow, readersFindWhatIsThereThroughAdversarialChanges) {
    EXPECT_EQ(done.status, 0) << done.err;
 }
 
-TEST(Follow, isDoneByOneProcessWhichIsToldOfWhenItHasGone) {
+TEST_F(Follow, isDoneByOneProcessWhichIsToldOfWhenItHasGone) {
    ProgramRun const run;
    Finished const done = inNamespace(run, R"(
 follow
@@ -53,7 +63,7 @@ follow; stop -9 2>/dev/null
    }
 }
 
-TEST(Follow, takesOverWhatIsThereAndPrintsWhatChanges) {
+TEST_F(Follow, takesOverWhatIsThereAndPrintsWhatChanges) {
    ProgramRun const run;
    Finished const done = inNamespace(run, R"(
 follow; stop -9 2>/dev/null
@@ -77,7 +87,7 @@ stop
        << done.err;
 }
 
-TEST(Follow, takesTheRoutesOfADaemonAndForgetsWhatItDoesNotRepeat) {
+TEST_F(Follow, takesTheRoutesOfADaemonAndForgetsWhatItDoesNotRepeat) {
    ProgramRun const run;
    Finished const done =
        run("unshare -rn python3 " KIV_SOURCE_DIR "/tests/programs/follow/daemon.py \"$KIV\" \"$DIR\"");
@@ -88,7 +98,7 @@ TEST(Follow, takesTheRoutesOfADaemonAndForgetsWhatItDoesNotRepeat) {
 }
 
 // Of an address the kernel is asked for its route alone, which shows as it does among all of them.
-TEST(Kernel, tellsWhatDecidesAboutAnAddressBesideTheRoutes) {
+TEST_F(Follow, tellsWhatDecidesAboutAnAddressBesideTheRoutes) {
    ProgramRun const run;
    Finished const done = inNamespace(run, R"(
 ip route add default via 192.0.2.3; ip route add 10.3.0.0/16 via 192.0.2.4
