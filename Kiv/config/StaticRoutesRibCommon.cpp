@@ -7,6 +7,7 @@
 #include "Kiv/common/Watchdog.h"
 #include "Zam/Error.h"
 #include "cliprint/JsonScope.h"
+#include "cliprint/PlainText.h"
 
 namespace Kiv {
 
@@ -143,7 +144,9 @@ class Dump {
       auto const description =
           request_.allIntfConfig ? request_.allIntfConfig->description(intfId) : std::string_view();
       if (!description.empty()) {
-         renderer_.add(" (", "interfaceDescription", description);
+         bool const isText = request_.fmt == cliprint::textFormat;
+         renderer_.add(" (", "interfaceDescription",
+                       isText ? cliprint::plainText(description) : std::string(description));
          renderer_.addFrills(")");
       }
    }

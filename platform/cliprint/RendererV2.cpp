@@ -133,7 +133,7 @@ void RendererV2::add(std::string_view textPrefix, std::string_view key, std::str
    checkInterrupt();
    if (isText()) {
       buffer_.append(textPrefix);
-      isPrintableAscii(value) ? buffer_.append(value) : buffer_.append(plainText(value));
+      buffer_.append(value);
       return;
    }
    assertModel("add");

@@ -149,8 +149,8 @@ class KIV_EXPORT RendererV2 final : public Renderer {
    // How much all recordings take.
    std::size_t recordedSize() const noexcept { return recorded_.size(); }
 
-   // In text format the prefix, verbatim, and the value. In model format the value under the key, or, with an empty
-   // key, as the next element of a list.
+   // In text format the prefix and the value, verbatim: what somebody else chose is made plain by the caller. In model
+   // format the value under the key, or, with an empty key, as the next element of a list.
    void add(std::string_view textPrefix, std::string_view key, std::string_view value);
 
    // Opens a model object under the attribute's value, to be closed with endJsonDict(); nothing in text format.

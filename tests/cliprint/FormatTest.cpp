@@ -55,7 +55,8 @@ TEST(Format, textsComeOutPlain) {
                             renderer.addAttributes("%s", name.getArg());
                             renderer.add(" ", "name", text);
                          }),
-                plain + " " + plain);
+                plain + " " + text)
+          << "what is added is added as it is";
    };
    for (unsigned byte = 1; byte < 256; ++byte) {
       char escaped[5];

@@ -15,7 +15,7 @@ class StaticRoutesDumpTest : public ::testing::Test {
  protected:
    StaticRoutesDumpTest() {
       dump_.allIntfConfig = intfs_;
-      intfs_->intfConfigIs(IntfId::parse("Vlan10"), {.description = "to the \"lab\""});
+      intfs_->intfConfigIs(IntfId::parse("Vlan10"), {.description = "to the \"lab\x1b\""});
       inputIs(list_);
    }
 
